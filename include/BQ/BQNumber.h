@@ -1,0 +1,56 @@
+/* Numbers, which remember the number type that they were made from. */
+#ifndef BQ_NUMBER_H
+#define BQ_NUMBER_H
+
+#include <BQ/BQBase.h>
+
+BQ_EXTERN_C_BEGIN
+
+/** The C type behind a number. The codes are stable. */
+typedef enum BQNumberType {
+  kBQNumberSInt8Type = 1,
+  kBQNumberSInt16Type = 2,
+  kBQNumberSInt32Type = 3,
+  kBQNumberSInt64Type = 4,
+  kBQNumberFloat32Type = 5,
+  kBQNumberFloat64Type = 6,
+  kBQNumberCharType = 7,
+  kBQNumberShortType = 8,
+  kBQNumberIntType = 9,
+  kBQNumberLongType = 10,
+  kBQNumberLongLongType = 11,
+  kBQNumberFloatType = 12,
+  kBQNumberDoubleType = 13,
+  kBQNumberIndexType = 14
+} BQNumberType;
+
+/** The identifier of the number class. */
+BQ_EXPORT BQTypeID BQNumberGetTypeID(void);
+
+/**
+ * A new number, owned by the caller, with the value that `value` points to, read as `type`. Null
+ * for an unknown type or a null pointer.
+ */
+BQ_EXPORT const BQNumber* BQNumberCreate(BQNumberType type, const void* value);
+
+/** The type that the number was made with. 0 for anything that is not a number. */
+BQ_EXPORT BQNumberType BQNumberGetType(const BQNumber* number);
+
+/** Whether the number was made with a floating type. */
+BQ_EXPORT bool BQNumberIsFloatType(const BQNumber* number);
+
+/**
+ * Writes the number to `value` as `type` and tells whether it kept its value. An integer type
+ * holds a value exactly or not at all: what does not fit is truncated toward zero, clamped to the
+ * type's range (NaN becomes 0), and answered with false. A floating type rounds, and answers false
+ * only when a finite value becomes infinite. For anything that is not a number, nothing is written
+ * and the answer is false.
+ */
+BQ_EXPORT bool BQNumberGetValue(const BQNumber* number, BQNumberType type, void* value);
+
+/** Compares by value, across number types, exactly. NaN is equal to itself and below all else. */
+BQ_EXPORT BQComparisonResult BQNumberCompare(const BQNumber* first, const BQNumber* second);
+
+BQ_EXTERN_C_END
+
+#endif

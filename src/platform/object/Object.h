@@ -1,0 +1,105 @@
+/* What the classes of the platform layer share: identifiers, allocation, owned references. */
+#ifndef BQ_OBJECT_OBJECT_H
+#define BQ_OBJECT_OBJECT_H
+
+#include <BQ/BQObject.h>
+#include <BQ/BQRuntime.h>
+
+#include <new>
+#include <utility>
+
+namespace bq {
+
+/* Classes whose instances exist at compile time have fixed identifiers; the others register. */
+enum FixedTypeID : BQTypeID {
+  kStringTypeID = kBQRuntimeStringTypeID,
+  kNullTypeID,
+  kBooleanTypeID,
+  kNumberTypeID,
+  kDateTypeID,
+  kDataTypeID,
+  kArrayTypeID,
+  kDictionaryTypeID,
+  kFixedTypeCount
+};
+
+/* Flags of BQRuntimeBase; the bits from kClassFlag on belong to each class. */
+inline constexpr uint16_t kImmortal = kBQRuntimeImmortal;
+inline constexpr uint16_t kInArena = 0x2;
+inline constexpr uint16_t kClassFlag = 0x100;
+
+/* The depth to which nested containers are compared and described. */
+inline constexpr int kMaximumDepth = 512;
+
+/* Memory of the one allocator. Running out ends the process with a message. */
+void* allocate(size_t size);
+void* reallocate(void* memory, size_t size);
+
+/* The base of every object that is a C++ class. */
+struct Object {
+  BQRuntimeBase base;
+
+  explicit Object(BQTypeID typeID) : base{static_cast<uint16_t>(typeID), 0, 1} {}
+  Object(const Object&) = delete;
+  Object& operator=(const Object&) = delete;
+
+  bool hasFlag(uint16_t flag) const { return (base.flags & flag) != 0; }
+};
+
+/* A new object with one reference. Its class' finaliser must be finalizeObject<T>. */
+template <class T, class... Arguments>
+T* makeObject(BQTypeID typeID, Arguments&&... arguments) {
+  return new (allocate(sizeof(T))) T(typeID, std::forward<Arguments>(arguments)...);
+}
+
+/* The finaliser of a class T; the runtime frees the memory. */
+template <class T>
+void finalizeObject(BQTypeRef object) {
+  static_cast<const T*>(object)->~T();
+}
+
+inline const BQRuntimeBase* baseOf(BQTypeRef object) { return static_cast<const BQRuntimeBase*>(object); }
+
+inline bool isInstance(BQTypeRef object, BQTypeID typeID) {
+  return object != nullptr && baseOf(object)->typeID == typeID;
+}
+
+/* Holds a reference to an object. */
+template <class T>
+class Ref {
+ public:
+  Ref() = default;
+  Ref(std::nullptr_t) {}
+  Ref(const Ref& other) : object_(other.object_) { BQRetain(object_); }
+  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  ~Ref() { BQRelease(object_); }
+  Ref& operator=(Ref other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  /* Takes over a reference that the caller owns. */
+  static Ref adopt(T* object) {
+    Ref result;
+    result.object_ = object;
+    return result;
+  }
+  /* Adds a reference. */
+  static Ref retain(T* object) {
+    BQRetain(object);
+    return adopt(object);
+  }
+
+  T* get() const { return object_; }
+  T* operator->() const { return object_; }
+  explicit operator bool() const { return object_ != nullptr; }
+  /* Gives the reference to the caller. */
+  [[nodiscard]] T* release() { return std::exchange(object_, nullptr); }
+
+ private:
+  T* object_ = nullptr;
+};
+
+}  // namespace bq
+
+#endif
