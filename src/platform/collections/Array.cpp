@@ -24,8 +24,12 @@ struct MutableArray : BQArray {
   uint64_t capacity;
 };
 
-const BQArray* asArray(BQTypeRef object) { return static_cast<const BQArray*>(object); }
-bool isArray(BQTypeRef object) { return isInstance(object, kArrayTypeID); }
+const BQArray* asArray(BQTypeRef object) {
+  return static_cast<const BQArray*>(object);
+}
+bool isArray(BQTypeRef object) {
+  return isInstance(object, kArrayTypeID);
+}
 
 MutableArray* asMutable(BQArray* array) {
   bool isMutable = isArray(array) && (array->base.flags & kMutable) != 0;
@@ -49,7 +53,9 @@ bool equalArrays(BQTypeRef first, BQTypeRef second) {
   return true;
 }
 
-BQHashCode hashArray(BQTypeRef object) { return asArray(object)->count; }
+BQHashCode hashArray(BQTypeRef object) {
+  return asArray(object)->count;
+}
 
 void releaseValues(const BQArray* array) {
   for (uint64_t i = 0; i < array->count; ++i) BQRelease(array->values[i]);
@@ -64,7 +70,8 @@ void finalizeArray(BQTypeRef object) {
 MutableArray* makeMutable(uint64_t capacity) {
   if (capacity < kSmallestCapacity) capacity = kSmallestCapacity;
   auto* values = static_cast<BQTypeRef*>(allocate(capacity * sizeof(BQTypeRef)));
-  return new (allocate(sizeof(MutableArray))) MutableArray{{{kArrayTypeID, kMutable, 1}, 0, values}, capacity};
+  return new (allocate(sizeof(MutableArray)))
+      MutableArray{{{kArrayTypeID, kMutable, 1}, 0, values}, capacity};
 }
 
 /* Room for one more value. */
@@ -80,15 +87,17 @@ void appendRetained(MutableArray* array, const BQTypeRef* values, uint64_t count
 
 }  // namespace
 
-const BQRuntimeClass kArrayClass = {0,         "BQArray", nullptr, nullptr, finalizeArray, equalArrays,
-                                    hashArray, nullptr,   nullptr};
+const BQRuntimeClass kArrayClass = {0,           "BQArray", nullptr, nullptr, finalizeArray,
+                                    equalArrays, hashArray, nullptr, nullptr};
 
 }  // namespace bq
 
 using bq::isArray;
 using bq::MutableArray;
 
-BQTypeID BQArrayGetTypeID(void) { return bq::kArrayTypeID; }
+BQTypeID BQArrayGetTypeID(void) {
+  return bq::kArrayTypeID;
+}
 
 const BQArray* BQArrayCreate(const BQTypeRef* values, BQIndex count) {
   if (count < 0 || (values == nullptr && count > 0)) return nullptr;
@@ -117,7 +126,9 @@ BQArray* BQArrayCreateMutableCopy(BQIndex capacity, const BQArray* array) {
   return copy;
 }
 
-BQIndex BQArrayGetCount(const BQArray* array) { return isArray(array) ? static_cast<BQIndex>(array->count) : 0; }
+BQIndex BQArrayGetCount(const BQArray* array) {
+  return isArray(array) ? static_cast<BQIndex>(array->count) : 0;
+}
 
 BQTypeRef BQArrayGetValueAtIndex(const BQArray* array, BQIndex index) {
   bool inRange = isArray(array) && index >= 0 && static_cast<uint64_t>(index) < array->count;

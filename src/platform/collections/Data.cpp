@@ -24,7 +24,9 @@ struct MutableData : BQData {
   uint64_t capacity;
 };
 
-const BQData* asData(BQTypeRef object) { return static_cast<const BQData*>(object); }
+const BQData* asData(BQTypeRef object) {
+  return static_cast<const BQData*>(object);
+}
 
 MutableData* asMutable(BQData* data) {
   bool isMutable = isInstance(data, kDataTypeID) && (data->base.flags & kMutable) != 0;
@@ -51,7 +53,8 @@ void finalizeData(BQTypeRef object) {
 
 const BQData* makeOutside(const void* bytes, BQIndex length, uint16_t flags) {
   auto* memory = static_cast<uint8_t*>(const_cast<void*>(bytes));
-  return new (allocate(sizeof(BQData))) BQData{{kDataTypeID, flags, 1}, static_cast<uint64_t>(length), memory};
+  return new (allocate(sizeof(BQData)))
+      BQData{{kDataTypeID, flags, 1}, static_cast<uint64_t>(length), memory};
 }
 
 void ensureCapacity(MutableData* data, uint64_t capacity) {
@@ -61,18 +64,22 @@ void ensureCapacity(MutableData* data, uint64_t capacity) {
   data->bytes = static_cast<uint8_t*>(reallocate(data->bytes, data->capacity));
 }
 
-bool isUsable(const void* bytes, BQIndex length) { return length >= 0 && (bytes != nullptr || length == 0); }
+bool isUsable(const void* bytes, BQIndex length) {
+  return length >= 0 && (bytes != nullptr || length == 0);
+}
 
 }  // namespace
 
-const BQRuntimeClass kDataClass = {0,        "BQData", nullptr, nullptr, finalizeData, equalData,
-                                   hashData, nullptr,  nullptr};
+const BQRuntimeClass kDataClass = {0,         "BQData", nullptr, nullptr, finalizeData,
+                                   equalData, hashData, nullptr, nullptr};
 
 }  // namespace bq
 
 using bq::MutableData;
 
-BQTypeID BQDataGetTypeID(void) { return bq::kDataTypeID; }
+BQTypeID BQDataGetTypeID(void) {
+  return bq::kDataTypeID;
+}
 
 const BQData* BQDataCreate(const void* bytes, BQIndex length) {
   if (!bq::isUsable(bytes, length)) return nullptr;

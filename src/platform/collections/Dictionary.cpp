@@ -125,7 +125,8 @@ struct BQDictionary : bq::Object {
     removed_ = 0;
     if (index_ == nullptr) index_ = std::make_unique<bq::HashIndex>();
     index_->reset(2 * pairs_.size());
-    for (size_t i = 0; i < pairs_.size(); ++i) index_->insert(bq::hashKey(pairs_[i].key), static_cast<uint32_t>(i));
+    for (size_t i = 0; i < pairs_.size(); ++i)
+      index_->insert(bq::hashKey(pairs_[i].key), static_cast<uint32_t>(i));
   }
 
   static void releasePairs(const std::vector<bq::Pair>& pairs) {
@@ -143,9 +144,15 @@ struct BQDictionary : bq::Object {
 namespace bq {
 namespace {
 
-const BQDictionary* asDictionary(BQTypeRef object) { return static_cast<const BQDictionary*>(object); }
-bool isDictionary(BQTypeRef object) { return isInstance(object, kDictionaryTypeID); }
-bool isMutable(BQDictionary* dictionary) { return isDictionary(dictionary) && dictionary->hasFlag(kMutable); }
+const BQDictionary* asDictionary(BQTypeRef object) {
+  return static_cast<const BQDictionary*>(object);
+}
+bool isDictionary(BQTypeRef object) {
+  return isInstance(object, kDictionaryTypeID);
+}
+bool isMutable(BQDictionary* dictionary) {
+  return isDictionary(dictionary) && dictionary->hasFlag(kMutable);
+}
 
 bool equalDictionaries(BQTypeRef first, BQTypeRef second) {
   const BQDictionary *left = asDictionary(first), *right = asDictionary(second);
@@ -159,7 +166,9 @@ bool equalDictionaries(BQTypeRef first, BQTypeRef second) {
   return equal;
 }
 
-BQHashCode hashDictionary(BQTypeRef object) { return asDictionary(object)->count(); }
+BQHashCode hashDictionary(BQTypeRef object) {
+  return asDictionary(object)->count();
+}
 
 BQDictionary* makeDictionary(uint16_t flags, BQIndex capacity) {
   return makeObject<BQDictionary>(kDictionaryTypeID, flags, capacityHint(capacity));
@@ -206,7 +215,9 @@ const BQRuntimeClass kDictionaryClass = {0,
 using bq::isDictionary;
 using bq::isMutable;
 
-BQTypeID BQDictionaryGetTypeID(void) { return bq::kDictionaryTypeID; }
+BQTypeID BQDictionaryGetTypeID(void) {
+  return bq::kDictionaryTypeID;
+}
 
 const BQDictionary* BQDictionaryCreate(const BQTypeRef* keys, const BQTypeRef* values, BQIndex count) {
   if (count < 0 || (count > 0 && (keys == nullptr || values == nullptr))) return nullptr;

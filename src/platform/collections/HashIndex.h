@@ -36,7 +36,8 @@ class HashIndex {
   /* The first entry of that hash for which `matches` holds. */
   template <class Matches>
   uint32_t find(uint32_t hash, Matches matches) const {
-    for (size_t position = hash & mask(); slots_[position].entry != kNone; position = (position + 1) & mask()) {
+    for (size_t position = hash & mask(); slots_[position].entry != kNone;
+         position = (position + 1) & mask()) {
       const Slot& slot = slots_[position];
       if (slot.hash == hash && matches(slot.entry)) return slot.entry;
     }

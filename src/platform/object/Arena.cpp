@@ -13,7 +13,9 @@ namespace {
 /* Blocks lie on multiples of their size, so that an object's address leads to its block. */
 constexpr size_t kBlockSize = size_t{64} << 10;
 
-size_t roundUp(size_t size, size_t step) { return (size + step - 1) & ~(step - 1); }
+size_t roundUp(size_t size, size_t step) {
+  return (size + step - 1) & ~(step - 1);
+}
 
 }  // namespace
 
@@ -27,7 +29,9 @@ struct Arena::Kept {
   Kept* next;
 };
 
-Arena* Arena::create() { return new Arena; }
+Arena* Arena::create() {
+  return new Arena;
+}
 
 Arena* Arena::of(const void* object) {
   uintptr_t address = reinterpret_cast<uintptr_t>(object) & ~uintptr_t{kBlockSize - 1};
@@ -43,8 +47,8 @@ void Arena::retain() {
 }
 
 void Arena::release() {
-  uint32_t before = __libc_single_threaded ? references_--
-                                           : __atomic_fetch_sub(&references_, 1, __ATOMIC_ACQ_REL);
+  uint32_t before =
+      __libc_single_threaded ? references_-- : __atomic_fetch_sub(&references_, 1, __ATOMIC_ACQ_REL);
   if (before != 1) return;
   for (Kept* kept = kept_; kept != nullptr; kept = kept->next) BQRelease(kept->object);
   for (Block* block = blocks_; block != nullptr;) {
@@ -55,7 +59,9 @@ void Arena::release() {
   delete this;
 }
 
-uint32_t Arena::retainCount() const { return __atomic_load_n(&references_, __ATOMIC_RELAXED); }
+uint32_t Arena::retainCount() const {
+  return __atomic_load_n(&references_, __ATOMIC_RELAXED);
+}
 
 void* Arena::allocate(size_t size) {
   size = roundUp(size, 8);

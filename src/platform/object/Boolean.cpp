@@ -20,6 +20,10 @@ static const BQBoolean theFalse = {{kBooleanTypeID, kImmortal, 1}};
 const BQBoolean* const kBQBooleanTrue = &bq::theTrue;
 const BQBoolean* const kBQBooleanFalse = &bq::theFalse;
 
-BQTypeID BQBooleanGetTypeID(void) { return bq::kBooleanTypeID; }
+BQTypeID BQBooleanGetTypeID(void) {
+  return bq::kBooleanTypeID;
+}
 
-bool BQBooleanGetValue(const BQBoolean* boolean) { return boolean == kBQBooleanTrue; }
+bool BQBooleanGetValue(const BQBoolean* boolean) {
+  return boolean == kBQBooleanTrue;
+}

@@ -50,7 +50,9 @@ bool equalDates(BQTypeRef first, BQTypeRef second) {
   return static_cast<const BQDate*>(first)->time == static_cast<const BQDate*>(second)->time;
 }
 
-BQHashCode hashDate(BQTypeRef object) { return std::hash<double>()(static_cast<const BQDate*>(object)->time); }
+BQHashCode hashDate(BQTypeRef object) {
+  return std::hash<double>()(static_cast<const BQDate*>(object)->time);
+}
 
 }  // namespace
 
@@ -59,9 +61,13 @@ const BQRuntimeClass kDateClass = {0,          "BQDate", nullptr, nullptr, nullp
 
 }  // namespace bq
 
-BQTypeID BQDateGetTypeID(void) { return bq::kDateTypeID; }
+BQTypeID BQDateGetTypeID(void) {
+  return bq::kDateTypeID;
+}
 
-const BQDate* BQDateCreate(BQAbsoluteTime time) { return bq::makeObject<BQDate>(bq::kDateTypeID, time); }
+const BQDate* BQDateCreate(BQAbsoluteTime time) {
+  return bq::makeObject<BQDate>(bq::kDateTypeID, time);
+}
 
 BQAbsoluteTime BQDateGetAbsoluteTime(const BQDate* date) {
   return bq::isInstance(date, bq::kDateTypeID) ? date->time : 0;

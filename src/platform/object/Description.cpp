@@ -35,15 +35,24 @@ class Describer {
   void describeNested(BQTypeRef object) {
     if (object == nullptr) return add("(null)");
     switch (baseOf(object)->typeID) {
-      case kStringTypeID: return addQuoted(static_cast<const BQString*>(object));
-      case kNullTypeID: return add("null");
-      case kBooleanTypeID: return add(object == kBQBooleanTrue ? "true" : "false");
-      case kNumberTypeID: return addNumber(static_cast<const BQNumber*>(object));
-      case kDateTypeID: return addDate(static_cast<const BQDate*>(object));
-      case kDataTypeID: return addData(static_cast<const BQData*>(object));
-      case kArrayTypeID: return addArray(static_cast<const BQArray*>(object));
-      case kDictionaryTypeID: return addDictionary(static_cast<const BQDictionary*>(object));
-      default: return addInstance(object);
+      case kStringTypeID:
+        return addQuoted(static_cast<const BQString*>(object));
+      case kNullTypeID:
+        return add("null");
+      case kBooleanTypeID:
+        return add(object == kBQBooleanTrue ? "true" : "false");
+      case kNumberTypeID:
+        return addNumber(static_cast<const BQNumber*>(object));
+      case kDateTypeID:
+        return addDate(static_cast<const BQDate*>(object));
+      case kDataTypeID:
+        return addData(static_cast<const BQData*>(object));
+      case kArrayTypeID:
+        return addArray(static_cast<const BQArray*>(object));
+      case kDictionaryTypeID:
+        return addDictionary(static_cast<const BQDictionary*>(object));
+      default:
+        return addInstance(object);
     }
   }
 
@@ -68,12 +77,18 @@ class Describer {
 
   static const char* escapeOf(char character) {
     switch (character) {
-      case '"': return "\\\"";
-      case '\\': return "\\\\";
-      case '\n': return "\\n";
-      case '\r': return "\\r";
-      case '\t': return "\\t";
-      default: return nullptr;
+      case '"':
+        return "\\\"";
+      case '\\':
+        return "\\\\";
+      case '\n':
+        return "\\n";
+      case '\r':
+        return "\\r";
+      case '\t':
+        return "\\t";
+      default:
+        return nullptr;
     }
   }
 
@@ -83,7 +98,8 @@ class Describer {
     if (BQNumberIsFloatType(number)) {
       double value = 0;
       BQNumberGetValue(number, kBQNumberFloat64Type, &value);
-      bool single = BQNumberGetType(number) == kBQNumberFloatType || BQNumberGetType(number) == kBQNumberFloat32Type;
+      bool single =
+          BQNumberGetType(number) == kBQNumberFloatType || BQNumberGetType(number) == kBQNumberFloat32Type;
       end = single ? std::to_chars(text, text + sizeof text, static_cast<float>(value))
                    : std::to_chars(text, text + sizeof text, value);
     } else {
@@ -144,8 +160,8 @@ class Describer {
 
   void addInstance(BQTypeRef object) {
     const BQRuntimeClass* runtimeClass = classOf(baseOf(object)->typeID);
-    auto describeInstance =
-        runtimeClass->copyFormattingDesc != nullptr ? runtimeClass->copyFormattingDesc : runtimeClass->copyDebugDesc;
+    auto describeInstance = runtimeClass->copyFormattingDesc != nullptr ? runtimeClass->copyFormattingDesc
+                                                                        : runtimeClass->copyDebugDesc;
     Ref<const BQString> text;
     if (describeInstance != nullptr) text = Ref<const BQString>::adopt(describeInstance(object));
     if (text) return BQStringAppend(out_, text.get());
@@ -159,7 +175,8 @@ class Describer {
 }  // namespace bq
 
 const BQString* BQCopyDescription(BQTypeRef object) {
-  if (bq::isInstance(object, bq::kStringTypeID)) return BQStringCreateCopy(static_cast<const BQString*>(object));
+  if (bq::isInstance(object, bq::kStringTypeID))
+    return BQStringCreateCopy(static_cast<const BQString*>(object));
   BQString* text = BQStringCreateMutable(0);
   bq::Describer(text).describe(object);
   return bq::freeze(text);

@@ -18,4 +18,6 @@ static const BQNull theNull = {{kNullTypeID, kImmortal, 1}};
 
 const BQNull* const kBQNull = &bq::theNull;
 
-BQTypeID BQNullGetTypeID(void) { return bq::kNullTypeID; }
+BQTypeID BQNullGetTypeID(void) {
+  return bq::kNullTypeID;
+}

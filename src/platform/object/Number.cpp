@@ -24,8 +24,10 @@ struct BQNumber : bq::Object {
       case kBQNumberFloat32Type:
       case kBQNumberFloat64Type:
       case kBQNumberFloatType:
-      case kBQNumberDoubleType: return true;
-      default: return false;
+      case kBQNumberDoubleType:
+        return true;
+      default:
+        return false;
     }
   }
 };
@@ -33,7 +35,9 @@ struct BQNumber : bq::Object {
 namespace bq {
 namespace {
 
-const BQNumber* asNumber(BQTypeRef object) { return static_cast<const BQNumber*>(object); }
+const BQNumber* asNumber(BQTypeRef object) {
+  return static_cast<const BQNumber*>(object);
+}
 
 template <class T>
 T load(const void* value) {
@@ -46,19 +50,31 @@ T load(const void* value) {
 bool readValue(BQNumber* number, BQNumberType type, const void* value) {
   switch (type) {
     case kBQNumberSInt8Type:
-    case kBQNumberCharType: number->integer = load<int8_t>(value); return true;
+    case kBQNumberCharType:
+      number->integer = load<int8_t>(value);
+      return true;
     case kBQNumberSInt16Type:
-    case kBQNumberShortType: number->integer = load<int16_t>(value); return true;
+    case kBQNumberShortType:
+      number->integer = load<int16_t>(value);
+      return true;
     case kBQNumberSInt32Type:
-    case kBQNumberIntType: number->integer = load<int32_t>(value); return true;
+    case kBQNumberIntType:
+      number->integer = load<int32_t>(value);
+      return true;
     case kBQNumberSInt64Type:
     case kBQNumberLongType:
     case kBQNumberLongLongType:
-    case kBQNumberIndexType: number->integer = load<int64_t>(value); return true;
+    case kBQNumberIndexType:
+      number->integer = load<int64_t>(value);
+      return true;
     case kBQNumberFloat32Type:
-    case kBQNumberFloatType: number->real = load<float>(value); return true;
+    case kBQNumberFloatType:
+      number->real = load<float>(value);
+      return true;
     case kBQNumberFloat64Type:
-    case kBQNumberDoubleType: number->real = load<double>(value); return true;
+    case kBQNumberDoubleType:
+      number->real = load<double>(value);
+      return true;
   }
   return false;
 }
@@ -76,7 +92,8 @@ int64_t clampToInteger(double value) {
 template <class T>
 bool storeInteger(const BQNumber* number, void* out) {
   int64_t integer = number->isFloat() ? clampToInteger(number->real) : number->integer;
-  bool exact = !number->isFloat() || (static_cast<double>(integer) == number->real && number->real < kTwoTo63);
+  bool exact =
+      !number->isFloat() || (static_cast<double>(integer) == number->real && number->real < kTwoTo63);
   constexpr int64_t low = std::numeric_limits<T>::min(), high = std::numeric_limits<T>::max();
   if (integer < low || integer > high) {
     integer = integer < low ? low : high;
@@ -90,7 +107,8 @@ bool storeInteger(const BQNumber* number, void* out) {
 template <class T>
 bool storeReal(const BQNumber* number, void* out) {
   double value = number->isFloat() ? number->real : static_cast<double>(number->integer);
-  bool overflows = std::isfinite(value) && std::abs(value) > static_cast<double>(std::numeric_limits<T>::max());
+  bool overflows =
+      std::isfinite(value) && std::abs(value) > static_cast<double>(std::numeric_limits<T>::max());
   T result = overflows ? std::copysign(std::numeric_limits<T>::infinity(), static_cast<T>(value > 0 ? 1 : -1))
                        : static_cast<T>(value);
   std::memcpy(out, &result, sizeof result);
@@ -105,7 +123,7 @@ BQComparisonResult compareReals(double first, double second) {
   if (std::isnan(first) || std::isnan(second)) {
     return order(!std::isnan(second), !std::isnan(first));
   }
-  return order(first < second, first > second);
+  return order(first<second, first> second);
 }
 
 /* Exact: neither side is rounded to the other's type. */
@@ -136,12 +154,14 @@ BQHashCode hashNumber(BQTypeRef object) {
 
 }  // namespace
 
-const BQRuntimeClass kNumberClass = {0,            "BQNumber", nullptr, nullptr, nullptr,
-                                     equalNumbers, hashNumber, nullptr, nullptr};
+const BQRuntimeClass kNumberClass = {0,          "BQNumber", nullptr, nullptr, nullptr, equalNumbers,
+                                     hashNumber, nullptr,    nullptr};
 
 }  // namespace bq
 
-BQTypeID BQNumberGetTypeID(void) { return bq::kNumberTypeID; }
+BQTypeID BQNumberGetTypeID(void) {
+  return bq::kNumberTypeID;
+}
 
 const BQNumber* BQNumberCreate(BQNumberType type, const void* value) {
   if (value == nullptr || type < kBQNumberSInt8Type || type > kBQNumberIndexType) return nullptr;
@@ -162,30 +182,37 @@ bool BQNumberGetValue(const BQNumber* number, BQNumberType type, void* value) {
   if (value == nullptr || !bq::isInstance(number, bq::kNumberTypeID)) return false;
   switch (type) {
     case kBQNumberSInt8Type:
-    case kBQNumberCharType: return bq::storeInteger<int8_t>(number, value);
+    case kBQNumberCharType:
+      return bq::storeInteger<int8_t>(number, value);
     case kBQNumberSInt16Type:
-    case kBQNumberShortType: return bq::storeInteger<int16_t>(number, value);
+    case kBQNumberShortType:
+      return bq::storeInteger<int16_t>(number, value);
     case kBQNumberSInt32Type:
-    case kBQNumberIntType: return bq::storeInteger<int32_t>(number, value);
+    case kBQNumberIntType:
+      return bq::storeInteger<int32_t>(number, value);
     case kBQNumberSInt64Type:
     case kBQNumberLongType:
     case kBQNumberLongLongType:
-    case kBQNumberIndexType: return bq::storeInteger<int64_t>(number, value);
+    case kBQNumberIndexType:
+      return bq::storeInteger<int64_t>(number, value);
     case kBQNumberFloat32Type:
-    case kBQNumberFloatType: return bq::storeReal<float>(number, value);
+    case kBQNumberFloatType:
+      return bq::storeReal<float>(number, value);
     case kBQNumberFloat64Type:
-    case kBQNumberDoubleType: return bq::storeReal<double>(number, value);
+    case kBQNumberDoubleType:
+      return bq::storeReal<double>(number, value);
   }
   return false;
 }
 
 BQComparisonResult BQNumberCompare(const BQNumber* first, const BQNumber* second) {
-  bool firstIs = bq::isInstance(first, bq::kNumberTypeID), secondIs = bq::isInstance(second, bq::kNumberTypeID);
+  bool firstIs = bq::isInstance(first, bq::kNumberTypeID),
+       secondIs = bq::isInstance(second, bq::kNumberTypeID);
   if (!firstIs || !secondIs) return bq::order(secondIs, firstIs);
   if (first->isFloat() && second->isFloat()) return bq::compareReals(first->real, second->real);
   if (first->isFloat()) {
     return static_cast<BQComparisonResult>(-bq::compareIntegerWithReal(second->integer, first->real));
   }
   if (second->isFloat()) return bq::compareIntegerWithReal(first->integer, second->real);
-  return bq::order(first->integer < second->integer, first->integer > second->integer);
+  return bq::order(first->integer<second->integer, first->integer> second->integer);
 }

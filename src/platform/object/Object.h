@@ -65,7 +65,9 @@ void finalizeObject(BQTypeRef object) {
   static_cast<const T*>(object)->~T();
 }
 
-inline const BQRuntimeBase* baseOf(BQTypeRef object) { return static_cast<const BQRuntimeBase*>(object); }
+inline const BQRuntimeBase* baseOf(BQTypeRef object) {
+  return static_cast<const BQRuntimeBase*>(object);
+}
 
 inline bool isInstance(BQTypeRef object, BQTypeID typeID) {
   return object != nullptr && baseOf(object)->typeID == typeID;

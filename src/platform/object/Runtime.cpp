@@ -27,11 +27,13 @@ std::array<std::atomic<const BQRuntimeClass*>, kMaximumTypes> registeredClasses;
 std::atomic<BQTypeID> nextTypeID{kFixedTypeCount};
 
 constexpr std::array<const BQRuntimeClass*, kFixedTypeCount> kFixedClasses = {
-    nullptr,    &kStringClass, &kNullClass, &kBooleanClass,    &kNumberClass,
-    &kDateClass, &kDataClass,  &kArrayClass, &kDictionaryClass,
+    nullptr,     &kStringClass, &kNullClass,  &kBooleanClass,    &kNumberClass,
+    &kDateClass, &kDataClass,   &kArrayClass, &kDictionaryClass,
 };
 
-BQRuntimeBase* mutableBase(BQTypeRef object) { return const_cast<BQRuntimeBase*>(baseOf(object)); }
+BQRuntimeBase* mutableBase(BQTypeRef object) {
+  return const_cast<BQRuntimeBase*>(baseOf(object));
+}
 
 /* The number of references before the change. */
 uint32_t addReference(BQRuntimeBase* base) {
@@ -178,7 +180,9 @@ BQIndex BQGetRetainCount(BQTypeRef object) {
   return __atomic_load_n(&base->retainCount, __ATOMIC_RELAXED);
 }
 
-BQTypeID BQGetTypeID(BQTypeRef object) { return object == nullptr ? 0 : baseOf(object)->typeID; }
+BQTypeID BQGetTypeID(BQTypeRef object) {
+  return object == nullptr ? 0 : baseOf(object)->typeID;
+}
 
 const BQString* BQCopyTypeIDDescription(BQTypeID typeID) {
   const BQRuntimeClass* runtimeClass = bq::classOf(typeID);

@@ -18,22 +18,24 @@ enum class Length { none, hh, h, l, ll, q, j, z, t, L };
 
 /* One conversion of a format: "%-5.*ld". */
 struct Conversion {
-  std::string_view text;  /* from the percent sign to the conversion character */
-  int stars = 0;          /* numbers given by arguments */
+  std::string_view text; /* from the percent sign to the conversion character */
+  int stars = 0;         /* numbers given by arguments */
   Length length = Length::none;
   char kind = '\0';
 };
 
-bool isFlagOrNumber(char character) { return std::strchr("-+ #0'.123456789*", character) != nullptr; }
+bool isFlagOrNumber(char character) {
+  return std::strchr("-+ #0'.123456789*", character) != nullptr;
+}
 
 Length parseLength(std::string_view& rest) {
   struct Row {
     std::string_view text;
     Length length;
   };
-  static constexpr Row kRows[] = {{"hh", Length::hh}, {"h", Length::h}, {"ll", Length::ll}, {"l", Length::l},
-                                  {"q", Length::q},   {"j", Length::j}, {"z", Length::z},   {"t", Length::t},
-                                  {"L", Length::L}};
+  static constexpr Row kRows[] = {{"hh", Length::hh}, {"h", Length::h}, {"ll", Length::ll},
+                                  {"l", Length::l},   {"q", Length::q}, {"j", Length::j},
+                                  {"z", Length::z},   {"t", Length::t}, {"L", Length::L}};
   for (const Row& row : kRows) {
     if (!rest.starts_with(row.text)) continue;
     rest.remove_prefix(row.text.size());
@@ -50,7 +52,8 @@ bool parseConversion(std::string_view format, Conversion& conversion) {
     rest.remove_prefix(1);
   }
   conversion.length = parseLength(rest);
-  if (rest.empty() || rest[0] == '\0' || std::strchr("diouxXcsSCpaAeEfFgGmn@%", rest[0]) == nullptr) return false;
+  if (rest.empty() || rest[0] == '\0' || std::strchr("diouxXcsSCpaAeEfFgGmn@%", rest[0]) == nullptr)
+    return false;
   conversion.kind = rest[0];
   conversion.text = format.substr(0, format.size() - rest.size() + 1);
   return conversion.stars <= 2 && conversion.text.size() < 64;
@@ -88,24 +91,36 @@ class Formatter {
 
   void write(const Conversion& conversion) {
     switch (conversion.kind) {
-      case '%': return appendText(out_, "%");
-      case '@': return writeObject(va_arg(arguments_, BQTypeRef));
+      case '%':
+        return appendText(out_, "%");
+      case '@':
+        return writeObject(va_arg(arguments_, BQTypeRef));
       case 'd':
-      case 'i': return writeSigned(conversion);
+      case 'i':
+        return writeSigned(conversion);
       case 'o':
       case 'u':
       case 'x':
-      case 'X': return writeUnsigned(conversion);
-      case 's': return conversion.length == Length::l ? print(conversion, va_arg(arguments_, const wchar_t*))
-                                                      : writeText(conversion, va_arg(arguments_, const char*));
-      case 'S': return print(conversion, va_arg(arguments_, const wchar_t*));
-      case 'c': return conversion.length == Length::l ? print(conversion, va_arg(arguments_, wint_t))
-                                                      : print(conversion, va_arg(arguments_, int));
-      case 'C': return print(conversion, va_arg(arguments_, wint_t));
-      case 'p': return print(conversion, va_arg(arguments_, void*));
-      case 'm': return print(conversion, 0);
-      case 'n': return skipCount(conversion);
-      default: return writeReal(conversion);
+      case 'X':
+        return writeUnsigned(conversion);
+      case 's':
+        return conversion.length == Length::l ? print(conversion, va_arg(arguments_, const wchar_t*))
+                                              : writeText(conversion, va_arg(arguments_, const char*));
+      case 'S':
+        return print(conversion, va_arg(arguments_, const wchar_t*));
+      case 'c':
+        return conversion.length == Length::l ? print(conversion, va_arg(arguments_, wint_t))
+                                              : print(conversion, va_arg(arguments_, int));
+      case 'C':
+        return print(conversion, va_arg(arguments_, wint_t));
+      case 'p':
+        return print(conversion, va_arg(arguments_, void*));
+      case 'm':
+        return print(conversion, 0);
+      case 'n':
+        return skipCount(conversion);
+      default:
+        return writeReal(conversion);
     }
   }
 
@@ -118,7 +133,9 @@ class Formatter {
     appendText(out_, viewOf(description.get()));
   }
 
-  void writeText(const Conversion& conversion, const char* text) { print(conversion, text == nullptr ? "(null)" : text); }
+  void writeText(const Conversion& conversion, const char* text) {
+    print(conversion, text == nullptr ? "(null)" : text);
+  }
 
   /* Would let a format write to memory; shows as it stands. */
   void skipCount(const Conversion& conversion) {
@@ -128,27 +145,39 @@ class Formatter {
 
   void writeSigned(const Conversion& conversion) {
     switch (conversion.length) {
-      case Length::l: return print(conversion, va_arg(arguments_, long));
+      case Length::l:
+        return print(conversion, va_arg(arguments_, long));
       case Length::ll:
       case Length::q:
-      case Length::L: return print(conversion, va_arg(arguments_, long long));
-      case Length::j: return print(conversion, va_arg(arguments_, intmax_t));
-      case Length::z: return print(conversion, va_arg(arguments_, ssize_t));
-      case Length::t: return print(conversion, va_arg(arguments_, ptrdiff_t));
-      default: return print(conversion, va_arg(arguments_, int));
+      case Length::L:
+        return print(conversion, va_arg(arguments_, long long));
+      case Length::j:
+        return print(conversion, va_arg(arguments_, intmax_t));
+      case Length::z:
+        return print(conversion, va_arg(arguments_, ssize_t));
+      case Length::t:
+        return print(conversion, va_arg(arguments_, ptrdiff_t));
+      default:
+        return print(conversion, va_arg(arguments_, int));
     }
   }
 
   void writeUnsigned(const Conversion& conversion) {
     switch (conversion.length) {
-      case Length::l: return print(conversion, va_arg(arguments_, unsigned long));
+      case Length::l:
+        return print(conversion, va_arg(arguments_, unsigned long));
       case Length::ll:
       case Length::q:
-      case Length::L: return print(conversion, va_arg(arguments_, unsigned long long));
-      case Length::j: return print(conversion, va_arg(arguments_, uintmax_t));
-      case Length::z: return print(conversion, va_arg(arguments_, size_t));
-      case Length::t: return print(conversion, va_arg(arguments_, ptrdiff_t));
-      default: return print(conversion, va_arg(arguments_, unsigned int));
+      case Length::L:
+        return print(conversion, va_arg(arguments_, unsigned long long));
+      case Length::j:
+        return print(conversion, va_arg(arguments_, uintmax_t));
+      case Length::z:
+        return print(conversion, va_arg(arguments_, size_t));
+      case Length::t:
+        return print(conversion, va_arg(arguments_, ptrdiff_t));
+      default:
+        return print(conversion, va_arg(arguments_, unsigned int));
     }
   }
 
@@ -178,9 +207,12 @@ class Formatter {
   template <class T>
   int callPrint(char* buffer, size_t size, const char* specification, int stars, T argument) {
     switch (stars) {
-      case 0: return std::snprintf(buffer, size, specification, argument);
-      case 1: return std::snprintf(buffer, size, specification, stars_[0], argument);
-      default: return std::snprintf(buffer, size, specification, stars_[0], stars_[1], argument);
+      case 0:
+        return std::snprintf(buffer, size, specification, argument);
+      case 1:
+        return std::snprintf(buffer, size, specification, stars_[0], argument);
+      default:
+        return std::snprintf(buffer, size, specification, stars_[0], stars_[1], argument);
     }
   }
 #pragma GCC diagnostic pop

@@ -35,7 +35,9 @@ void setLength(MutableString* string, uint64_t length) {
   string->bytes[length] = '\0';
 }
 
-bool isSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+bool isSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 }  // namespace
 
@@ -92,7 +94,8 @@ char* BQStringReserveUTF8(BQString* string, BQIndex size) {
 
 void BQStringCommitUTF8(BQString* string, BQIndex size) {
   MutableString* target = asMutableString(string);
-  if (target == nullptr || size < 0 || static_cast<uint64_t>(size) > target->capacity - target->length) return;
+  if (target == nullptr || size < 0 || static_cast<uint64_t>(size) > target->capacity - target->length)
+    return;
   bq::setLength(target, target->length + static_cast<uint64_t>(size));
 }
 
@@ -102,8 +105,8 @@ void BQStringTruncate(BQString* string, BQIndex length) {
   bq::setLength(target, static_cast<uint64_t>(length));
 }
 
-BQIndex BQStringFindAndReplace(BQString* string, const BQString* text, const BQString* replacement, BQRange range,
-                               BQStringCompareOptions options) {
+BQIndex BQStringFindAndReplace(BQString* string, const BQString* text, const BQString* replacement,
+                               BQRange range, BQStringCompareOptions options) {
   MutableString* target = asMutableString(string);
   if (target == nullptr || !isString(text) || !isString(replacement)) return 0;
   if (text->length == 0 || !bq::isValidRange(viewOf(target), range)) return 0;

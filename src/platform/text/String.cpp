@@ -17,11 +17,17 @@
 namespace bq {
 namespace {
 
-const BQString* asString(BQTypeRef object) { return static_cast<const BQString*>(object); }
+const BQString* asString(BQTypeRef object) {
+  return static_cast<const BQString*>(object);
+}
 
-bool equalStrings(BQTypeRef first, BQTypeRef second) { return viewOf(asString(first)) == viewOf(asString(second)); }
+bool equalStrings(BQTypeRef first, BQTypeRef second) {
+  return viewOf(asString(first)) == viewOf(asString(second));
+}
 
-BQHashCode hashString(BQTypeRef object) { return hashText(viewOf(asString(object))); }
+BQHashCode hashString(BQTypeRef object) {
+  return hashText(viewOf(asString(object)));
+}
 
 void finalizeString(BQTypeRef object) {
   if ((asString(object)->base.flags & kStringOwnsBytes) != 0) std::free(asString(object)->bytes);
@@ -73,7 +79,9 @@ const BQString* makeString(std::string_view text) {
 using bq::isString;
 using bq::viewOf;
 
-BQTypeID BQStringGetTypeID(void) { return bq::kStringTypeID; }
+BQTypeID BQStringGetTypeID(void) {
+  return bq::kStringTypeID;
+}
 
 const BQString* BQStringCreateWithUTF8(const char* bytes, BQIndex length) {
   return BQStringCreateWithBytes(bytes, length, kBQStringEncodingUTF8);
@@ -105,7 +113,8 @@ const BQString* BQStringCreateFromExternalRepresentation(const BQData* data, BQS
   if (!bq::isInstance(data, bq::kDataTypeID)) return nullptr;
   const uint8_t* bytes = BQDataGetBytePtr(data);
   BQIndex length = BQDataGetLength(data);
-  bool marked = encoding == kBQStringEncodingUTF8 && length >= 3 && std::memcmp(bytes, "\xEF\xBB\xBF", 3) == 0;
+  bool marked =
+      encoding == kBQStringEncodingUTF8 && length >= 3 && std::memcmp(bytes, "\xEF\xBB\xBF", 3) == 0;
   if (marked) {
     bytes += 3;
     length -= 3;
@@ -128,7 +137,9 @@ BQIndex BQStringGetLength(const BQString* string) {
   return isString(string) ? static_cast<BQIndex>(string->length) : 0;
 }
 
-const char* BQStringGetUTF8Ptr(const BQString* string) { return isString(string) ? string->bytes : nullptr; }
+const char* BQStringGetUTF8Ptr(const BQString* string) {
+  return isString(string) ? string->bytes : nullptr;
+}
 
 BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStringEncoding encoding, uint8_t lossByte,
                          uint8_t* buffer, BQIndex size, BQIndex* used) {
@@ -155,7 +166,8 @@ BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStringEncoding
 const BQData* BQStringCreateExternalRepresentation(const BQString* string, BQStringEncoding encoding,
                                                    uint8_t lossByte) {
   if (!isString(string)) return nullptr;
-  if (encoding == kBQStringEncodingUTF8) return BQDataCreate(string->bytes, static_cast<BQIndex>(string->length));
+  if (encoding == kBQStringEncodingUTF8)
+    return BQDataCreate(string->bytes, static_cast<BQIndex>(string->length));
   std::string bytes;
   if (!bq::encodeText(string->bytes, string->length, encoding, lossByte, bytes)) return nullptr;
   return BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size()));

@@ -31,9 +31,13 @@ struct MutableString : BQString {
   uint64_t capacity; /* without the NUL */
 };
 
-inline std::string_view viewOf(const BQString* string) { return {string->bytes, string->length}; }
+inline std::string_view viewOf(const BQString* string) {
+  return {string->bytes, string->length};
+}
 
-inline bool isString(BQTypeRef object) { return isInstance(object, kStringTypeID); }
+inline bool isString(BQTypeRef object) {
+  return isInstance(object, kStringTypeID);
+}
 
 /* A new immutable string of bytes that are known to be well-formed, owned by the caller. */
 const BQString* makeString(std::string_view text);

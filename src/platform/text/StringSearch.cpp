@@ -51,7 +51,8 @@ BQComparisonResult order(int difference) {
 BQComparisonResult compareIgnoringCase(std::string_view first, std::string_view second) {
   size_t common = first.size() < second.size() ? first.size() : second.size();
   for (size_t i = 0; i < common; ++i) {
-    auto left = static_cast<unsigned char>(foldCase(first[i])), right = static_cast<unsigned char>(foldCase(second[i]));
+    auto left = static_cast<unsigned char>(foldCase(first[i])),
+         right = static_cast<unsigned char>(foldCase(second[i]));
     if (left != right) return order(left < right ? -1 : 1);
   }
   return order(first.size() < second.size() ? -1 : first.size() > second.size());
@@ -69,11 +70,13 @@ size_t findText(std::string_view text, std::string_view part, size_t start, bool
 using bq::isString;
 using bq::viewOf;
 
-BQComparisonResult BQStringCompare(const BQString* first, const BQString* second, BQStringCompareOptions options) {
+BQComparisonResult BQStringCompare(const BQString* first, const BQString* second,
+                                   BQStringCompareOptions options) {
   if (!isString(first) || !isString(second)) {
     return bq::order((isString(first) ? 1 : 0) - (isString(second) ? 1 : 0));
   }
-  if ((options & kBQCompareCaseInsensitive) != 0) return bq::compareIgnoringCase(viewOf(first), viewOf(second));
+  if ((options & kBQCompareCaseInsensitive) != 0)
+    return bq::compareIgnoringCase(viewOf(first), viewOf(second));
   return bq::order(viewOf(first).compare(viewOf(second)));
 }
 
@@ -93,12 +96,14 @@ bool BQStringHasSuffix(const BQString* string, const BQString* suffix) {
 bool BQStringFind(const BQString* string, const BQString* text, BQRange range, BQStringCompareOptions options,
                   BQRange* found) {
   if (!isString(string) || !isString(text) || text->length == 0) return false;
-  if (!bq::isValidRange(viewOf(string), range) || text->length > static_cast<uint64_t>(range.length)) return false;
+  if (!bq::isValidRange(viewOf(string), range) || text->length > static_cast<uint64_t>(range.length))
+    return false;
   std::string_view searched =
       viewOf(string).substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length));
   bool ignoreCase = (options & kBQCompareCaseInsensitive) != 0;
-  size_t position = (options & kBQCompareBackwards) != 0 ? bq::findLast(searched, viewOf(text), ignoreCase)
-                                                         : bq::findText(searched, viewOf(text), 0, ignoreCase);
+  size_t position = (options & kBQCompareBackwards) != 0
+                        ? bq::findLast(searched, viewOf(text), ignoreCase)
+                        : bq::findText(searched, viewOf(text), 0, ignoreCase);
   if (position == std::string_view::npos) return false;
   if (found != nullptr) {
     *found = BQRangeMake(range.location + static_cast<BQIndex>(position), static_cast<BQIndex>(text->length));
