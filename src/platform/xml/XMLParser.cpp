@@ -81,7 +81,7 @@ void XMLParser::prepare() {
   names_.clear();
   infos_.clear();
   builder_.begin(*arena_);
-  tooDeep_ = false;
+  tooDeep_.reset();
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
     if (expat_ == nullptr) throw std::bad_alloc();
@@ -114,26 +114,29 @@ bool XMLParser::feed(std::string_view bytes, bool last) {
   return XML_Parse(expat_.get(), bytes.data(), static_cast<int>(bytes.size()), last) == XML_STATUS_OK;
 }
 
+XMLParser::Place XMLParser::currentPlace() const {
+  auto position = static_cast<size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(expat_.get()), 0));
+  return {static_cast<int64_t>(XML_GetCurrentLineNumber(expat_.get())),
+          static_cast<int64_t>(text_->offset(position))};
+}
+
 const BQDictionary* XMLParser::makeError() const {
-  XML_Parser expat = expat_.get();
-  auto position = static_cast<size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(expat), 0));
-  auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(expat));
-  auto location = static_cast<int64_t>(text_->offset(position));
   if (tooDeep_) {
-    return makeErrorDictionary(BQSTR("elements nested deeper than 512 levels"), line, location,
-                               kBQXMLTreeStatusTooDeep);
+    return makeErrorDictionary(BQSTR("elements nested deeper than 512 levels"), tooDeep_->line,
+                               tooDeep_->location, kBQXMLTreeStatusTooDeep);
   }
-  XML_Error code = XML_GetErrorCode(expat);
+  XML_Error code = XML_GetErrorCode(expat_.get());
   Ref<const BQString> description =
       Ref<const BQString>::adopt(BQStringCreateWithCString(XML_ErrorString(code), kBQStringEncodingASCII));
-  return makeErrorDictionary(description.get(), line, location, code);
+  Place place = currentPlace();
+  return makeErrorDictionary(description.get(), place.line, place.location, code);
 }
 
 void XMLParser::startElement(void* self, const XML_Char* name, const XML_Char** attributes) {
   XMLParser* parser = parserOf(self);
   const BQXMLElementInfo* info = attributes[0] == nullptr ? &kNoAttributes : parser->elementInfo(attributes);
   if (parser->builder_.startElement(parser->names_.find(*parser->arena_, name).string, info)) return;
-  parser->tooDeep_ = true;
+  parser->tooDeep_ = parser->currentPlace();
   XML_StopParser(parser->expat_.get(), XML_FALSE);
 }
 

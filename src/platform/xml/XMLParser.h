@@ -10,6 +10,7 @@
 #include <expat.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,10 @@ class XMLParser {
   const BQTree* parse(std::string_view bytes, const BQDictionary** error);
 
  private:
+  struct Place {
+    int64_t line;
+    int64_t location;
+  };
   struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
   };
@@ -48,6 +53,7 @@ class XMLParser {
   void prepare();
   bool feedAll();
   bool feed(std::string_view bytes, bool last);
+  Place currentPlace() const;
   const BQDictionary* makeError() const;
   void addEntityReference(const XML_Char* name);
   const BQXMLElementInfo* elementInfo(const XML_Char** attributes);
@@ -61,7 +67,8 @@ class XMLParser {
   NameTable names_;
   ElementInfoTable infos_;
   TreeBuilder builder_;
-  bool tooDeep_ = false;
+  /* Where nesting became too deep; the parser goes on a little after it was stopped. */
+  std::optional<Place> tooDeep_;
   std::vector<const char*> attributes_;
   std::vector<std::string> attributeTexts_;
 };
