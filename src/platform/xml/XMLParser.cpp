@@ -84,7 +84,7 @@ void XMLParser::prepare() {
   tooDeep_.reset();
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
-    if (expat_ == nullptr) throw std::bad_alloc();
+    if (expat_ == nullptr) failAllocation(0);
   } else {
     XML_ParserReset(expat_.get(), "UTF-8");
   }
