@@ -34,6 +34,13 @@ inline constexpr int kMaximumDepth = 512;
 /* Memory of the one allocator. Running out ends the process with a message. */
 void* allocate(size_t size);
 void* reallocate(void* memory, size_t size);
+[[noreturn]] void failAllocation(size_t size);
+
+/* The room that a caller's wish for capacity gets: a hint, so that nonsense does no harm. */
+inline size_t capacityHint(BQIndex capacity) {
+  constexpr BQIndex kMost = BQIndex{1} << 24;
+  return static_cast<size_t>(capacity < 0 ? 0 : capacity > kMost ? kMost : capacity);
+}
 
 /* The base of every object that is a C++ class. */
 struct Object {
@@ -58,7 +65,9 @@ void finalizeObject(BQTypeRef object) {
   static_cast<const T*>(object)->~T();
 }
 
-inline const BQRuntimeBase* baseOf(BQTypeRef object) { return static_cast<const BQRuntimeBase*>(object); }
+inline const BQRuntimeBase* baseOf(BQTypeRef object) {
+  return static_cast<const BQRuntimeBase*>(object);
+}
 
 inline bool isInstance(BQTypeRef object, BQTypeID typeID) {
   return object != nullptr && baseOf(object)->typeID == typeID;

@@ -1,0 +1,98 @@
+#include "platform/object/Arena.h"
+
+#include <cstdlib>
+#include <new>
+
+#include <sys/single_threaded.h>
+
+#include "platform/object/Object.h"
+
+namespace bq {
+namespace {
+
+/* Blocks lie on multiples of their size, so that an object's address leads to its block. */
+constexpr size_t kBlockSize = size_t{64} << 10;
+
+size_t roundUp(size_t size, size_t step) {
+  return (size + step - 1) & ~(step - 1);
+}
+
+}  // namespace
+
+struct Arena::Block {
+  Arena* arena;
+  Block* next;
+};
+
+struct Arena::Kept {
+  const void* object;
+  Kept* next;
+};
+
+Arena* Arena::create() {
+  return new Arena;
+}
+
+Arena* Arena::of(const void* object) {
+  uintptr_t address = reinterpret_cast<uintptr_t>(object) & ~uintptr_t{kBlockSize - 1};
+  return reinterpret_cast<const Block*>(address)->arena;
+}
+
+void Arena::retain() {
+  if (__libc_single_threaded) {
+    ++references_;
+  } else {
+    __atomic_fetch_add(&references_, 1, __ATOMIC_RELAXED);
+  }
+}
+
+void Arena::release() {
+  uint32_t before =
+      __libc_single_threaded ? references_-- : __atomic_fetch_sub(&references_, 1, __ATOMIC_ACQ_REL);
+  if (before != 1) return;
+  for (Kept* kept = kept_; kept != nullptr; kept = kept->next) BQRelease(kept->object);
+  for (Block* block = blocks_; block != nullptr;) {
+    Block* next = block->next;
+    std::free(block);
+    block = next;
+  }
+  delete this;
+}
+
+uint32_t Arena::retainCount() const {
+  return __atomic_load_n(&references_, __ATOMIC_RELAXED);
+}
+
+void* Arena::allocate(size_t size) {
+  size = roundUp(size, 8);
+  if (size <= static_cast<size_t>(end_ - next_)) {
+    void* memory = next_;
+    next_ += size;
+    return memory;
+  }
+  return allocateSlow(size);
+}
+
+/*
+ * A large object gets a block of its own, in which it comes first: only the beginning of an object
+ * must lie within the block size from the block's start. The block in use stays in use.
+ */
+void* Arena::allocateSlow(size_t size) {
+  bool large = size > kBlockSize / 4;
+  size_t blockSize = large ? roundUp(sizeof(Block) + size, kBlockSize) : kBlockSize;
+  void* memory = std::aligned_alloc(kBlockSize, blockSize);
+  if (memory == nullptr) failAllocation(blockSize);
+  Block* block = new (memory) Block{this, blocks_};
+  blocks_ = block;
+  char* first = static_cast<char*>(memory) + sizeof(Block);
+  if (large) return first;
+  next_ = first + size;
+  end_ = static_cast<char*>(memory) + blockSize;
+  return first;
+}
+
+void Arena::keep(const void* object) {
+  kept_ = new (allocate(sizeof(Kept))) Kept{object, kept_};
+}
+
+}  // namespace bq

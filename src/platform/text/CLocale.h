@@ -1,0 +1,28 @@
+/* The locale in which numbers are written and read. */
+#ifndef BQ_TEXT_C_LOCALE_H
+#define BQ_TEXT_C_LOCALE_H
+
+#include <locale.h>
+
+namespace bq {
+
+/* Makes the "C" locale the thread's, so that numbers do not follow the program's locale. */
+class CLocale {
+ public:
+  CLocale() : previous_(uselocale(cLocale())) {}
+  ~CLocale() { uselocale(previous_); }
+  CLocale(const CLocale&) = delete;
+  CLocale& operator=(const CLocale&) = delete;
+
+ private:
+  static locale_t cLocale() {
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return locale;
+  }
+
+  locale_t previous_;
+};
+
+}  // namespace bq
+
+#endif

@@ -1,0 +1,191 @@
+#include <BQ/BQString.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <charconv>
+#include <string>
+
+#include <BQ/BQData.h>
+
+#include "platform/object/Classes.h"
+#include "platform/text/CLocale.h"
+#include "platform/text/Encoding.h"
+#include "platform/text/StringHash.h"
+#include "platform/text/StringImpl.h"
+
+namespace bq {
+namespace {
+
+const BQString* asString(BQTypeRef object) {
+  return static_cast<const BQString*>(object);
+}
+
+bool equalStrings(BQTypeRef first, BQTypeRef second) {
+  return viewOf(asString(first)) == viewOf(asString(second));
+}
+
+BQHashCode hashString(BQTypeRef object) {
+  return hashText(viewOf(asString(object)));
+}
+
+void finalizeString(BQTypeRef object) {
+  if ((asString(object)->base.flags & kStringOwnsBytes) != 0) std::free(asString(object)->bytes);
+}
+
+/* The bytes of a text in an encoding that are UTF-8 as they stand, or a conversion of them. */
+bool isUTF8AsItStands(const char* bytes, size_t length, BQStringEncoding encoding) {
+  if (encoding == kBQStringEncodingUTF8) return isWellFormedUTF8(bytes, length);
+  if (!isASCIISuperset(encoding)) return false;
+  for (size_t i = 0; i < length; ++i) {
+    if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
+  }
+  return true;
+}
+
+const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding encoding) {
+  std::string text;
+  if (!decodeText(reinterpret_cast<const uint8_t*>(bytes), length, encoding, text)) return nullptr;
+  return makeString(text);
+}
+
+/* The part of the text that a range names; empty for an invalid range. */
+std::string_view partOf(const BQString* string, BQRange range) {
+  std::string_view text = viewOf(string);
+  if (!isValidRange(text, range)) return {};
+  return text.substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length));
+}
+
+size_t characterLength(char first) {
+  auto byte = static_cast<unsigned char>(first);
+  return byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+}  // namespace
+
+const BQRuntimeClass kStringClass = {0,          "BQString", nullptr, nullptr, finalizeString, equalStrings,
+                                     hashString, nullptr,    nullptr};
+
+const BQString* makeString(std::string_view text) {
+  void* memory = allocate(sizeof(BQString) + text.size() + 1);
+  char* bytes = static_cast<char*>(memory) + sizeof(BQString);
+  if (!text.empty()) std::memcpy(bytes, text.data(), text.size());
+  bytes[text.size()] = '\0';
+  return new (memory) BQString{{kStringTypeID, 0, 1}, text.size(), bytes};
+}
+
+}  // namespace bq
+
+using bq::isString;
+using bq::viewOf;
+
+BQTypeID BQStringGetTypeID(void) {
+  return bq::kStringTypeID;
+}
+
+const BQString* BQStringCreateWithUTF8(const char* bytes, BQIndex length) {
+  return BQStringCreateWithBytes(bytes, length, kBQStringEncodingUTF8);
+}
+
+const BQString* BQStringCreateWithCString(const char* text, BQStringEncoding encoding) {
+  return text == nullptr ? nullptr
+                         : BQStringCreateWithBytes(text, static_cast<BQIndex>(std::strlen(text)), encoding);
+}
+
+const BQString* BQStringCreateWithBytes(const void* bytes, BQIndex length, BQStringEncoding encoding) {
+  if (length < 0 || (bytes == nullptr && length > 0)) return nullptr;
+  const char* text = static_cast<const char*>(bytes);
+  auto size = static_cast<size_t>(length);
+  if (bq::isUTF8AsItStands(text, size, encoding)) return bq::makeString({text, size});
+  return encoding == kBQStringEncodingUTF8 ? nullptr : bq::convertBytes(text, size, encoding);
+}
+
+const BQString* BQStringCreateWithBytesNoCopy(const void* bytes, BQIndex length, BQStringEncoding encoding) {
+  if (length < 0 || bytes == nullptr) return nullptr;
+  const char* text = static_cast<const char*>(bytes);
+  auto size = static_cast<size_t>(length);
+  if (!bq::isUTF8AsItStands(text, size, encoding)) return BQStringCreateWithBytes(bytes, length, encoding);
+  return new (bq::allocate(sizeof(BQString)))
+      BQString{{bq::kStringTypeID, bq::kStringBorrowsBytes, 1}, size, const_cast<char*>(text)};
+}
+
+const BQString* BQStringCreateFromExternalRepresentation(const BQData* data, BQStringEncoding encoding) {
+  if (!bq::isInstance(data, bq::kDataTypeID)) return nullptr;
+  const uint8_t* bytes = BQDataGetBytePtr(data);
+  BQIndex length = BQDataGetLength(data);
+  bool marked =
+      encoding == kBQStringEncodingUTF8 && length >= 3 && std::memcmp(bytes, "\xEF\xBB\xBF", 3) == 0;
+  if (marked) {
+    bytes += 3;
+    length -= 3;
+  }
+  return BQStringCreateWithBytes(bytes, length, encoding);
+}
+
+const BQString* BQStringCreateCopy(const BQString* string) {
+  if (!isString(string)) return nullptr;
+  bool sharable = (string->base.flags & (bq::kStringMutable | bq::kStringBorrowsBytes)) == 0;
+  return sharable ? static_cast<const BQString*>(BQRetain(string)) : bq::makeString(viewOf(string));
+}
+
+const BQString* BQStringCreateSubstring(const BQString* string, BQRange range) {
+  if (!isString(string) || !bq::isValidRange(viewOf(string), range)) return nullptr;
+  return bq::makeString(bq::partOf(string, range));
+}
+
+BQIndex BQStringGetLength(const BQString* string) {
+  return isString(string) ? static_cast<BQIndex>(string->length) : 0;
+}
+
+const char* BQStringGetUTF8Ptr(const BQString* string) {
+  return isString(string) ? string->bytes : nullptr;
+}
+
+BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStringEncoding encoding, uint8_t lossByte,
+                         uint8_t* buffer, BQIndex size, BQIndex* used) {
+  if (used != nullptr) *used = 0;
+  if (!isString(string)) return 0;
+  std::string_view text = bq::partOf(string, range);
+  std::string converted;
+  size_t consumed = 0, made = 0;
+  while (consumed < text.size()) {
+    size_t length = bq::characterLength(text[consumed]);
+    converted.clear();
+    if (!bq::encodeText(text.data() + consumed, length, encoding, lossByte, converted)) break;
+    if (buffer != nullptr) {
+      if (made + converted.size() > static_cast<size_t>(size < 0 ? 0 : size)) break;
+      std::memcpy(buffer + made, converted.data(), converted.size());
+    }
+    made += converted.size();
+    consumed += length;
+  }
+  if (used != nullptr) *used = static_cast<BQIndex>(made);
+  return static_cast<BQIndex>(consumed);
+}
+
+const BQData* BQStringCreateExternalRepresentation(const BQString* string, BQStringEncoding encoding,
+                                                   uint8_t lossByte) {
+  if (!isString(string)) return nullptr;
+  if (encoding == kBQStringEncodingUTF8)
+    return BQDataCreate(string->bytes, static_cast<BQIndex>(string->length));
+  std::string bytes;
+  if (!bq::encodeText(string->bytes, string->length, encoding, lossByte, bytes)) return nullptr;
+  return BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size()));
+}
+
+double BQStringGetDoubleValue(const BQString* string) {
+  if (!isString(string)) return 0;
+  const char* start = string->bytes;
+  const char* end = start + string->length;
+  while (start < end && (*start == ' ' || (*start >= '\t' && *start <= '\r'))) ++start;
+  bool negative = start < end && *start == '-';
+  if (start < end && (*start == '-' || *start == '+')) ++start;
+  if (start < end && (*start == '-' || *start == '+')) return 0;
+  double value = 0;
+  std::from_chars_result result = std::from_chars(start, end, value);
+  if (result.ec == std::errc::result_out_of_range) {
+    bq::CLocale locale; /* zero or infinity: strtod knows which */
+    value = std::strtod(std::string(start, result.ptr).c_str(), nullptr);
+  }
+  return negative ? -value : value;
+}
