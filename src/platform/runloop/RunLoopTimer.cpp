@@ -67,7 +67,8 @@ void BQRunLoopTimer::setFiring(bool firing) {
 void BQRunLoopTimer::addTo(bq::RunLoopMode& mode) {
   if (!valid_ || isIn(mode)) return;
   if (!entries_.empty() && &entries_.front()->mode->loop != &mode.loop) return;
-  entries_.push_back(std::make_unique<bq::TimerEntry>(bq::Ref<BQRunLoopTimer>::retain(this), &mode));
+  entries_.push_back(std::make_unique<bq::TimerEntry>(
+      bq::TimerEntry{.timer = bq::Ref<BQRunLoopTimer>::retain(this), .mode = &mode}));
   mode.timers.insert(*entries_.back());
 }
 
