@@ -1,0 +1,38 @@
+/* Functions by which a caller writes and reads values in a form of its own. */
+#ifndef VX_OVERRIDE_H
+#define VX_OVERRIDE_H
+
+#include <BQ/BQBase.h>
+
+BQ_EXTERN_C_BEGIN
+
+/**
+ * Writes a value. Called while a document is written, with every value of the class that it was
+ * registered for; the first one registered for a class is the one that is called.
+ *
+ * @param object  The invocation or handler on which the function was registered; borrowed.
+ * @param value   The value to write; borrowed.
+ * @param info    The context's info.
+ * @return The XML text to put in place of the library's own, not escaped any further, owned by the
+ *         library from then on; null to let the library write the value. XML-RPC puts it between
+ *         the lines of the value element. SOAP takes it for the whole element and puts the
+ *         element's name in place of each "%@".
+ */
+typedef const BQString* (*VXSerializeOverrideFunc)(BQTypeRef object, BQTypeRef value, void* info);
+
+/**
+ * Reads a SOAP element. Called while a document is read, with every element whose resolved name
+ * matches; the first one registered that matches is the one that is called.
+ *
+ * @param object   The invocation or handler on which the function was registered; borrowed.
+ * @param element  The element; borrowed.
+ * @param root     The document; borrowed.
+ * @param info     The context's info.
+ * @return The value, owned by the library from then on; null to let the library read the element.
+ */
+typedef BQTypeRef (*VXDeserializeOverrideFunc)(BQTypeRef object, const BQTree* element, const BQTree* root,
+                                               void* info);
+
+BQ_EXTERN_C_END
+
+#endif
