@@ -20,8 +20,8 @@ const BQString* const kBQHTTPVersion1_1 = version1_1;
 namespace bq {
 namespace {
 
-const BQRuntimeClass kMessageClass = {0,       "BQHTTPMessage", nullptr, nullptr, finalizeObject<BQHTTPMessage>,
-                                      nullptr, nullptr,         nullptr, nullptr};
+const BQRuntimeClass kMessageClass = {
+    0, "BQHTTPMessage", nullptr, nullptr, finalizeObject<BQHTTPMessage>, nullptr, nullptr, nullptr, nullptr};
 
 Ref<BQHTTPMessage> makeMessage() {
   return Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
@@ -221,7 +221,8 @@ void BQHTTPMessageSetBody(BQHTTPMessage* message, const BQData* body) {
   message = asMessage(message);
   if (message == nullptr || (body != nullptr && !bq::isInstance(body, bq::kDataTypeID))) return;
   bool isMutable = BQDataGetMutableBytePtr(const_cast<BQData*>(body)) != nullptr;
-  message->body = isMutable ? Ref<const BQData>::adopt(BQDataCreateCopy(body)) : Ref<const BQData>::retain(body);
+  message->body =
+      isMutable ? Ref<const BQData>::adopt(BQDataCreateCopy(body)) : Ref<const BQData>::retain(body);
 }
 
 const BQData* BQHTTPMessageCopyBody(const BQHTTPMessage* message) {

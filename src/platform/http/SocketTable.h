@@ -5,6 +5,7 @@
 #ifndef BQ_HTTP_SOCKET_TABLE_H
 #define BQ_HTTP_SOCKET_TABLE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

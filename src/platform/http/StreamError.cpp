@@ -58,25 +58,39 @@ BQStreamError errorOfConnection(CURL* handle, BQStreamHTTPError otherwise) {
 
 const char* describeTLS(int32_t error) {
   switch (error) {
-    case kBQStreamTLSErrorHandshake: return "the encrypted connection could not be set up";
-    case kBQStreamTLSErrorCertificate: return "the server's certificate could not be verified";
-    case kBQStreamTLSErrorIssuerCertificate: return "the issuer of the server's certificate could not be verified";
-    case kBQStreamTLSErrorTransfer: return "the encrypted connection failed";
-    default: return "the encrypted connection failed in an unknown way";
+    case kBQStreamTLSErrorHandshake:
+      return "the encrypted connection could not be set up";
+    case kBQStreamTLSErrorCertificate:
+      return "the server's certificate could not be verified";
+    case kBQStreamTLSErrorIssuerCertificate:
+      return "the issuer of the server's certificate could not be verified";
+    case kBQStreamTLSErrorTransfer:
+      return "the encrypted connection failed";
+    default:
+      return "the encrypted connection failed in an unknown way";
   }
 }
 
 const char* describeHTTP(int32_t error) {
   switch (error) {
-    case kBQStreamHTTPErrorBadURL: return "the URL cannot be used for HTTP";
-    case kBQStreamHTTPErrorConnectionLost: return "the connection ended before the whole reply had arrived";
-    case kBQStreamHTTPErrorParse: return "the server sent something that is not HTTP";
-    case kBQStreamHTTPErrorRedirect: return "the server redirects too often or to a URL that is not allowed";
-    case kBQStreamHTTPErrorProxy: return "the proxy could not be used";
-    case kBQStreamHTTPErrorReplyTooLarge: return "the reply is larger than the limit";
-    case kBQStreamHTTPErrorEmptyReply: return "the server closed the connection without sending anything";
-    case kBQStreamHTTPErrorOther: return "the transfer failed";
-    default: return "the transfer failed in an unknown way";
+    case kBQStreamHTTPErrorBadURL:
+      return "the URL cannot be used for HTTP";
+    case kBQStreamHTTPErrorConnectionLost:
+      return "the connection ended before the whole reply had arrived";
+    case kBQStreamHTTPErrorParse:
+      return "the server sent something that is not HTTP";
+    case kBQStreamHTTPErrorRedirect:
+      return "the server redirects too often or to a URL that is not allowed";
+    case kBQStreamHTTPErrorProxy:
+      return "the proxy could not be used";
+    case kBQStreamHTTPErrorReplyTooLarge:
+      return "the reply is larger than the limit";
+    case kBQStreamHTTPErrorEmptyReply:
+      return "the server closed the connection without sending anything";
+    case kBQStreamHTTPErrorOther:
+      return "the transfer failed";
+    default:
+      return "the transfer failed in an unknown way";
   }
 }
 
@@ -88,13 +102,20 @@ const char* describeResolver(int32_t error) {
 /* The system's own words, except for errors that every user meets. */
 const char* describePOSIX(int32_t number, char* buffer, size_t size) {
   switch (number) {
-    case ECONNREFUSED: return "the connection was refused";
-    case ECONNRESET: return "the connection was reset by the server";
-    case EPIPE: return "the connection was closed by the server";
-    case ETIMEDOUT: return "the connection timed out";
-    case ENETUNREACH: return "the network cannot be reached";
-    case EHOSTUNREACH: return "the host cannot be reached";
-    default: return strerror_r(number, buffer, size);
+    case ECONNREFUSED:
+      return "the connection was refused";
+    case ECONNRESET:
+      return "the connection was reset by the server";
+    case EPIPE:
+      return "the connection was closed by the server";
+    case ETIMEDOUT:
+      return "the connection timed out";
+    case ENETUNREACH:
+      return "the network cannot be reached";
+    case EHOSTUNREACH:
+      return "the host cannot be reached";
+    default:
+      return strerror_r(number, buffer, size);
   }
 }
 
@@ -107,24 +128,39 @@ BQStreamError errorOfTransfer(CURLcode code, CURL* handle) {
       /* Also the answer for a reply that does not begin like one of HTTP/1. */
       return httpError(longInfo(handle, CURLINFO_REQUEST_SIZE) > 0 ? kBQStreamHTTPErrorParse
                                                                    : kBQStreamHTTPErrorBadURL);
-    case CURLE_COULDNT_RESOLVE_HOST: return resolverError(kBQStreamResolverErrorHost);
-    case CURLE_COULDNT_RESOLVE_PROXY: return resolverError(kBQStreamResolverErrorProxy);
-    case CURLE_PROXY: return httpError(kBQStreamHTTPErrorProxy);
-    case CURLE_COULDNT_CONNECT: return errorOfConnect(handle);
-    case CURLE_OPERATION_TIMEDOUT: return posixError(ETIMEDOUT);
-    case CURLE_GOT_NOTHING: return httpError(kBQStreamHTTPErrorEmptyReply);
-    case CURLE_PARTIAL_FILE: return httpError(kBQStreamHTTPErrorConnectionLost);
-    case CURLE_SEND_ERROR: return errorOfConnection(handle, kBQStreamHTTPErrorConnectionLost);
+    case CURLE_COULDNT_RESOLVE_HOST:
+      return resolverError(kBQStreamResolverErrorHost);
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return resolverError(kBQStreamResolverErrorProxy);
+    case CURLE_PROXY:
+      return httpError(kBQStreamHTTPErrorProxy);
+    case CURLE_COULDNT_CONNECT:
+      return errorOfConnect(handle);
+    case CURLE_OPERATION_TIMEDOUT:
+      return posixError(ETIMEDOUT);
+    case CURLE_GOT_NOTHING:
+      return httpError(kBQStreamHTTPErrorEmptyReply);
+    case CURLE_PARTIAL_FILE:
+      return httpError(kBQStreamHTTPErrorConnectionLost);
+    case CURLE_SEND_ERROR:
+      return errorOfConnection(handle, kBQStreamHTTPErrorConnectionLost);
     /* Without a failure of the connection this is a body that is chunked in a wrong way. */
-    case CURLE_RECV_ERROR: return errorOfConnection(handle, kBQStreamHTTPErrorParse);
+    case CURLE_RECV_ERROR:
+      return errorOfConnection(handle, kBQStreamHTTPErrorParse);
     case CURLE_WEIRD_SERVER_REPLY:
-    case CURLE_BAD_CONTENT_ENCODING: return httpError(kBQStreamHTTPErrorParse);
-    case CURLE_FILESIZE_EXCEEDED: return httpError(kBQStreamHTTPErrorReplyTooLarge);
-    case CURLE_SSL_CONNECT_ERROR: return tlsError(kBQStreamTLSErrorHandshake);
+    case CURLE_BAD_CONTENT_ENCODING:
+      return httpError(kBQStreamHTTPErrorParse);
+    case CURLE_FILESIZE_EXCEEDED:
+      return httpError(kBQStreamHTTPErrorReplyTooLarge);
+    case CURLE_SSL_CONNECT_ERROR:
+      return tlsError(kBQStreamTLSErrorHandshake);
     case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CACERT_BADFILE: return tlsError(kBQStreamTLSErrorCertificate);
-    case CURLE_SSL_ISSUER_ERROR: return tlsError(kBQStreamTLSErrorIssuerCertificate);
-    default: return httpError(kBQStreamHTTPErrorOther);
+    case CURLE_SSL_CACERT_BADFILE:
+      return tlsError(kBQStreamTLSErrorCertificate);
+    case CURLE_SSL_ISSUER_ERROR:
+      return tlsError(kBQStreamTLSErrorIssuerCertificate);
+    default:
+      return httpError(kBQStreamHTTPErrorOther);
   }
 }
 

@@ -29,7 +29,8 @@ inline const BQString* makeText(std::string_view text) {
 inline const BQString* makeReceivedText(std::string_view bytes) {
   const BQString* string = makeText(bytes);
   if (string != nullptr) return string;
-  return BQStringCreateWithBytes(bytes.data(), static_cast<BQIndex>(bytes.size()), kBQStringEncodingISOLatin1);
+  return BQStringCreateWithBytes(bytes.data(), static_cast<BQIndex>(bytes.size()),
+                                 kBQStringEncodingISOLatin1);
 }
 
 /* Character classes, independent of the locale. */

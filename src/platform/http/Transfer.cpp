@@ -78,9 +78,9 @@ void Transfer::configureHandle() {
   set(CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
   set(CURLOPT_OPENSOCKETDATA, this);
   /* A connection may live longer than the transfer that opened it. */
-  set(CURLOPT_CLOSESOCKETFUNCTION, +[](void* sockets, curl_socket_t socket) {
-    return static_cast<SocketTable*>(sockets)->close(socket);
-  });
+  set(
+      CURLOPT_CLOSESOCKETFUNCTION,
+      +[](void* sockets, curl_socket_t socket) { return static_cast<SocketTable*>(sockets)->close(socket); });
   set(CURLOPT_CLOSESOCKETDATA, &engine_.sockets());
 }
 

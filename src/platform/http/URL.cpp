@@ -40,8 +40,8 @@ const BQString* describeURL(BQTypeRef url) {
   return static_cast<const BQString*>(BQRetain(static_cast<const BQURL*>(url)->text.get()));
 }
 
-const BQRuntimeClass kURLClass = {0,       "BQURL",     nullptr, nullptr, finalizeObject<BQURL>, equalURLs,
-                                  hashURL, describeURL, nullptr};
+const BQRuntimeClass kURLClass = {0,         "BQURL", nullptr,     nullptr, finalizeObject<BQURL>,
+                                  equalURLs, hashURL, describeURL, nullptr};
 
 /* The pieces of a URL reference as it is written. */
 struct Pieces {
@@ -59,7 +59,8 @@ bool hasURLCharacters(std::string_view text) {
     char c = text[i];
     if (c <= ' ' || c >= 0x7F) return false;
     if (std::string_view("\"<>\\^`{|}").find(c) != std::string_view::npos) return false;
-    if (c == '%' && !(i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]))) return false;
+    if (c == '%' && !(i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2])))
+      return false;
   }
   return !text.empty();
 }
