@@ -3,7 +3,6 @@
 #include <BQ/BQXMLParser.h>
 
 #include <algorithm>
-#include <climits>
 #include <random>
 
 #include <BQ/BQData.h>
@@ -100,10 +99,10 @@ bool XMLParser::feedAll() {
 }
 
 bool XMLParser::feed(std::string_view bytes, bool last) {
-  while (bytes.size() > kLargestPiece) {
-    if (XML_Parse(expat_.get(), bytes.data(), static_cast<int>(kPiece), XML_FALSE) != XML_STATUS_OK)
+  size_t piece = bytes.size() > kLargestPiece ? kPiece : bytes.size();
+  for (; bytes.size() > piece; bytes.remove_prefix(piece)) {
+    if (XML_Parse(expat_.get(), bytes.data(), static_cast<int>(piece), XML_FALSE) != XML_STATUS_OK)
       return false;
-    bytes.remove_prefix(kPiece);
   }
   return XML_Parse(expat_.get(), bytes.data(), static_cast<int>(bytes.size()), last) == XML_STATUS_OK;
 }
