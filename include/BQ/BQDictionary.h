@@ -22,7 +22,8 @@ BQ_EXPORT BQTypeID BQDictionaryGetTypeID(void);
  * later equal key replaces the value of an earlier one. Pairs with a null key or value are left
  * out. Null if the count is negative.
  */
-BQ_EXPORT const BQDictionary* BQDictionaryCreate(const BQTypeRef* keys, const BQTypeRef* values, BQIndex count);
+BQ_EXPORT const BQDictionary* BQDictionaryCreate(const BQTypeRef* keys, const BQTypeRef* values,
+                                                 BQIndex count);
 
 /** An immutable shallow copy, owned by the caller; an immutable dictionary is shared. Null for null. */
 BQ_EXPORT const BQDictionary* BQDictionaryCreateCopy(const BQDictionary* dictionary);
@@ -49,7 +50,8 @@ BQ_EXPORT bool BQDictionaryContainsKey(const BQDictionary* dictionary, BQTypeRef
  * Writes the keys and the values, borrowed, in the dictionary's order, to arrays with room for
  * BQDictionaryGetCount pointers each. Either array may be null.
  */
-BQ_EXPORT void BQDictionaryGetKeysAndValues(const BQDictionary* dictionary, BQTypeRef* keys, BQTypeRef* values);
+BQ_EXPORT void BQDictionaryGetKeysAndValues(const BQDictionary* dictionary, BQTypeRef* keys,
+                                            BQTypeRef* values);
 
 /** Sets the value for a key; an equal key keeps its place and its object. A null key or value is ignored. */
 BQ_EXPORT void BQDictionarySetValue(BQDictionary* dictionary, BQTypeRef key, BQTypeRef value);

@@ -48,7 +48,10 @@ BQ_EXPORT BQTypeID BQReadStreamGetTypeID(void);
 /** A stream for a copy of `request`, owned by the caller. Null for null or a message that is no request. */
 BQ_EXPORT BQReadStream* BQReadStreamCreateForHTTPRequest(const BQHTTPMessage* request);
 
-/** Sets a property before the stream is opened; null removes it. False if it is unknown, read only or too late. */
+/**
+ * Sets a property before the stream is opened; null removes it. False if it is unknown, read only
+ * or too late.
+ */
 BQ_EXPORT bool BQReadStreamSetProperty(BQReadStream* stream, const BQString* key, BQTypeRef value);
 
 /** A property, owned by the caller; null if it is unset. */
@@ -59,7 +62,8 @@ BQ_EXPORT BQTypeRef BQReadStreamCopyProperty(BQReadStream* stream, const BQStrin
  * an empty mask removes the client. False for an event outside the five.
  */
 BQ_EXPORT bool BQReadStreamSetClient(BQReadStream* stream, BQStreamEventType events,
-                                     BQReadStreamClientCallBack callback, const BQStreamClientContext* context);
+                                     BQReadStreamClientCallBack callback,
+                                     const BQStreamClientContext* context);
 
 /**
  * Lets the stream work and deliver events while the run loop runs in a mode. Events: open
@@ -67,10 +71,12 @@ BQ_EXPORT bool BQReadStreamSetClient(BQReadStream* stream, BQStreamEventType eve
  * the client has read what there is; then either end encountered, once, when everything was read,
  * or error occurred, once, at any time, instead of all that would follow.
  */
-BQ_EXPORT void BQReadStreamScheduleWithRunLoop(BQReadStream* stream, BQRunLoop* runLoop, const BQString* mode);
+BQ_EXPORT void BQReadStreamScheduleWithRunLoop(BQReadStream* stream, BQRunLoop* runLoop,
+                                               const BQString* mode);
 
 /** Takes the stream off a mode. No event is delivered there any more. */
-BQ_EXPORT void BQReadStreamUnscheduleFromRunLoop(BQReadStream* stream, BQRunLoop* runLoop, const BQString* mode);
+BQ_EXPORT void BQReadStreamUnscheduleFromRunLoop(BQReadStream* stream, BQRunLoop* runLoop,
+                                                 const BQString* mode);
 
 /**
  * Starts the transfer. False, with the stream's error set, if it cannot be started: it is not

@@ -85,7 +85,10 @@ typedef struct BQRunLoopSourceContext {
   void (*perform)(void* info);
 } BQRunLoopSourceContext;
 
-/** A source, owned by the caller. Lower orders are performed first. Null for a null context or a version other than 0. */
+/**
+ * A source, owned by the caller. Lower orders are performed first. Null for a null context or a
+ * version other than 0.
+ */
 BQ_EXPORT BQRunLoopSource* BQRunLoopSourceCreate(BQIndex order, const BQRunLoopSourceContext* context);
 
 /** Asks for one perform; several signals before it count as one. Any thread. */
@@ -126,8 +129,8 @@ typedef struct BQRunLoopTimerContext {
  * made up. Once created a timer does not follow changes of the system's clock. `flags` and `order`
  * are 0. The context may be null.
  */
-BQ_EXPORT BQRunLoopTimer* BQRunLoopTimerCreate(BQAbsoluteTime fireDate, BQTimeInterval interval, uint32_t flags,
-                                               BQIndex order, BQRunLoopTimerCallBack callback,
+BQ_EXPORT BQRunLoopTimer* BQRunLoopTimerCreate(BQAbsoluteTime fireDate, BQTimeInterval interval,
+                                               uint32_t flags, BQIndex order, BQRunLoopTimerCallBack callback,
                                                const BQRunLoopTimerContext* context);
 
 /** Takes the timer off its run loop for good. */
@@ -163,8 +166,8 @@ typedef void (*BQFileDescriptorCallBack)(BQFileDescriptor* descriptor, uint32_t 
  * Watches a file descriptor that stays the caller's and must be removed before it is closed.
  * `interest` holds the bits above and may be 0. Owned by the caller.
  */
-BQ_EXPORT BQFileDescriptor* BQFileDescriptorCreate(int fd, uint32_t interest, BQFileDescriptorCallBack callback,
-                                                   void* info);
+BQ_EXPORT BQFileDescriptor* BQFileDescriptorCreate(int fd, uint32_t interest,
+                                                   BQFileDescriptorCallBack callback, void* info);
 
 /** Changes what is asked for. */
 BQ_EXPORT void BQFileDescriptorSetInterest(BQFileDescriptor* descriptor, uint32_t interest);
@@ -173,10 +176,12 @@ BQ_EXPORT void BQFileDescriptorSetInterest(BQFileDescriptor* descriptor, uint32_
 BQ_EXPORT void BQFileDescriptorInvalidate(BQFileDescriptor* descriptor);
 
 /** Adds a descriptor to a mode, which retains it. A descriptor belongs to one run loop. */
-BQ_EXPORT void BQRunLoopAddFileDescriptor(BQRunLoop* runLoop, BQFileDescriptor* descriptor, const BQString* mode);
+BQ_EXPORT void BQRunLoopAddFileDescriptor(BQRunLoop* runLoop, BQFileDescriptor* descriptor,
+                                          const BQString* mode);
 
 /** Removes a descriptor from a mode. */
-BQ_EXPORT void BQRunLoopRemoveFileDescriptor(BQRunLoop* runLoop, BQFileDescriptor* descriptor, const BQString* mode);
+BQ_EXPORT void BQRunLoopRemoveFileDescriptor(BQRunLoop* runLoop, BQFileDescriptor* descriptor,
+                                             const BQString* mode);
 
 BQ_EXTERN_C_END
 

@@ -19,7 +19,10 @@ typedef struct BQRuntimeBase {
 /** The identifiers of the classes whose instances can be laid out at compile time. */
 enum { kBQRuntimeStringTypeID = 1 };
 
-/** What the runtime knows of a class. Every function may be null. The record must outlive the process' use. */
+/**
+ * What the runtime knows of a class. Every function may be null. The record must outlive the
+ * process' use.
+ */
 typedef struct __BQRuntimeClass {
   /** 0. */
   BQIndex version;

@@ -26,22 +26,22 @@ typedef struct BQConstantString {
  * Defines the static pointer `name` to an immortal constant string made of a literal, without
  * allocation. For use at file or block scope.
  */
-#define BQ_DEFINE_STATIC_STRING(name, text)                                    \
+#define BQ_DEFINE_STATIC_STRING(name, text)                                     \
   static const BQConstantString name##_storage = BQ_CONSTANT_STRING_INIT(text); \
   static const BQString* const name = (const BQString*)&name##_storage
 
 /** A constant string in an expression: the same object each time the expression is evaluated. */
 #ifdef __cplusplus
-#define BQSTR(text)                                                                 \
-  ([]() noexcept -> const BQString* {                                               \
-    static constexpr BQConstantString bqConstant = BQ_CONSTANT_STRING_INIT(text);   \
-    return reinterpret_cast<const BQString*>(&bqConstant);                          \
+#define BQSTR(text)                                                               \
+  ([]() noexcept -> const BQString* {                                             \
+    static constexpr BQConstantString bqConstant = BQ_CONSTANT_STRING_INIT(text); \
+    return reinterpret_cast<const BQString*>(&bqConstant);                        \
   }())
 #else
-#define BQSTR(text)                                                                \
-  (__extension__({                                                                 \
-    static const BQConstantString bqConstant = BQ_CONSTANT_STRING_INIT(text);      \
-    (const BQString*)&bqConstant;                                                  \
+#define BQSTR(text)                                                           \
+  (__extension__({                                                            \
+    static const BQConstantString bqConstant = BQ_CONSTANT_STRING_INIT(text); \
+    (const BQString*)&bqConstant;                                             \
   }))
 #endif
 
@@ -66,16 +66,19 @@ BQ_EXPORT const BQString* BQStringCreateWithUTF8(const char* bytes, BQIndex leng
 BQ_EXPORT const BQString* BQStringCreateWithCString(const char* text, BQStringEncoding encoding);
 
 /** From `length` bytes in an encoding. Null if they are malformed in it or it is not available. */
-BQ_EXPORT const BQString* BQStringCreateWithBytes(const void* bytes, BQIndex length, BQStringEncoding encoding);
+BQ_EXPORT const BQString* BQStringCreateWithBytes(const void* bytes, BQIndex length,
+                                                  BQStringEncoding encoding);
 
 /**
  * Like BQStringCreateWithBytes, but bytes that are UTF-8 as they stand are not copied: they stay
  * the caller's and must outlive the string unchanged.
  */
-BQ_EXPORT const BQString* BQStringCreateWithBytesNoCopy(const void* bytes, BQIndex length, BQStringEncoding encoding);
+BQ_EXPORT const BQString* BQStringCreateWithBytesNoCopy(const void* bytes, BQIndex length,
+                                                        BQStringEncoding encoding);
 
 /** From the bytes of `data` in an encoding; a leading byte-order mark is dropped. Null as above. */
-BQ_EXPORT const BQString* BQStringCreateFromExternalRepresentation(const BQData* data, BQStringEncoding encoding);
+BQ_EXPORT const BQString* BQStringCreateFromExternalRepresentation(const BQData* data,
+                                                                   BQStringEncoding encoding);
 
 /**
  * From a format: printf's conversions, and "%@" for the description of an object. Only "%n" is
@@ -121,8 +124,8 @@ BQ_EXPORT BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStri
  * `lossByte`; with a `lossByte` of 0 the result is null instead, as it is for an encoding that is
  * not available and for null.
  */
-BQ_EXPORT const BQData* BQStringCreateExternalRepresentation(const BQString* string, BQStringEncoding encoding,
-                                                             uint8_t lossByte);
+BQ_EXPORT const BQData* BQStringCreateExternalRepresentation(const BQString* string,
+                                                             BQStringEncoding encoding, uint8_t lossByte);
 
 /** The number at the start of the text, white space before it skipped; 0 if there is none. "C" locale. */
 BQ_EXPORT double BQStringGetDoubleValue(const BQString* string);

@@ -25,7 +25,8 @@ BQ_EXPORT const BQTree* BQTreeGetNextSibling(const BQTree* tree);
 BQ_EXPORT BQIndex BQTreeGetChildCount(const BQTree* tree);
 
 /** Calls a function with each child in document order. */
-BQ_EXPORT void BQTreeApplyFunctionToChildren(const BQTree* tree, void (*function)(const void* child, void* context),
+BQ_EXPORT void BQTreeApplyFunctionToChildren(const BQTree* tree,
+                                             void (*function)(const void* child, void* context),
                                              void* context);
 
 BQ_EXTERN_C_END

@@ -22,7 +22,10 @@ BQ_EXPORT const BQString* BQURLGetString(const BQURL* url);
 /** The scheme in lower case, owned by the caller; null if there is none. */
 BQ_EXPORT const BQString* BQURLCopyScheme(const BQURL* url);
 
-/** The host name without brackets, percent escapes decoded, owned by the caller; null if there is none or it is empty. */
+/**
+ * The host name without brackets, percent escapes decoded, owned by the caller; null if there is
+ * none or it is empty.
+ */
 BQ_EXPORT const BQString* BQURLCopyHostName(const BQURL* url);
 
 /** The port number that the text gives; -1 if it gives none. */

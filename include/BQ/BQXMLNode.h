@@ -39,7 +39,10 @@ BQ_EXPORT BQTypeID BQXMLNodeGetTypeID(void);
 /** What the node is. 0 for null. */
 BQ_EXPORT BQXMLNodeTypeCode BQXMLNodeGetTypeCode(const BQXMLNode* node);
 
-/** The name of an element as written, the text of a text or CDATA node, the name of an entity reference; borrowed. */
+/**
+ * The name of an element as written, the text of a text or CDATA node, the name of an entity
+ * reference; borrowed.
+ */
 BQ_EXPORT const BQString* BQXMLNodeGetString(const BQXMLNode* node);
 
 /** For an element its BQXMLElementInfo, borrowed; null for every other node. */

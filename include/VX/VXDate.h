@@ -13,7 +13,8 @@ BQ_EXTERN_C_BEGIN
  * @param buffer  Receives at most `size` bytes, the NUL included; may be null if `size` is 0.
  * @return The length of the whole text without the NUL, also when it was cut. Any thread.
  */
-BQ_EXPORT int vxBQDateToISO8601String(char* buffer, unsigned long size, const BQDate* date, unsigned char compact);
+BQ_EXPORT int vxBQDateToISO8601String(char* buffer, unsigned long size, const BQDate* date,
+                                      unsigned char compact);
 
 /**
  * Reads a date: year, month and day with or without dashes, then, each optional, "T", hours, ":",

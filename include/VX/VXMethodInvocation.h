@@ -30,7 +30,8 @@ typedef struct OpaqueVXMethodInvocationRef* VXMethodInvocationRef;
  * @param info        The context's info.
  * @param result      The result dictionary, owned by the function, which must release it.
  */
-typedef void (*VXInvocationCallbackFunc)(VXMethodInvocationRef invocation, void* info, const BQDictionary* result);
+typedef void (*VXInvocationCallbackFunc)(VXMethodInvocationRef invocation, void* info,
+                                         const BQDictionary* result);
 
 /** The class of invocations. */
 BQ_EXPORT BQTypeID VXMethodInvocationGetTypeID(void);
@@ -54,8 +55,8 @@ BQ_EXPORT VXMethodInvocationRef VXMethodInvocationCreate(const BQURL* url, const
  * @param parameterOrder  The names in the order in which they are sent; if null, all keys of the
  *                        dictionary in its order.
  */
-BQ_EXPORT void VXMethodInvocationSetParameters(VXMethodInvocationRef invocation, const BQDictionary* parameters,
-                                               const BQArray* parameterOrder);
+BQ_EXPORT void VXMethodInvocationSetParameters(VXMethodInvocationRef invocation,
+                                               const BQDictionary* parameters, const BQArray* parameterOrder);
 
 /**
  * A shallow copy of the parameters, owned by the caller, or null if there are none.
@@ -70,7 +71,8 @@ BQ_EXPORT const BQDictionary* VXMethodInvocationCopyParameters(VXMethodInvocatio
  * copied, the value retained; null removes the property. A value of another kind than the property
  * wants is treated as unset.
  */
-BQ_EXPORT void VXMethodInvocationSetProperty(VXMethodInvocationRef invocation, const BQString* key, BQTypeRef value);
+BQ_EXPORT void VXMethodInvocationSetProperty(VXMethodInvocationRef invocation, const BQString* key,
+                                             BQTypeRef value);
 
 /** The value of a property, owned by the caller; null if it is unset. */
 BQ_EXPORT BQTypeRef VXMethodInvocationCopyProperty(VXMethodInvocationRef invocation, const BQString* key);
@@ -96,12 +98,17 @@ BQ_EXPORT void VXMethodInvocationAddSerializationOverride(VXMethodInvocationRef 
  * @param context        May be null.
  */
 BQ_EXPORT void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocation,
-                                                            const BQString* typeNamespace, const BQString* typeName,
+                                                            const BQString* typeNamespace,
+                                                            const BQString* typeName,
                                                             VXDeserializeOverrideFunc function,
                                                             const VXClientContext* context);
 
-/** Sets the function that receives the result of a scheduled call; null removes it. The context may be null. */
-BQ_EXPORT void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocationCallbackFunc callback,
+/**
+ * Sets the function that receives the result of a scheduled call; null removes it. The context may
+ * be null.
+ */
+BQ_EXPORT void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation,
+                                             VXInvocationCallbackFunc callback,
                                              const VXClientContext* context);
 
 /**

@@ -51,7 +51,8 @@ BQ_EXPORT const BQDictionary* VXProtocolHandlerCopyReplyDictionary(VXProtocolHan
  * Writes a request, owned by the caller. `parameters` and `parameterOrder` may be null; `reserved`
  * is ignored. Null if the method name is null or no document can be made.
  */
-BQ_EXPORT const BQData* VXProtocolHandlerCopyRequestDocument(VXProtocolHandlerRef handler, const BQString* methodName,
+BQ_EXPORT const BQData* VXProtocolHandlerCopyRequestDocument(VXProtocolHandlerRef handler,
+                                                             const BQString* methodName,
                                                              const BQDictionary* parameters,
                                                              const BQArray* parameterOrder,
                                                              const BQDictionary* reserved);
@@ -63,8 +64,8 @@ BQ_EXPORT const BQData* VXProtocolHandlerCopyRequestDocument(VXProtocolHandlerRe
  * @param request  What VXProtocolHandlerCopyRequestDictionary returned. XML-RPC takes null.
  * @param result   The value to return; null for none.
  */
-BQ_EXPORT const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
-                                                           BQTypeRef result);
+BQ_EXPORT const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef handler,
+                                                           const BQDictionary* request, BQTypeRef result);
 
 /**
  * Writes a fault, owned by the caller, in the encoding that the request dictionary names. Null if
@@ -73,11 +74,13 @@ BQ_EXPORT const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef 
  * @param request  As above; may be null.
  * @param fault    A dictionary with kVXFaultCode, kVXFaultString and kVXFaultExtra, each optional.
  */
-BQ_EXPORT const BQData* VXProtocolHandlerCopyFaultDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
+BQ_EXPORT const BQData* VXProtocolHandlerCopyFaultDocument(VXProtocolHandlerRef handler,
+                                                           const BQDictionary* request,
                                                            const BQDictionary* fault);
 
 /** Sets a property; null removes it. The key is copied, the value retained. */
-BQ_EXPORT void VXProtocolHandlerSetProperty(VXProtocolHandlerRef handler, const BQString* key, BQTypeRef value);
+BQ_EXPORT void VXProtocolHandlerSetProperty(VXProtocolHandlerRef handler, const BQString* key,
+                                            BQTypeRef value);
 
 /** The value of a property, owned by the caller; null if it is unset. */
 BQ_EXPORT BQTypeRef VXProtocolHandlerCopyProperty(VXProtocolHandlerRef handler, const BQString* key);
@@ -88,7 +91,8 @@ BQ_EXPORT void VXProtocolHandlerSetSerializationOverride(VXProtocolHandlerRef ha
                                                          const VXClientContext* context);
 
 /** Registers a function that reads the SOAP elements of a name, as for an invocation. */
-BQ_EXPORT void VXProtocolHandlerSetDeserializationOverride(VXProtocolHandlerRef handler, const BQString* typeNamespace,
+BQ_EXPORT void VXProtocolHandlerSetDeserializationOverride(VXProtocolHandlerRef handler,
+                                                           const BQString* typeNamespace,
                                                            const BQString* typeName,
                                                            VXDeserializeOverrideFunc function,
                                                            const VXClientContext* context);

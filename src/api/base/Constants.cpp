@@ -3,7 +3,7 @@
 #include <BQ/BQString.h>
 
 /* Defines an exported constant: a static string and the exported pointer to it. */
-#define VX_DEFINE_CONSTANT(name, text)      \
+#define VX_DEFINE_CONSTANT(name, text)       \
   BQ_DEFINE_STATIC_STRING(name##Text, text); \
   const BQString* const name = name##Text
 

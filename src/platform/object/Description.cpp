@@ -4,7 +4,13 @@
 #include <string_view>
 #include <vector>
 
-#include <BQ/BQ.h>
+#include <BQ/BQArray.h>
+#include <BQ/BQBoolean.h>
+#include <BQ/BQData.h>
+#include <BQ/BQDate.h>
+#include <BQ/BQDictionary.h>
+#include <BQ/BQNumber.h>
+#include <BQ/BQString.h>
 
 #include "platform/object/Classes.h"
 #include "platform/object/DepthGuard.h"

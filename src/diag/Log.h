@@ -1,0 +1,26 @@
+/* The log line and the print to the standard error stream. */
+#ifndef VX_DIAG_LOG_H
+#define VX_DIAG_LOG_H
+
+#include <BQ/BQBase.h>
+
+namespace vx {
+
+/*
+ * Writes "VX (process id): ", the formatted text and a line end, in one write, if gVXDebug is on.
+ * Emitters of verbose messages test gVXDebugVerbose first. Returns 0.
+ */
+int _vxLogf(const char* format, ...);
+
+/* Writes the formatted text, always, with nothing added, in one write. */
+void vxPrintf(const BQString* format, ...);
+
+/* Writes a dictionary as a property list, or its description if it is none, always. */
+void vxDumpDict(const char* label, const BQDictionary* dictionary);
+
+/* A new string, owned by the caller, from a format and arguments already started. */
+const BQString* vxCreateString(const char* format, va_list arguments);
+
+}  // namespace vx
+
+#endif

@@ -1,0 +1,18 @@
+#include "diag/Switches.h"
+
+#include <cstdlib>
+
+namespace vx {
+
+int32_t gVXDebug;
+int32_t gVXDebugVerbose;
+
+void vxInitStatics() {
+  static bool didInit = false;
+  if (didInit) return;
+  didInit = true;
+  gVXDebug = std::getenv("VXDebug") != nullptr ? 1 : 0;
+  gVXDebugVerbose = std::getenv("VXDebugVerbose") != nullptr ? 1 : 0;
+}
+
+}  // namespace vx

@@ -1,0 +1,216 @@
+#include "platform/runloop/DescriptorSet.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/runloop/FileDescriptor.h"
+
+namespace bq {
+
+namespace {
+
+constexpr uint32_t kReadEvents = EPOLLIN;
+constexpr uint32_t kWriteEvents = EPOLLOUT;
+constexpr uint32_t kEndEvents = EPOLLERR | EPOLLHUP;
+
+/* No watch has this number. */
+constexpr uint32_t kWakeUpNumber = 0;
+
+/* Who waits for reading or writing finds out about an end or an error by trying. */
+uint32_t readinessOf(uint32_t events) {
+  uint32_t ready = 0;
+  if ((events & (kReadEvents | kEndEvents)) != 0) ready |= kBQFileDescriptorRead;
+  if ((events & (kWriteEvents | kEndEvents)) != 0) ready |= kBQFileDescriptorWrite;
+  return ready;
+}
+
+uint64_t packEventData(int fd, uint32_t number) {
+  return static_cast<uint64_t>(number) << 32 | static_cast<uint32_t>(fd);
+}
+
+/* Rounded up: waking before the time would make the loop turn in vain. */
+int millisecondsOf(Nanoseconds timeout) {
+  constexpr Nanoseconds kPerMillisecond = 1'000'000;
+  if (timeout == kForever) return -1;
+  const Nanoseconds milliseconds = timeout / kPerMillisecond + (timeout % kPerMillisecond != 0);
+  return static_cast<int>(std::min<Nanoseconds>(milliseconds, std::numeric_limits<int>::max()));
+}
+
+/*
+ * Where the process has no file descriptors left for a set of our own, the wait is cut into short
+ * ones, after each of which the set is tried again.
+ */
+void waitWithoutSet(int timeout, int wakeUp) {
+  constexpr int kRetryMilliseconds = 10;
+  pollfd item = {wakeUp, POLLIN, 0};
+  poll(&item, 1, timeout < 0 ? kRetryMilliseconds : std::min(timeout, kRetryMilliseconds));
+}
+
+}  // namespace
+
+uint32_t DescriptorSet::Watch::wantedEvents() const {
+  uint32_t events = 0;
+  for (const DescriptorEntry* entry : entries) {
+    const uint32_t interest = entry->descriptor->interest();
+    if ((interest & kBQFileDescriptorRead) != 0) events |= kReadEvents;
+    if ((interest & kBQFileDescriptorWrite) != 0) events |= kWriteEvents;
+  }
+  return events;
+}
+
+DescriptorSet::~DescriptorSet() {
+  close();
+}
+
+void DescriptorSet::close() {
+  if (epoll_ >= 0) ::close(epoll_);
+  epoll_ = -1;
+}
+
+void DescriptorSet::insert(DescriptorEntry& entry) {
+  const int fd = entry.descriptor->fd();
+  Watch& watch = watches_[fd];
+  if (watch.number == 0) watch.number = ++lastWatchNumber_;
+  watch.entries.push_back(&entry);
+  interestChanged(fd);
+}
+
+void DescriptorSet::erase(DescriptorEntry& entry) {
+  const int fd = entry.descriptor->fd();
+  const auto found = watches_.find(fd);
+  Watch& watch = found->second;
+  std::erase(watch.entries, &entry);
+  if (!watch.entries.empty()) {
+    interestChanged(fd);
+    return;
+  }
+  if (watch.registered != 0) epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
+  if (watch.isChanged) std::erase(changed_, fd);
+  if (watch.isAlwaysReady) std::erase(alwaysReady_, fd);
+  watches_.erase(found);
+}
+
+void DescriptorSet::interestChanged(int fd) {
+  Watch& watch = watches_[fd];
+  if (watch.isChanged) return;
+  watch.isChanged = true;
+  changed_.push_back(fd);
+}
+
+bool DescriptorSet::open(int wakeUp) {
+  if (epoll_ >= 0) return true;
+  if (wakeUp < 0) return false;
+  epoll_ = epoll_create1(EPOLL_CLOEXEC);
+  if (epoll_ < 0) return false;
+  epoll_event event = {.events = EPOLLIN, .data = {.u64 = packEventData(wakeUp, kWakeUpNumber)}};
+  if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeUp, &event) == 0) return true;
+  close();
+  return false;
+}
+
+void DescriptorSet::registerChanges() {
+  for (const int fd : changed_) {
+    Watch& watch = watches_[fd];
+    watch.isChanged = false;
+    registerWatch(fd, watch);
+  }
+  changed_.clear();
+}
+
+/*
+ * A watch without interest is not in the set at all, which would report errors and hang-ups of it
+ * over and over. What the set holds can differ from what we know where a file descriptor was closed
+ * before it was removed.
+ */
+void DescriptorSet::registerWatch(int fd, Watch& watch) {
+  const uint32_t wanted = watch.wantedEvents();
+  if (wanted == watch.registered || watch.isAlwaysReady) return;
+  epoll_event event = {.events = wanted, .data = {.u64 = packEventData(fd, watch.number)}};
+  if (wanted == 0) {
+    epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
+  } else if (watch.registered == 0 || epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0) {
+    if (epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EPERM) {
+      watch.isAlwaysReady = true;
+      alwaysReady_.push_back(fd);
+    }
+  }
+  watch.registered = wanted;
+}
+
+void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& ready) {
+  ++waits_;
+  ready.count = 0;
+  if (timeout == 0 && watches_.empty()) return;
+  if (!open(wakeUp)) return waitWithoutSet(millisecondsOf(timeout), wakeUp);
+  registerChanges();
+  if (!alwaysReady_.empty()) timeout = 0;
+  ClockForTesting* clock = clockForTesting();
+  const bool isSimulated = clock != nullptr && timeout != kForever;
+  const int count =
+      epoll_wait(epoll_, ready.events, std::size(ready.events), isSimulated ? 0 : millisecondsOf(timeout));
+  if (isSimulated && count == 0) clock->advance(timeout);
+  ready.count = std::max(count, 0);
+}
+
+/*
+ * A callback that runs the loop in this mode again makes a new wait, which reports everything that is
+ * still ready; what this one found is then out of date.
+ */
+bool DescriptorSet::serve(const ReadyDescriptors& ready) {
+  const uint64_t wait = waits_;
+  bool served = false;
+  for (int index = 0; index < ready.count && waits_ == wait; ++index) {
+    const uint64_t data = ready.events[index].data.u64;
+    const auto number = static_cast<uint32_t>(data >> 32);
+    if (number == kWakeUpNumber) continue;
+    const uint32_t readiness = readinessOf(ready.events[index].events);
+    served |= serveWatch(static_cast<int>(data & 0xFFFFFFFF), number, readiness);
+  }
+  return (waits_ == wait && serveAlwaysReady()) || served;
+}
+
+bool DescriptorSet::serveAlwaysReady() {
+  if (alwaysReady_.empty()) return false;
+  const uint64_t wait = waits_;
+  bool served = false;
+  for (const int fd : std::vector<int>(alwaysReady_)) {
+    const auto found = watches_.find(fd);
+    if (waits_ != wait || found == watches_.end()) continue;
+    served |= serveWatch(fd, found->second.number, kBQFileDescriptorRead | kBQFileDescriptorWrite);
+  }
+  return served;
+}
+
+/* A callback may change everything, so the watch is looked up again for each descriptor on it. */
+bool DescriptorSet::serveWatch(int fd, uint32_t number, uint32_t ready) {
+  const uint64_t wait = waits_;
+  bool served = false;
+  while (waits_ == wait) {
+    Watch* watch = findWatch(fd, number);
+    DescriptorEntry* entry = watch != nullptr ? findUnserved(*watch, ready) : nullptr;
+    if (entry == nullptr) break;
+    entry->servedWait = wait;
+    const Ref<BQFileDescriptor> descriptor = entry->descriptor;
+    descriptor->call(ready & descriptor->interest());
+    served = true;
+  }
+  return served;
+}
+
+DescriptorSet::Watch* DescriptorSet::findWatch(int fd, uint32_t number) {
+  const auto found = watches_.find(fd);
+  return found != watches_.end() && found->second.number == number ? &found->second : nullptr;
+}
+
+DescriptorEntry* DescriptorSet::findUnserved(Watch& watch, uint32_t ready) {
+  for (DescriptorEntry* entry : watch.entries) {
+    if (entry->servedWait != waits_ && (entry->descriptor->interest() & ready) != 0) return entry;
+  }
+  return nullptr;
+}
+
+}  // namespace bq

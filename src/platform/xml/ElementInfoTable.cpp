@@ -1,0 +1,86 @@
+#include "platform/xml/ElementInfoTable.h"
+
+#include <cstring>
+
+#include <BQ/BQArray.h>
+#include <BQ/BQDictionary.h>
+
+#include "platform/text/StringImpl.h"
+
+namespace bq {
+namespace {
+
+/*
+ * The names and values of a few short attributes in one text, each with its NUL. Longer ones are
+ * seldom repeated.
+ */
+class AttributeText {
+ public:
+  bool append(const char* text) {
+    size_t length = std::strlen(text) + 1;
+    if (length > sizeof text_ - size_) return false;
+    std::memcpy(text_ + size_, text, length);
+    size_ += length;
+    return true;
+  }
+
+  std::string_view view() const { return {text_, size_}; }
+
+  size_t hash() const {
+    size_t hash = size_;
+    for (size_t i = 0; i < size_; ++i) hash = hash * 31 + static_cast<unsigned char>(text_[i]);
+    return hash;
+  }
+
+ private:
+  size_t size_ = 0;
+  char text_[256];
+};
+
+}  // namespace
+
+struct ElementInfoTable::Shared {
+  const BQXMLElementInfo* info;
+  std::string_view text;
+};
+
+const BQXMLElementInfo* ElementInfoTable::find(Arena& arena, NameTable& names, const char* const* attributes,
+                                               size_t count) {
+  AttributeText text;
+  for (size_t i = 0; i < count * 2; ++i) {
+    if (!text.append(attributes[i])) return make(arena, names, attributes, count);
+  }
+  const Shared*& shared = shared_[text.hash() % kSharedRecords];
+  if (shared == nullptr || shared->text != text.view()) {
+    auto* copy = static_cast<char*>(arena.allocate(text.view().size()));
+    std::memcpy(copy, text.view().data(), text.view().size());
+    shared = new (arena.allocate(sizeof(Shared)))
+        Shared{make(arena, names, attributes, count), {copy, text.view().size()}};
+  }
+  return shared->info;
+}
+
+const BQXMLElementInfo* ElementInfoTable::make(Arena& arena, NameTable& names, const char* const* attributes,
+                                               size_t count) {
+  names_.clear();
+  values_.clear();
+  for (size_t i = 0; i < count; ++i) {
+    names_.push_back(NameTable::attributeName(arena, names.find(arena, attributes[2 * i])));
+    values_.push_back(makeString(attributes[2 * i + 1]));
+  }
+  auto pairs = static_cast<BQIndex>(count);
+  auto* info = new (arena.allocate(sizeof(BQXMLElementInfo))) BQXMLElementInfo{
+      BQDictionaryCreate(names_.data(), values_.data(), pairs), BQArrayCreate(names_.data(), pairs)};
+  arena.keep(info->attributes);
+  arena.keep(info->attributeOrder);
+  for (const void* value : values_) BQRelease(value);
+  return info;
+}
+
+void ElementInfoTable::clear() {
+  shared_.fill(nullptr);
+  names_ = {};
+  values_ = {};
+}
+
+}  // namespace bq

@@ -1,0 +1,64 @@
+/* Makes the tree of a document from its tags and texts as they come. */
+#ifndef BQ_XML_TREE_BUILDER_H
+#define BQ_XML_TREE_BUILDER_H
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "platform/object/Arena.h"
+#include "platform/xml/Tree.h"
+
+namespace bq {
+
+/* Elements nested deeper than this are refused; readers of the tree recurse. */
+inline constexpr size_t kMaximumElementDepth = 512;
+
+class TreeBuilder {
+ public:
+  /* Begins a document, whose memory the arena gives. */
+  void begin(Arena& arena);
+
+  /* False, without effect, if the element is nested too deep. */
+  bool startElement(const BQString* name, const BQXMLElementInfo* info);
+  void endElement();
+  void appendText(std::string_view text);
+  void startCDATASection();
+  void endCDATASection();
+  void entityReference(const BQString* name);
+
+  /* The document's position. */
+  BQTree* document() const { return levels_[0].position; }
+
+  /* Frees what a large text left behind. */
+  void shrink();
+
+ private:
+  struct Level {
+    BQTree* position;
+    BQTree** nextChild;
+  };
+
+  BQTree* append(BQXMLNodeTypeCode type, const BQString* string, const BQXMLElementInfo* info);
+  void appendTextNode(BQXMLNodeTypeCode type);
+  void finishText(bool beforeContent);
+
+  Arena* arena_ = nullptr;
+  BQTypeID treeTypeID_ = 0;
+  BQTypeID nodeTypeID_ = 0;
+
+  /* Text that no tag, CDATA section or entity reference has ended yet. */
+  std::vector<char> text_;
+  size_t textLength_ = 0;
+  bool textIsBlank_ = true;
+  /* Whether a CDATA section or an entity reference stands in front of it. */
+  bool textFollowsContent_ = false;
+
+  size_t depth_ = 0;
+  std::array<Level, kMaximumElementDepth + 1> levels_{};
+};
+
+}  // namespace bq
+
+#endif

@@ -1,0 +1,236 @@
+#include "platform/xml/XMLParser.h"
+
+#include <BQ/BQXMLParser.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+
+#include <BQ/BQData.h>
+#include <BQ/BQNumber.h>
+
+#include "platform/xml/StartTag.h"
+
+namespace bq {
+namespace {
+
+constexpr BQXMLElementInfo kNoAttributes{nullptr, nullptr};
+
+/* A document up to this size is given to the parser in one piece, which it then does not copy. */
+constexpr size_t kLargestPiece = size_t{1} << 30;
+/* Pieces of a larger one; the parser copies what a piece cuts in two. */
+constexpr size_t kPiece = size_t{64} << 20;
+
+/* After a document larger than this the memory that it needed is given back. */
+constexpr size_t kLargestKept = size_t{1} << 20;
+
+/*
+ * Entities are expanded nowhere but inside the parser, in attribute values, before they are put back
+ * as written. What a document may make of itself in that way is little.
+ */
+constexpr float kMaximumAmplification = 4;
+constexpr unsigned long long kAmplificationThreshold = 1 << 20;
+
+XMLParser* parserOf(void* self) {
+  return static_cast<XMLParser*>(self);
+}
+
+const BQDictionary* makeErrorDictionary(const BQString* description, int64_t line, int64_t location,
+                                        int status) {
+  using Number = Ref<const BQNumber>;
+  Number lineNumber = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &line));
+  Number locationNumber = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &location));
+  Number statusNumber = Number::adopt(BQNumberCreate(kBQNumberIntType, &status));
+  const void* keys[] = {kBQXMLTreeErrorDescription, kBQXMLTreeErrorLineNumber, kBQXMLTreeErrorLocation,
+                        kBQXMLTreeErrorStatusCode};
+  const void* values[] = {description, lineNumber.get(), locationNumber.get(), statusNumber.get()};
+  return BQDictionaryCreate(keys, values, 4);
+}
+
+}  // namespace
+
+XMLParser::XMLParser() {
+  std::random_device random;
+  hashSalt_ = random() | static_cast<unsigned long>(random()) << 32 | 1;
+}
+
+const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** error) {
+  DocumentText text(bytes);
+  if (text.error() != nullptr) {
+    if (error != nullptr) *error = makeErrorDictionary(text.error(), 1, 0, kBQXMLTreeStatusBadEncoding);
+    return nullptr;
+  }
+  text_ = &text;
+  arena_ = Arena::create();
+  prepare();
+  bool parsed = feedAll();
+  if (!parsed) {
+    if (error != nullptr) *error = makeError();
+    arena_->release();
+  }
+  trim(bytes.size());
+  return parsed ? builder_.document() : nullptr;
+}
+
+/*
+ * An entity that is not declared is an error to the parser, unless a document type that it could not
+ * read might declare it: it is made to believe in one. A null default handler keeps it from expanding
+ * the entities that are declared.
+ */
+void XMLParser::prepare() {
+  names_.clear();
+  infos_.clear();
+  builder_.begin(*arena_);
+  tooDeep_.reset();
+  if (expat_ == nullptr) {
+    expat_.reset(XML_ParserCreate("UTF-8"));
+    if (expat_ == nullptr) failAllocation(0);
+  } else {
+    XML_ParserReset(expat_.get(), "UTF-8");
+  }
+  XML_Parser expat = expat_.get();
+  XML_SetHashSalt(expat, hashSalt_);
+  XML_UseForeignDTD(expat, XML_TRUE);
+  XML_SetDefaultHandler(expat, nullptr);
+  XML_SetBillionLaughsAttackProtectionMaximumAmplification(expat, kMaximumAmplification);
+  XML_SetBillionLaughsAttackProtectionActivationThreshold(expat, kAmplificationThreshold);
+  XML_SetUserData(expat, this);
+  XML_SetElementHandler(expat, startElement, endElement);
+  XML_SetCharacterDataHandler(expat, characterData);
+  XML_SetCdataSectionHandler(expat, startCDATASection, endCDATASection);
+  XML_SetSkippedEntityHandler(expat, skippedEntity);
+  XML_SetExternalEntityRefHandler(expat, externalEntity);
+}
+
+bool XMLParser::feedAll() {
+  return (text_->head().empty() || feed(text_->head(), false)) && feed(text_->tail(), true);
+}
+
+bool XMLParser::feed(std::string_view bytes, bool last) {
+  while (bytes.size() > kLargestPiece) {
+    if (XML_Parse(expat_.get(), bytes.data(), kPiece, XML_FALSE) != XML_STATUS_OK) return false;
+    bytes.remove_prefix(kPiece);
+  }
+  return XML_Parse(expat_.get(), bytes.data(), static_cast<int>(bytes.size()), last) == XML_STATUS_OK;
+}
+
+XMLParser::Place XMLParser::currentPlace() const {
+  auto position = static_cast<size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(expat_.get()), 0));
+  return {static_cast<int64_t>(XML_GetCurrentLineNumber(expat_.get())),
+          static_cast<int64_t>(text_->offset(position))};
+}
+
+const BQDictionary* XMLParser::makeError() const {
+  if (tooDeep_) {
+    return makeErrorDictionary(BQSTR("elements nested deeper than 512 levels"), tooDeep_->line,
+                               tooDeep_->location, kBQXMLTreeStatusTooDeep);
+  }
+  XML_Error code = XML_GetErrorCode(expat_.get());
+  Ref<const BQString> description =
+      Ref<const BQString>::adopt(BQStringCreateWithCString(XML_ErrorString(code), kBQStringEncodingASCII));
+  Place place = currentPlace();
+  return makeErrorDictionary(description.get(), place.line, place.location, code);
+}
+
+void XMLParser::startElement(void* self, const XML_Char* name, const XML_Char** attributes) {
+  XMLParser* parser = parserOf(self);
+  const BQXMLElementInfo* info = attributes[0] == nullptr ? &kNoAttributes : parser->elementInfo(attributes);
+  if (parser->builder_.startElement(parser->names_.find(*parser->arena_, name).string, info)) return;
+  parser->tooDeep_ = parser->currentPlace();
+  XML_StopParser(parser->expat_.get(), XML_FALSE);
+}
+
+void XMLParser::endElement(void* self, const XML_Char*) {
+  XMLParser* parser = parserOf(self);
+  /* The end of an empty element still comes after its start stopped the parser. */
+  if (!parser->tooDeep_) parser->builder_.endElement();
+}
+
+void XMLParser::characterData(void* self, const XML_Char* text, int length) {
+  parserOf(self)->builder_.appendText({text, static_cast<size_t>(length)});
+}
+
+void XMLParser::startCDATASection(void* self) {
+  parserOf(self)->builder_.startCDATASection();
+}
+
+void XMLParser::endCDATASection(void* self) {
+  parserOf(self)->builder_.endCDATASection();
+}
+
+void XMLParser::skippedEntity(void* self, const XML_Char* name, int isParameterEntity) {
+  if (isParameterEntity == 0) parserOf(self)->addEntityReference(name);
+}
+
+/*
+ * A reference to an entity that is declared as a file. As no entity is ever opened, the context is the
+ * name of this one. The answer says that it was dealt with.
+ */
+int XMLParser::externalEntity(XML_Parser parser, const XML_Char* context, const XML_Char*, const XML_Char*,
+                              const XML_Char*) {
+  if (context != nullptr) parserOf(XML_GetUserData(parser))->addEntityReference(context);
+  return XML_STATUS_OK;
+}
+
+void XMLParser::addEntityReference(const XML_Char* name) {
+  builder_.entityReference(names_.find(*arena_, name).string);
+}
+
+/*
+ * Only attributes that stand in the tag count. Values that the document type supplies would come again
+ * with every element and let a small document make a large tree.
+ */
+const BQXMLElementInfo* XMLParser::elementInfo(const XML_Char** attributes) {
+  XML_Parser expat = expat_.get();
+  auto count = static_cast<size_t>(XML_GetSpecifiedAttributeCount(expat));
+  if (count == 0) return &kNoAttributes;
+  std::string_view tag = text_->from(static_cast<size_t>(XML_GetCurrentByteIndex(expat)))
+                             .substr(0, static_cast<size_t>(XML_GetCurrentByteCount(expat)));
+  if (tag.find('&') == std::string_view::npos) return infos_.find(*arena_, names_, attributes, count / 2);
+  attributes_.assign(attributes, attributes + count);
+  restoreEntityReferences(tag, attributes_);
+  return infos_.find(*arena_, names_, attributes_.data(), count / 2);
+}
+
+/* In attribute values the parser expands entities or drops them silently. */
+void XMLParser::restoreEntityReferences(std::string_view tag, std::vector<const char*>& attributes) {
+  attributeTexts_.clear();
+  attributeTexts_.reserve(attributes.size() / 2);
+  StartTag reader(tag);
+  for (size_t i = 1; i < attributes.size(); i += 2) {
+    std::optional<std::string> text = textWithEntityReferences(reader.nextValue());
+    if (text) attributes[i] = attributeTexts_.emplace_back(std::move(*text)).c_str();
+  }
+}
+
+void XMLParser::trim(size_t documentSize) {
+  text_ = nullptr;
+  arena_ = nullptr;
+  if (documentSize <= kLargestKept) return;
+  expat_.reset();
+  names_.clear();
+  infos_.clear();
+  builder_.shrink();
+  attributes_ = {};
+  attributeTexts_ = {};
+}
+
+}  // namespace bq
+
+BQ_DEFINE_STATIC_STRING(descriptionKey, "kBQXMLTreeErrorDescription");
+BQ_DEFINE_STATIC_STRING(lineNumberKey, "kBQXMLTreeErrorLineNumber");
+BQ_DEFINE_STATIC_STRING(locationKey, "kBQXMLTreeErrorLocation");
+BQ_DEFINE_STATIC_STRING(statusCodeKey, "kBQXMLTreeErrorStatusCode");
+
+const BQString* const kBQXMLTreeErrorDescription = descriptionKey;
+const BQString* const kBQXMLTreeErrorLineNumber = lineNumberKey;
+const BQString* const kBQXMLTreeErrorLocation = locationKey;
+const BQString* const kBQXMLTreeErrorStatusCode = statusCodeKey;
+
+const BQTree* BQXMLTreeCreateFromDataWithError(const BQData* data, const BQDictionary** error) {
+  thread_local bq::XMLParser parser;
+  if (error != nullptr) *error = nullptr;
+  bool isData = bq::isInstance(data, bq::kDataTypeID);
+  const char* bytes = isData ? reinterpret_cast<const char*>(BQDataGetBytePtr(data)) : "";
+  return parser.parse({bytes, isData ? static_cast<size_t>(BQDataGetLength(data)) : 0}, error);
+}

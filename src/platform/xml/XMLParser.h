@@ -1,0 +1,78 @@
+/* Turns the bytes of a document into a tree. The only one that knows the underlying parser. */
+#ifndef BQ_XML_XML_PARSER_H
+#define BQ_XML_XML_PARSER_H
+
+#include <BQ/BQDictionary.h>
+#include <BQ/BQTree.h>
+
+/* The header declares the limits on entities only for a parser with support of document types. */
+#define XML_DTD
+#include <expat.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/object/Arena.h"
+#include "platform/object/Object.h"
+#include "platform/xml/DocumentText.h"
+#include "platform/xml/ElementInfoTable.h"
+#include "platform/xml/NameTable.h"
+#include "platform/xml/TreeBuilder.h"
+
+namespace bq {
+
+/* Parses one document after the other and keeps its memory between them. */
+class XMLParser {
+ public:
+  XMLParser();
+
+  /* The tree, owned by the caller. Null if there is none; then `*error`, if asked for, says why. */
+  const BQTree* parse(std::string_view bytes, const BQDictionary** error);
+
+ private:
+  struct Place {
+    int64_t line;
+    int64_t location;
+  };
+  struct FreeParser {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+  };
+
+  static void startElement(void* self, const XML_Char* name, const XML_Char** attributes);
+  static void endElement(void* self, const XML_Char* name);
+  static void characterData(void* self, const XML_Char* text, int length);
+  static void startCDATASection(void* self);
+  static void endCDATASection(void* self);
+  static void skippedEntity(void* self, const XML_Char* name, int isParameterEntity);
+  static int externalEntity(XML_Parser parser, const XML_Char* context, const XML_Char* base,
+                            const XML_Char* systemID, const XML_Char* publicID);
+
+  void prepare();
+  bool feedAll();
+  bool feed(std::string_view bytes, bool last);
+  Place currentPlace() const;
+  const BQDictionary* makeError() const;
+  void addEntityReference(const XML_Char* name);
+  const BQXMLElementInfo* elementInfo(const XML_Char** attributes);
+  void restoreEntityReferences(std::string_view tag, std::vector<const char*>& attributes);
+  void trim(size_t documentSize);
+
+  std::unique_ptr<XML_ParserStruct, FreeParser> expat_;
+  unsigned long hashSalt_;
+  const DocumentText* text_ = nullptr;
+  Arena* arena_ = nullptr;
+  NameTable names_;
+  ElementInfoTable infos_;
+  TreeBuilder builder_;
+  /* Where nesting became too deep; the parser goes on a little after it was stopped. */
+  std::optional<Place> tooDeep_;
+  std::vector<const char*> attributes_;
+  std::vector<std::string> attributeTexts_;
+};
+
+}  // namespace bq
+
+#endif

@@ -1,0 +1,126 @@
+#include "xml/XMLBuffer.h"
+
+#include <cstdarg>
+#include <cstring>
+
+#include <array>
+
+#include <BQ/BQString.h>
+
+#include "xml/Base64.h"
+#include "xml/Entities.h"
+#include "xml/Text.h"
+
+namespace vx {
+namespace {
+
+constexpr int kMaximumDepth = 512;
+constexpr size_t kFirstCapacity = 4096;
+constexpr size_t kDeepestIndent = 30;
+constexpr char kBlanks[] = "                              ";
+static_assert(sizeof kBlanks == kDeepestIndent + 1);
+
+/* The number of blanks of a level. */
+size_t indentOf(int level) { return level >= 0 && level < 15 ? 2 * static_cast<size_t>(level) : kDeepestIndent; }
+
+char* put(char* out, std::string_view piece) {
+  if (!piece.empty()) std::memcpy(out, piece.data(), piece.size());
+  return out + piece.size();
+}
+
+char* putIndent(char* out, int level) {
+  std::memcpy(out, kBlanks, kDeepestIndent); /* a fixed size is quicker; there is room */
+  return out + indentOf(level);
+}
+
+char* putLineEnd(char* out) { return put(out, "\r\n"); }
+
+/* What a line needs besides its pieces. */
+constexpr size_t kLineRoom = kDeepestIndent + 2;
+
+}  // namespace
+
+XMLBuffer::XMLBuffer(unsigned long encoding) : text_(BQStringCreateMutable(kFirstCapacity)), encoding_(encoding) {
+  const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(encoding));
+  if (name == nullptr || encoding > UINT32_MAX) {
+    name = BQSTR("UTF-8");
+    encoding_ = kBQStringEncodingUTF8;
+  }
+  addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
+}
+
+char* XMLBuffer::reserve(size_t size) { return BQStringReserveUTF8(text_.get(), static_cast<BQIndex>(size)); }
+
+void XMLBuffer::commit(const char* start, const char* end) { BQStringCommitUTF8(text_.get(), end - start); }
+
+void XMLBuffer::addTo(int level, const char* format, ...) {
+  auto length = static_cast<BQIndex>(std::strlen(format));
+  auto wrapped = own(BQStringCreateWithBytesNoCopy(format, length, kBQStringEncodingASCII));
+  va_list arguments;
+  va_start(arguments, format);
+  addTo(level, wrapped.get(), arguments);
+  va_end(arguments);
+}
+
+void XMLBuffer::addTo(int level, const BQString* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  addTo(level, format, arguments);
+  va_end(arguments);
+}
+
+void XMLBuffer::addTo(int level, const BQString* format, va_list arguments) {
+  BQStringAppend(text_.get(), getIndentString(level));
+  BQStringAppendFormatAndArguments(text_.get(), format, arguments);
+  BQStringAppend(text_.get(), BQSTR("\r\n"));
+}
+
+void XMLBuffer::addLine(int level, std::initializer_list<std::string_view> pieces) {
+  size_t size = kLineRoom;
+  for (std::string_view piece : pieces) size += piece.size();
+  char* start = reserve(size);
+  char* end = putIndent(start, level);
+  for (std::string_view piece : pieces) end = put(end, piece);
+  commit(start, putLineEnd(end));
+}
+
+void XMLBuffer::addEncodedLine(int level, std::string_view before, const BQString* text, std::string_view after) {
+  std::string_view content = textOf(text);
+  char* start = reserve(kLineRoom + before.size() + entityEncodedRoom(content) + after.size());
+  char* end = put(putIndent(start, level), before);
+  end = entityEncode(content, end);
+  commit(start, putLineEnd(put(end, after)));
+}
+
+void XMLBuffer::addBase64Line(int level, std::string_view before, const BQData* data, int indent,
+                              std::string_view after) {
+  char* start = reserve(kLineRoom + before.size() + base64Length(data, indent) + after.size());
+  char* end = put(putIndent(start, level), before);
+  end = writeBase64(data, indent, end);
+  commit(start, putLineEnd(put(end, after)));
+}
+
+bool XMLBuffer::enterContainer() {
+  if (depth_ == kMaximumDepth) {
+    tooDeep_ = true;
+    return false;
+  }
+  ++depth_;
+  return true;
+}
+
+const BQData* XMLBuffer::copyData() const {
+  if (tooDeep_) return nullptr;
+  return BQStringCreateExternalRepresentation(text_.get(), static_cast<BQStringEncoding>(encoding_), 0);
+}
+
+const BQString* XMLBuffer::getIndentString(int level) {
+  static const std::array<const BQString*, 16> strings = [] {
+    std::array<const BQString*, 16> made{};
+    for (size_t i = 0; i < made.size(); ++i) made[i] = BQStringCreateWithUTF8(kBlanks, static_cast<BQIndex>(2 * i));
+    return made;
+  }();
+  return strings[indentOf(level) / 2];
+}
+
+}  // namespace vx

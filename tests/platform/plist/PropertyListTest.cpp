@@ -1,0 +1,366 @@
+#include <BQ/BQ.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/object/Object.h"
+
+namespace {
+
+using namespace std::string_literals;
+using bq::Ref;
+using Value = Ref<const void>;
+
+std::string text(BQTypeRef string) {
+  auto* typed = static_cast<const BQString*>(string);
+  return {BQStringGetUTF8Ptr(typed), static_cast<size_t>(BQStringGetLength(typed))};
+}
+
+Value string(std::string_view text) {
+  return Value::adopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+}
+
+Value integer(int64_t number) {
+  return Value::adopt(BQNumberCreate(kBQNumberSInt64Type, &number));
+}
+
+Value real(double number) {
+  return Value::adopt(BQNumberCreate(kBQNumberFloat64Type, &number));
+}
+
+Value date(double time) {
+  return Value::adopt(BQDateCreate(time));
+}
+
+Value blob(std::string_view bytes) {
+  return Value::adopt(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
+}
+
+Value array(const std::vector<Value>& values) {
+  BQArray* result = BQArrayCreateMutable(0);
+  for (const Value& value : values) BQArrayAppendValue(result, value.get());
+  return Value::adopt(result);
+}
+
+Value dictionary(const std::vector<std::pair<Value, Value>>& pairs) {
+  BQDictionary* result = BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys);
+  for (const auto& [key, value] : pairs) BQDictionarySetValue(result, key.get(), value.get());
+  return Value::adopt(result);
+}
+
+/* The document, or "null". */
+std::string write(const Value& value) {
+  auto document = Ref<const BQData>::adopt(BQPropertyListCreateXMLData(value.get()));
+  if (!document) return "null";
+  return {reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),
+          static_cast<size_t>(BQDataGetLength(document.get()))};
+}
+
+Value read(std::string_view document, std::string* message = nullptr) {
+  const BQString* error = nullptr;
+  auto bytes =
+      Ref<const BQData>::adopt(BQDataCreateView(document.data(), static_cast<BQIndex>(document.size())));
+  Value value = Value::adopt(BQPropertyListCreateFromXMLData(bytes.get(), &error));
+  EXPECT_NE(static_cast<bool>(value), error != nullptr) << document;
+  if (message != nullptr && error != nullptr) *message = text(error);
+  BQRelease(error);
+  return value;
+}
+
+std::string wrapped(std::string_view value) {
+  return "<plist version='1.0'>" + std::string(value) + "</plist>";
+}
+
+std::string described(const Value& value) {
+  return text(Ref<const BQString>::adopt(BQCopyDescription(value.get())).get());
+}
+
+void expectRoundTrips(const std::vector<Value>& values) {
+  for (const Value& value : values) {
+    std::string document = write(value);
+    Value copy = read(document);
+    EXPECT_TRUE(BQEqual(copy.get(), value.get())) << document;
+    EXPECT_EQ(BQGetTypeID(copy.get()), BQGetTypeID(value.get()));
+  }
+}
+
+Value nested(int levels) {
+  Value value = array({});
+  for (int i = 1; i < levels; ++i) value = i % 2 ? array({value}) : dictionary({{string("k"), value}});
+  return value;
+}
+
+TEST(PropertyList, WritesADocument) {
+  Value value = dictionary({
+      {string("a & b"), array({integer(-1), real(0.5), string("<x>"), array({}), dictionary({})})},
+      {string("none"), string("")},
+      {string("yes"), Value::retain(kBQBooleanTrue)},
+      {string("date"), date(0)},
+      {string("data"), blob("\xFF\x00\x10\x80"s)},
+  });
+  EXPECT_EQ(write(value),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<plist version=\"1.0\">\n"
+            "<dict>\n"
+            "  <key>a &amp; b</key>\n"
+            "  <array>\n"
+            "    <integer>-1</integer>\n"
+            "    <real>0.5</real>\n"
+            "    <string>&lt;x&gt;</string>\n"
+            "    <array/>\n"
+            "    <dict/>\n"
+            "  </array>\n"
+            "  <key>none</key>\n"
+            "  <string></string>\n"
+            "  <key>yes</key>\n"
+            "  <true/>\n"
+            "  <key>date</key>\n"
+            "  <date>2001-01-01T00:00:00Z</date>\n"
+            "  <key>data</key>\n"
+            "  <data>/wAQgA==</data>\n"
+            "</dict>\n"
+            "</plist>\n");
+  EXPECT_TRUE(BQEqual(read(write(value)).get(), value.get()));
+}
+
+TEST(PropertyList, StringsRoundTrip) {
+  std::vector<Value> strings;
+  for (const char* each : {"",
+                           "x",
+                           " ",
+                           "\n",
+                           "\r",
+                           "\t \r\n",
+                           " x ",
+                           "\nx\n",
+                           "a\r\nb\rc\n",
+                           "<&>\"']]>",
+                           "&amp;",
+                           "&#13;",
+                           "]]>",
+                           "<![CDATA[",
+                           "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80",
+                           "\xC2\xA0",
+                           "\x7F",
+                           "\xEF\xBB\xBF",
+                           "\xEF\xBF\xBD",
+                           "\xC2\x85\xE2\x80\xA8"}) {
+    strings.push_back(string(each));
+    strings.push_back(dictionary({{string(each), string(each)}}));
+  }
+  expectRoundTrips(strings);
+}
+
+TEST(PropertyList, NumbersRoundTrip) {
+  std::vector<Value> numbers;
+  for (int64_t each : {int64_t{0}, int64_t{-1}, INT64_MAX, INT64_MIN}) numbers.push_back(integer(each));
+  using limits = std::numeric_limits<double>;
+  for (double each : {0.0, 1.0, 0.1, -1e300, 1e-300, limits::max(), limits::min(), limits::denorm_min(),
+                      1 / 3.0, 9007199254740993.0, limits::infinity(), -limits::infinity(),
+                      limits::quiet_NaN(), std::copysign(limits::quiet_NaN(), -1.0)}) {
+    numbers.push_back(real(each));
+  }
+  float single = 0.1f;
+  int8_t small = -7;
+  numbers.push_back(Value::adopt(BQNumberCreate(kBQNumberFloat32Type, &single)));
+  numbers.push_back(Value::adopt(BQNumberCreate(kBQNumberSInt8Type, &small)));
+  expectRoundTrips(numbers);
+  double zero = 1;
+  BQNumberGetValue(static_cast<const BQNumber*>(read(write(real(-0.0))).get()), kBQNumberFloat64Type, &zero);
+  EXPECT_TRUE(std::signbit(zero));
+  EXPECT_TRUE(BQNumberIsFloatType(static_cast<const BQNumber*>(read(write(real(1))).get())));
+}
+
+TEST(PropertyList, DatesRoundTrip) {
+  std::vector<Value> dates;
+  for (double each :
+       {0.0, 1.0, -1.0, 0.1, 0.5, -0.5, 1e-300, 5e-324, 735000000.123456, -978307200.0, -978307200.75,
+        -62135596800.0 - 978307200, 6e16, -6e16, 253402300799.5, 9e9 + 1 / 3.0}) {
+    dates.push_back(date(each));
+  }
+  expectRoundTrips(dates);
+  EXPECT_NE(write(date(-978307199.75)).find("<date>1970-01-01T00:00:00.25Z</date>"), std::string::npos);
+  /* A fraction that rounds up to a second must not be lost. */
+  EXPECT_EQ(described(read(write(date(-1e-300)))), described(date(0)));
+}
+
+TEST(PropertyList, ContainersBooleansAndDataRoundTrip) {
+  std::vector<Value> values = {array({}),
+                               dictionary({}),
+                               Value::retain(kBQBooleanTrue),
+                               Value::retain(kBQBooleanFalse),
+                               nested(100),
+                               nested(511),
+                               array({array({array({})}), dictionary({{string("k"), dictionary({})}})})};
+  std::string bytes;
+  for (int i = 0; i < 257; ++i) {
+    values.push_back(blob(bytes));
+    bytes += static_cast<char>(i * 37);
+  }
+  expectRoundTrips(values);
+  Value order = read(wrapped("<dict><key>z</key><true/><key>a</key><true/><key>m</key><true/></dict>"));
+  std::vector<BQTypeRef> keys(3);
+  BQDictionaryGetKeysAndValues(static_cast<const BQDictionary*>(order.get()), keys.data(), nullptr);
+  EXPECT_EQ(text(keys[0]) + text(keys[1]) + text(keys[2]), "zam");
+}
+
+TEST(PropertyList, RefusesToWriteWhatItCannotHold) {
+  Value tooDeep = nested(512);
+  BQArray* own = BQArrayCreateMutable(0);
+  BQArrayAppendValue(own, own);
+  BQArrayAppendValue(own, own);
+  Value cyclic = Value::adopt(own);
+  const Value values[] = {
+      nullptr,
+      Value::retain(kBQNull),
+      array({Value::retain(kBQNull)}),
+      array({nullptr}),
+      dictionary({{integer(1), string("x")}}),
+      dictionary({{string("k"), array({string("\x01")})}}),
+      dictionary({{string("\x1F"), string("x")}}),
+      string("a\0b"s),
+      string("\xEF\xBF\xBE"),
+      string("x\xEF\xBF\xBF"),
+      date(NAN),
+      date(INFINITY),
+      date(-1e17),
+      tooDeep,
+      cyclic,
+  };
+  for (const Value& value : values) EXPECT_EQ(write(value), "null");
+  BQArrayRemoveAllValues(own);
+}
+
+TEST(PropertyList, ReadsWhatOthersWrite) {
+  struct Row {
+    const char* value;
+    Value expected;
+  };
+  const Row rows[] = {
+      {"<integer> +5\n</integer>", integer(5)},
+      {"<integer>-0</integer>", integer(0)},
+      {"<integer>9223372036854775807</integer>", integer(INT64_MAX)},
+      {"<real>+1.5e3</real>", real(1500)},
+      {"<real>7</real>", real(7)},
+      {"<real>Infinity</real>", real(INFINITY)},
+      {"<date> 2001-01-01T00:00:01.250Z </date>", date(1.25)},
+      {"<date>-0001-12-31T23:59:59Z</date>", date(-63145526401.0)},
+      {"<data>\n\tYW\n Jj </data>", blob("abc")},
+      {"<data/>", blob("")},
+      {"<string>a<![CDATA[<b>]]>c&amp;<!-- no -->d</string>", string("a<b>c&d")},
+      {"<string/>", string("")},
+      {"<string attribute='ignored'>x</string>", string("x")},
+      {"<array> <true/> <!-- --> <false></false> </array>",
+       array({Value::retain(kBQBooleanTrue), Value::retain(kBQBooleanFalse)})},
+      {"<dict><key>k</key><integer>1</integer><key>k</key><integer>2</integer></dict>",
+       dictionary({{string("k"), integer(2)}})},
+  };
+  for (const Row& row : rows) {
+    for (const std::string& prolog :
+         {""s, "<!DOCTYPE plist PUBLIC '-//X//DTD' 'http://x.invalid/p.dtd'>\n"s}) {
+      Value value = read(prolog + wrapped(row.value));
+      EXPECT_TRUE(BQEqual(value.get(), row.expected.get())) << row.value << " gives " << described(value);
+    }
+  }
+}
+
+TEST(PropertyList, RefusesToReadNonsense) {
+  const char* values[] = {
+      "",
+      "text",
+      "&e;",
+      "<true/><true/>",
+      "<nonsense/>",
+      "<Dict/>",
+      "<key>k</key>",
+      "<plist/>",
+      "<true>x</true>",
+      "<false><true/></false>",
+      "<string><true/></string>",
+      "<string>&e;</string>",
+      "<integer>&e;</integer>",
+      "<integer/>",
+      "<integer>x</integer>",
+      "<integer>1 2</integer>",
+      "<integer>1.5</integer>",
+      "<integer>0x10</integer>",
+      "<integer>+-1</integer>",
+      "<integer>++1</integer>",
+      "<integer>9223372036854775808</integer>",
+      "<integer>-9223372036854775809</integer>",
+      "<real/>",
+      "<real>1,5</real>",
+      "<real>1e999</real>",
+      "<real>1.5x</real>",
+      "<date/>",
+      "<date>2001-01-01</date>",
+      "<date>2001-01-01T00:00:00</date>",
+      "<date>2001-02-29T00:00:00Z</date>",
+      "<date>2001-13-01T00:00:00Z</date>",
+      "<date>2001-00-01T00:00:00Z</date>",
+      "<date>2001-01-01T24:00:00Z</date>",
+      "<date>2001-01-01T00:00:60Z</date>",
+      "<date>2001-01-01T00:00:00.Z</date>",
+      "<date>01-01-01T00:00:00Z</date>",
+      "<date>+99999999999-01-01T00:00:00Z</date>",
+      "<date>+2147483647-01-01T00:00:00Z</date>",
+      "<date>+-01-01T00:00:00Z</date>",
+      "<date>2001-01-01T00:00:00ZZ</date>",
+      "<date>20010101T00:00:00Z</date>",
+      "<data>A</data>",
+      "<data>AAA</data>",
+      "<data>AA=</data>",
+      "<data>AA===</data>",
+      "<data>=AAA</data>",
+      "<data>AA==AA==</data>",
+      "<data>AA-_</data>",
+      "<data>====</data>",
+      "<array>text</array>",
+      "<array><true/>&e;</array>",
+      "<array><![CDATA[]]></array>",
+      "<dict><key>k</key></dict>",
+      "<dict><true/></dict>",
+      "<dict><key>k</key><key>l</key></dict>",
+      "<dict><key>k</key>text</dict>",
+      "<dict><key><true/></key><true/></dict>",
+      "<dict>text</dict>",
+      "<dict><key>k</key><true/><key>l</key></dict>",
+      "<dict><string>k</string><true/></dict>",
+  };
+  for (const char* value : values) {
+    std::string message;
+    EXPECT_FALSE(read(wrapped(value), &message)) << value;
+    EXPECT_FALSE(message.empty());
+  }
+  for (const char* document :
+       {"", "x", "<dict/>", "<plist>", "<plists><true/></plists>", "\xFF\xFE", "bplist00"}) {
+    EXPECT_FALSE(read(document)) << document;
+  }
+  std::string message;
+  read("<plist>\n<true></plist>", &message);
+  EXPECT_EQ(message, "mismatched tag (line 2)");
+  EXPECT_EQ(BQPropertyListCreateFromXMLData(nullptr, nullptr), nullptr);
+}
+
+TEST(PropertyList, AnswersEveryDamagedDocument) {
+  std::string document = write(dictionary({
+      {string("k"), array({integer(12), real(1.5), date(0.5), blob("bytes"), string(" ")})},
+      {string("l"), Value::retain(kBQBooleanTrue)},
+  }));
+  ASSERT_TRUE(read(document));
+  for (size_t length = 0; length + 1 < document.size(); ++length)
+    EXPECT_FALSE(read(document.substr(0, length)));
+  for (size_t i = 0; i < document.size(); ++i) {
+    for (char c : {'\0', '<', '>', '/', '&', '=', '9', '-', 'x', '\xFF'}) {
+      std::string damaged = document;
+      damaged[i] = c;
+      read(damaged);
+    }
+  }
+}
+
+}  // namespace

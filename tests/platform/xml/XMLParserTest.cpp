@@ -1,0 +1,449 @@
+#include <BQ/BQ.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include "platform/object/Object.h"
+
+namespace {
+
+using namespace std::string_literals;
+using bq::Ref;
+
+std::string text(const BQString* string) {
+  return {BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string))};
+}
+
+std::string dumpAttributes(const BQXMLElementInfo* info) {
+  std::string result;
+  for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
+    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
+    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+    result += " " + text(name) + "=" + text(value);
+  }
+  EXPECT_EQ(BQDictionaryGetCount(info->attributes), BQArrayGetCount(info->attributeOrder));
+  return result;
+}
+
+/* Elements as `name attribute=value(children)`, text in quotes, CDATA in brackets, references as written. */
+std::string dump(const BQTree* tree) {
+  std::string result;
+  for (const BQTree* child = BQTreeGetFirstChild(tree); child; child = BQTreeGetNextSibling(child)) {
+    const BQXMLNode* node = BQXMLTreeGetNode(child);
+    std::string string = text(BQXMLNodeGetString(node));
+    if (!result.empty()) result += ',';
+    switch (BQXMLNodeGetTypeCode(node)) {
+      case kBQXMLNodeTypeElement:
+        result += string + dumpAttributes(static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(node)));
+        result += "(" + dump(child) + ")";
+        break;
+      case kBQXMLNodeTypeText:
+        result += "\"" + string + "\"";
+        break;
+      case kBQXMLNodeTypeCDATASection:
+        result += "[" + string + "]";
+        break;
+      case kBQXMLNodeTypeEntityReference:
+        result += "&" + string + ";";
+        break;
+      default:
+        ADD_FAILURE() << "node of type " << BQXMLNodeGetTypeCode(node);
+    }
+  }
+  return result;
+}
+
+Ref<const BQTree> parse(std::string_view bytes, Ref<const BQDictionary>* error = nullptr) {
+  auto data = Ref<const BQData>::adopt(BQDataCreateView(bytes.data(), static_cast<BQIndex>(bytes.size())));
+  const BQDictionary* problem = nullptr;
+  auto tree = Ref<const BQTree>::adopt(BQXMLTreeCreateFromDataWithError(data.get(), &problem));
+  EXPECT_NE(static_cast<bool>(tree), problem != nullptr);
+  auto kept = Ref<const BQDictionary>::adopt(problem);
+  if (error != nullptr) *error = kept;
+  return tree;
+}
+
+int64_t number(const Ref<const BQDictionary>& error, const BQString* key) {
+  int64_t value = -1;
+  BQNumberGetValue(static_cast<const BQNumber*>(BQDictionaryGetValue(error.get(), key)), kBQNumberSInt64Type,
+                   &value);
+  return value;
+}
+
+std::string description(const Ref<const BQDictionary>& error) {
+  return text(static_cast<const BQString*>(BQDictionaryGetValue(error.get(), kBQXMLTreeErrorDescription)));
+}
+
+/* The dump, or what is wrong. */
+std::string outcome(std::string_view bytes) {
+  Ref<const BQDictionary> error;
+  Ref<const BQTree> tree = parse(bytes, &error);
+  return tree ? dump(tree.get()) : "error: " + description(error);
+}
+
+std::string repeated(std::string_view piece, size_t count) {
+  std::string result;
+  for (size_t i = 0; i < count; ++i) result += piece;
+  return result;
+}
+
+std::string wide(std::string_view ascii, bool bigEndian) {
+  std::string result;
+  for (char c : ascii) result += bigEndian ? ""s + '\0' + c : ""s + c + '\0';
+  return result;
+}
+
+struct Case {
+  std::string document;
+  std::string dump;
+};
+
+void expectDumps(const std::vector<Case>& cases) {
+  for (const Case& row : cases) EXPECT_EQ(outcome(row.document), row.dump) << row.document;
+}
+
+TEST(XMLParser, KeepsTextAndDropsWhiteSpaceBetweenTags) {
+  expectDumps({
+      {"<a/>", "a()"},
+      {"<a></a>", "a()"},
+      {"<a> </a>", "a()"},
+      {"<a>\n  <b> </b>\r\n\t<c/>\n</a>", "a(b(),c())"},
+      {"<a>&#32;&#10;</a>", "a()"},
+      {"<a> x </a>", "a(\" x \")"},
+      {"<a>\n x<b/> y \n</a>", "a(\"\n x\",b(),\" y \n\")"},
+      {"<a>1\r\n2\r3\n4</a>", "a(\"1\n2\n3\n4\")"},
+      {"<a>\xC2\xA0</a>", "a(\"\xC2\xA0\")"},
+      {"<n:a><n:b.c-d/></n:a>", "n:a(n:b.c-d())"},
+      {"<a>" + std::string(100000, 'x') + "</a>", "a(\"" + std::string(100000, 'x') + "\")"},
+  });
+}
+
+TEST(XMLParser, KeepsWhiteSpaceBesideCDATAAndReferences) {
+  expectDumps({
+      {"<a> <![CDATA[x]]> </a>", "a(\" \",[x],\" \")"},
+      {"<a><b/> <![CDATA[x]]><c/> </a>", "a(b(),\" \",[x],c())"},
+      {"<a><![CDATA[ ]]></a>", "a([ ])"},
+      {"<a><![CDATA[]]></a>", "a([])"},
+      {"<a><![CDATA[]]>\n</a>", "a([],\"\n\")"},
+      {"<a>1<![CDATA[<&]]]><![CDATA[\r\n]]>2</a>", "a(\"1\",[<&]],[\n],\"2\")"},
+      {"<a> &e; &f;</a>", "a(\" \",&e;,\" \",&f;)"},
+      {"<a><b/> <!-- --> &e;</a>", "a(b(),\"  \",&e;)"},
+  });
+}
+
+TEST(XMLParser, DropsCommentsInstructionsAndDocumentType) {
+  expectDumps({
+      {"<?xml version='1.0'?><!-- 1 --><!DOCTYPE a><?p q?><a>x<!-- 2 -->y<?p?>z</a><!-- 3 -->", "a(\"xyz\")"},
+      {"<a> <!-- --> <b/><?p?></a>", "a(b())"},
+      {"<!DOCTYPE a [<!ATTLIST a given CDATA 'by the type'>]><a own='1'/>", "a own=1()"},
+      {"<!DOCTYPE a [<!ATTLIST a given CDATA 'by the type'>]><a/>", "a()"},
+  });
+}
+
+TEST(XMLParser, DecodesPredefinedEntitiesAndCharacterReferences) {
+  expectDumps({
+      {"<a>&lt;&amp;&gt;&quot;&apos;</a>", "a(\"<&>\"'\")"},
+      {"<a>x&#65;&#x20AC;&#x1F600;&#13;y</a>", "a(\"xA\xE2\x82\xAC\xF0\x9F\x98\x80\ry\")"},
+      {"<a>&amp;amp;&#38;lt;</a>", "a(\"&amp;&lt;\")"},
+      {"<a b='&lt;&#65;&amp;amp;'/>", "a b=<A&amp;()"},
+  });
+}
+
+TEST(XMLParser, KeepsOtherEntityReferencesUnexpanded) {
+  expectDumps({
+      {"<a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<?xml version='1.0' standalone='yes'?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<?xml version=\"1.0\" standalone = \"yes\" ?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<!DOCTYPE a [<!ENTITY e 'E'>]><a>x&e;y&f;</a>", "a(\"x\",&e;,\"y\",&f;)"},
+      {"<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>&e;</a>", "a(&e;)"},
+      {"<!DOCTYPE a SYSTEM 'file:///nowhere'><a>&e;</a>", "a(&e;)"},
+      {"<!DOCTYPE a SYSTEM 'file:///nowhere' [<!ENTITY e 'E'>]><a>&e;&f;</a>", "a(&e;,&f;)"},
+      {"<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<!DOCTYPE a [<!ENTITY % p SYSTEM 'file:///nowhere'>%p;<!ENTITY e 'E'>]><a>&e;</a>", "a(&e;)"},
+      {"<?xml version='1.0' standalone='yes'?><!DOCTYPE a [<!ENTITY e 'E'>]><a>&e;&f;</a>", "a(&e;,&f;)"},
+  });
+}
+
+TEST(XMLParser, KeepsEntityReferencesOfAttributesAsWritten) {
+  expectDumps({
+      {"<a b='x&e;y'/>", "a b=x&e;y()"},
+      {"<!DOCTYPE a [<!ENTITY e 'E'>]><a b='x&e;y' c='&lt;'/>", "a b=x&e;y c=<()"},
+      {"<a b = '\"&e;&#x41;&#66;&apos;' \n c=\"'&e;&e;\"/>", "a b=\"&e;AB' c='&e;&e;()"},
+      {"<a b='&e;\r\n\t&#10;&#xE9;&#x20AC;&#x1F600;'/>", "a b=&e;  \n\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80()"},
+      {"<?xml version='1.0'?>\xEF\xBB\xBF<a b='&e;'/>", "a b=&e;()"},
+      {"\xEF\xBB\xBF<?xml version='1.0' standalone='yes'?><a b='&e;'/>", "a b=&e;()"},
+      {"<?xml version='1.0' encoding='iso-8859-1'?><a b='\xE9&e;'/>", "a b=\xC3\xA9&e;()"},
+  });
+}
+
+TEST(XMLParser, ReadsAttributesInOrder) {
+  expectDumps({
+      {"<a z='1' y='2' x='3'/>", "a z=1 y=2 x=3()"},
+      {"<a b=' 1\n2\t'><a b=' 1\n2\t'/><a c='1 2 '/></a>", "a b= 1 2 (a b= 1 2 (),a c=1 2 ())"},
+      {"<a><b c='d'/><b c='d'/><b d='c'/><b cd=''/></a>", "a(b c=d(),b c=d(),b d=c(),b cd=())"},
+      {"<a b='" + std::string(5000, 'x') + "'/>", "a b=" + std::string(5000, 'x') + "()"},
+  });
+}
+
+TEST(XMLParser, ReadsEveryEncoding) {
+  std::string swedish = "a(\"\xC3\xA5\")", plain = "a(\"x\",&e;)";
+  expectDumps({
+      {"<a>\xC3\xA5</a>", swedish},
+      {"\xEF\xBB\xBF<a>\xC3\xA5</a>", swedish},
+      {"\xEF\xBB\xBF<?xml version='1.0'?><a>\xC3\xA5</a>", swedish},
+      {"<?xml version='1.0'?>\r\n\xEF\xBB\xBF<a>\xC3\xA5</a>", swedish},
+      {"<?xml version='1.0' encoding='utf8'?><a>\xC3\xA5</a>", swedish},
+      {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE5</a>", swedish},
+      {"<?xml version='1.0' encoding='latin1' standalone='yes'?><a>\xE5</a>", swedish},
+      {"<?xml version='1.0' encoding=\"windows-1252\"?><a>\x80</a>", "a(\"\xE2\x82\xAC\")"},
+      {"<?xml version='1.0' encoding='Shift_JIS'?><a>\x93\xFA</a>", "a(\"\xE6\x97\xA5\")"},
+      {"<?XML VERSION='1.0' ENCODING='ISO-8859-1'?><a>\xE5</a>", swedish},
+      {"\xFE\xFF" + wide("<a>x&e;</a>", true), plain},
+      {"\xFF\xFE" + wide("<?xml version='1.0' encoding='UTF-16'?><a>x&e;</a>", false), plain},
+      {"\xFF\xFE" + wide("<?xml version='1.0' encoding='UTF-8'?><a>x&e;</a>", false), plain},
+      {wide("<?xml version='1.0' encoding='UTF-16'?><a>x&e;</a>", true), plain},
+      {wide("<a>x&e;</a>", false), plain},
+      {"\xFE\xFF" + wide("<?xml version='1.0'?>\r\n", true) + "\xFE\xFF" + wide("<a>x&e;</a>", true), plain},
+      {"\xFE\xFF" + wide("<?xml version='1.0'?>\r\n", true) + "\xFF\xFE" + wide("<a>x&e;</a>", false), plain},
+  });
+}
+
+TEST(XMLParser, RefusesBytesThatAreNotInTheirEncoding) {
+  struct Row {
+    std::string document;
+    int64_t status;
+  };
+  constexpr int64_t kInvalidToken = 4;
+  const Row rows[] = {
+      {"<a>\xE5</a>", kInvalidToken},
+      {"<a>\xED\xA0\x80</a>", kInvalidToken},
+      {"<a>\xEF\xBF\xBF</a>", kInvalidToken},
+      {"<a>\x01</a>", kInvalidToken},
+      {"<a>\0</a>"s, kInvalidToken},
+      {"<?xml version='1.0' encoding='no-such-set'?><a/>", kBQXMLTreeStatusBadEncoding},
+      {"<?xml version='1.0' encoding='" + std::string(1 << 20, 'x') + "'?><a/>", kBQXMLTreeStatusBadEncoding},
+      {"<?xml version='1.0' encoding='\xFF%s%n'?><a/>", kBQXMLTreeStatusBadEncoding},
+      {"<?xml version='1.0' encoding='us-ascii'?><a>\xE5</a>", kBQXMLTreeStatusBadEncoding},
+      {"<?xml version='1.0' encoding='utf-16'?><a>x</a>", kBQXMLTreeStatusBadEncoding},
+      {"<?xml version='1.0' encoding='Shift_JIS'?><a>\xFF\xFF</a>", kBQXMLTreeStatusBadEncoding},
+      {"\xFE\xFF\xD8\x00"s + wide("<a/>", true), kBQXMLTreeStatusBadEncoding},
+      {"\xFE\xFF" + wide("<a/>", true) + "\0"s, kBQXMLTreeStatusBadEncoding},
+      {"\xFE\xFF" + wide("<?xml version='1.0'?>", true) + "\xFF\xFE\x00\xD8"s, kBQXMLTreeStatusBadEncoding},
+  };
+  for (const Row& row : rows) {
+    Ref<const BQDictionary> error;
+    EXPECT_FALSE(parse(row.document, &error)) << row.document;
+    EXPECT_EQ(number(error, kBQXMLTreeErrorStatusCode), row.status) << row.document;
+    EXPECT_LT(description(error).size(), 200u);
+  }
+}
+
+TEST(XMLParser, SaysWhatIsWrongAndWhere) {
+  struct Row {
+    std::string document;
+    std::string description;
+    int64_t line, location;
+  };
+  const Row rows[] = {
+      {"", "no element found", 1, 0},
+      {"  ", "no element found", 1, 2},
+      {"<a>\n<b></a>", "mismatched tag", 2, 9},
+      {"<a>", "no element found", 1, 3},
+      {"<a/><b/>", "junk after document element", 1, 4},
+      {"<a b='1'\n b='2'/>", "duplicate attribute", 2, 10},
+      {"<a b='<'/>", "not well-formed (invalid token)", 1, 6},
+      {"<a>&e</a>", "not well-formed (invalid token)", 1, 5},
+      {"<a>&#0;</a>", "reference to invalid character number", 1, 3},
+      {"<?xml version='1.0'?>\n\xEF\xBB\xBF<a></b>", "mismatched tag", 2, 30},
+      {"<?xml version='1.0' standalone='yes'?>\n<a></b>", "mismatched tag", 2, 44},
+      {"\xEF\xBB\xBF<a></b>", "mismatched tag", 1, 8},
+      {"<?xml version='1.0' version='1.0'?><a/>", "XML declaration not well-formed", 1, 20},
+      {" <?xml version='1.0'?><a/>", "XML or text declaration not at start of entity", 1, 1},
+  };
+  for (const Row& row : rows) {
+    Ref<const BQDictionary> error;
+    EXPECT_FALSE(parse(row.document, &error)) << row.document;
+    EXPECT_EQ(description(error), row.description) << row.document;
+    EXPECT_EQ(number(error, kBQXMLTreeErrorLineNumber), row.line) << row.document;
+    EXPECT_EQ(number(error, kBQXMLTreeErrorLocation), row.location) << row.document;
+  }
+}
+
+TEST(XMLParser, AcceptsMissingDataAndMissingError) {
+  const BQDictionary* error = nullptr;
+  EXPECT_EQ(BQXMLTreeCreateFromDataWithError(nullptr, &error), nullptr);
+  EXPECT_EQ(BQDictionaryGetCount(error), 4);
+  BQRelease(error);
+  EXPECT_EQ(BQXMLTreeCreateFromDataWithError(reinterpret_cast<const BQData*>(BQSTR("<a/>")), nullptr),
+            nullptr);
+}
+
+TEST(XMLParser, RefusesDeepNesting) {
+  auto nested = [](size_t depth) { return repeated("<a>", depth) + "<!---->" + repeated("</a>", depth); };
+  EXPECT_TRUE(parse(nested(512)));
+  EXPECT_TRUE(parse("<a>" + repeated(repeated("<a>", 511) + repeated("</a>", 511), 3) + "</a>"));
+  for (const std::string& document :
+       {nested(513), nested(100000), repeated("<a>", 512) + "<a/>", repeated("<a>", 1000000)}) {
+    Ref<const BQDictionary> error;
+    EXPECT_FALSE(parse("\n" + document, &error));
+    EXPECT_EQ(number(error, kBQXMLTreeErrorStatusCode), kBQXMLTreeStatusTooDeep);
+    EXPECT_EQ(number(error, kBQXMLTreeErrorLineNumber), 2);
+    EXPECT_EQ(number(error, kBQXMLTreeErrorLocation), 1 + 512 * 3);
+  }
+}
+
+std::string entityChain(size_t count, size_t references, std::string_view document) {
+  std::string result = "<!DOCTYPE a [<!ENTITY e0 'xxxxxxxxxx'>";
+  for (size_t i = 1; i < count; ++i) {
+    result += "<!ENTITY e" + std::to_string(i) + " '" +
+              repeated("&e" + std::to_string(i - 1) + ";", references) + "'>";
+  }
+  return result + std::string(document);
+}
+
+TEST(XMLParser, SurvivesEntityBombs) {
+  EXPECT_EQ(outcome(entityChain(30, 10, "]><a>&e29;</a>")), "a(&e29;)");
+  EXPECT_EQ(outcome(entityChain(100000, 1, "]><a>&e99999;</a>")), "a(&e99999;)");
+  EXPECT_EQ(outcome(entityChain(3, 3, "]><a b='&e2;'/>")), "a b=&e2;()");
+  std::string breach = "error: limit on input amplification factor (from DTD and entities) breached";
+  EXPECT_EQ(outcome(entityChain(30, 10, "]><a b='&e29;'/>")), breach);
+  EXPECT_EQ(outcome(entityChain(30, 10, "<!ATTLIST a b CDATA '&e29;'>]><a/>")), breach);
+  EXPECT_EQ(outcome("<!DOCTYPE a [<!ENTITY e '" + std::string(100000, 'x') + "'>]><a>" +
+                    repeated("<a b='&e;'/>", 1000) + "</a>"),
+            breach);
+  std::string loop = "<!DOCTYPE a [<!ENTITY e '&f;'><!ENTITY f '&e;'>]>";
+  EXPECT_EQ(outcome(loop + "<a>&e;</a>"), "a(&e;)");
+  EXPECT_EQ(outcome(loop + "<a b='&e;'/>"), "error: recursive entity reference");
+}
+
+TEST(XMLParser, SurvivesManyAndLongNames) {
+  std::string longName(10 << 20, 'n');
+  EXPECT_EQ(outcome("<" + longName + "/>"), longName + "()");
+  EXPECT_EQ(outcome("<a>&" + longName + ";</a>"), "a(&" + longName + ";)");
+  std::string document = "<a", expected = "a";
+  for (int i = 0; i < 20000; ++i)
+    document += " n" + std::to_string(i) + "='v'", expected += " n" + std::to_string(i) + "=v";
+  document += '>', expected += '(';
+  for (int i = 0; i < 20000; ++i) {
+    document += "<s" + std::to_string(i) + "e/>";
+    expected += (i == 0 ? "s" : ",s") + std::to_string(i) + "e()";
+  }
+  EXPECT_EQ(outcome(document + "</a>"), expected + ")");
+  EXPECT_EQ(outcome("<b><a/><b/></b>"), "b(a(),b())");
+}
+
+TEST(XMLParser, AnswersEveryDamagedDocument) {
+  std::string document =
+      "<?xml version='1.0' encoding='utf-8' standalone='yes'?>\n\xEF\xBB\xBF<!DOCTYPE a [<!ENTITY e 'E'>]>"
+      "<a b='&e;&#65;&lt;\xC3\xA5'>x<![CDATA[y]]>&f;<c/><!-- z --></a>";
+  ASSERT_TRUE(parse(document));
+  for (size_t length = 0; length < document.size(); ++length) EXPECT_FALSE(parse(document.substr(0, length)));
+  for (size_t i = 0; i < document.size(); ++i) {
+    for (char c : {'\0', '<', '>', '&', '\'', ' ', 'x', '\xFF', '\xEF'}) {
+      std::string damaged = document;
+      damaged[i] = c;
+      outcome(damaged);
+    }
+  }
+}
+
+/* The first position below `tree` with a path of first children. */
+const BQTree* descend(const BQTree* tree, int levels) {
+  while (levels-- > 0) tree = BQTreeGetFirstChild(tree);
+  return tree;
+}
+
+TEST(XMLTree, PartsOutliveTheTree) {
+  const char* document = "<a b='value'><c d='x'>some text</c><c/></a>";
+  auto part = [document](auto find) {
+    Ref<const BQTree> tree = parse(document);
+    return Ref<const void>::retain(find(tree.get()));
+  };
+  auto subtree = part([](const BQTree* tree) { return descend(tree, 2); });
+  auto node = part([](const BQTree* tree) { return BQXMLTreeGetNode(descend(tree, 3)); });
+  auto string =
+      part([](const BQTree* tree) { return BQXMLNodeGetString(BQXMLTreeGetNode(descend(tree, 3))); });
+  auto attributes = part([](const BQTree* tree) {
+    return static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(descend(tree, 1))))
+        ->attributes;
+  });
+  EXPECT_EQ(dump(static_cast<const BQTree*>(subtree.get())), "\"some text\"");
+  EXPECT_EQ(text(BQXMLNodeGetString(
+                BQXMLTreeGetNode(BQTreeGetNextSibling(static_cast<const BQTree*>(subtree.get()))))),
+            "c");
+  EXPECT_EQ(text(BQXMLNodeGetString(static_cast<const BQXMLNode*>(node.get()))), "some text");
+  EXPECT_EQ(text(static_cast<const BQString*>(string.get())), "some text");
+  EXPECT_TRUE(BQEqual(BQDictionaryGetValue(static_cast<const BQDictionary*>(attributes.get()), BQSTR("b")),
+                      BQSTR("value")));
+}
+
+TEST(XMLTree, EqualNamesAndAttributesAreShared) {
+  Ref<const BQTree> tree = parse("<a><name t='int' x='1'/><name t='int' x='1'/></a>");
+  const BQTree* first = descend(tree.get(), 2);
+  const BQTree* second = BQTreeGetNextSibling(first);
+  EXPECT_EQ(BQXMLNodeGetString(BQXMLTreeGetNode(first)), BQXMLNodeGetString(BQXMLTreeGetNode(second)));
+  EXPECT_EQ(BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(first)), BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(second)));
+}
+
+TEST(XMLTree, CountsAndVisitsChildrenInOrder) {
+  Ref<const BQTree> tree = parse("<a>1<b/>&c;</a>");
+  const BQTree* root = BQTreeGetFirstChild(tree.get());
+  std::string names;
+  auto visit = [](const void* child, void* context) {
+    *static_cast<std::string*>(context) +=
+        text(BQXMLNodeGetString(BQXMLTreeGetNode(static_cast<const BQTree*>(child))));
+  };
+  BQTreeApplyFunctionToChildren(root, visit, &names);
+  EXPECT_EQ(names, "1bc");
+  EXPECT_EQ(BQTreeGetChildCount(root), 3);
+  EXPECT_EQ(BQTreeGetChildCount(tree.get()), 1);
+}
+
+TEST(XMLTree, AccessorsRefuseOtherObjects) {
+  auto* noTree = reinterpret_cast<const BQTree*>(BQSTR("x"));
+  auto* noNode = reinterpret_cast<const BQXMLNode*>(BQSTR("x"));
+  for (const BQTree* tree : {noTree, static_cast<const BQTree*>(nullptr)}) {
+    EXPECT_EQ(BQXMLTreeGetNode(tree), nullptr);
+    EXPECT_EQ(BQTreeGetFirstChild(tree), nullptr);
+    EXPECT_EQ(BQTreeGetNextSibling(tree), nullptr);
+    EXPECT_EQ(BQTreeGetChildCount(tree), 0);
+  }
+  for (const BQXMLNode* node : {noNode, static_cast<const BQXMLNode*>(nullptr)}) {
+    EXPECT_EQ(BQXMLNodeGetTypeCode(node), 0);
+    EXPECT_EQ(BQXMLNodeGetString(node), nullptr);
+    EXPECT_EQ(BQXMLNodeGetInfoPtr(node), nullptr);
+  }
+}
+
+TEST(XMLTree, DescribesItsNodesShortly) {
+  Ref<const BQTree> tree = parse("<a><![CDATA[x]]>&e;text</a>");
+  auto describe = [](BQTypeRef object) {
+    return text(Ref<const BQString>::adopt(BQCopyDescription(object)).get());
+  };
+  EXPECT_EQ(describe(tree.get()), "<BQTree document>");
+  EXPECT_EQ(describe(descend(tree.get(), 1)), "<BQTree element a>");
+  std::string nodes;
+  for (const BQTree* child = descend(tree.get(), 2); child; child = BQTreeGetNextSibling(child)) {
+    nodes += describe(BQXMLTreeGetNode(child));
+  }
+  EXPECT_EQ(nodes, "<BQXMLNode CDATA section><BQXMLNode entity reference e><BQXMLNode text>");
+}
+
+TEST(XMLTree, ThreadsParseAndShareTrees) {
+  Ref<const BQTree> shared = parse("<a>x</a>");
+  auto work = [&shared] {
+    for (int i = 0; i < 200; ++i) {
+      auto kept = Ref<const BQTree>::retain(descend(shared.get(), 1));
+      EXPECT_EQ(dump(kept.get()), "\"x\"");
+      EXPECT_EQ(outcome("<b c='d'>y</b>"), "b c=d(\"y\")");
+    }
+  };
+  std::thread other(work);
+  work();
+  other.join();
+}
+
+}  // namespace
