@@ -7,7 +7,6 @@ serves until its standard input ends. With --tls CERTIFICATE KEY it speaks https
 The path of the URL chooses how it misbehaves: see MISBEHAVIOURS.
 """
 import argparse
-import base64
 import datetime
 import os
 import socketserver
@@ -102,7 +101,7 @@ class Server(socketserver.ThreadingMixIn, xmlrpc.server.SimpleXMLRPCServer):
     request_queue_size = 256
 
     def __init__(self, tls):
-        super().__init__(("127.0.0.1", 0), Handler, logRequests=False, use_builtin_types=True)
+        super().__init__(("127.0.0.1", 0), Handler, logRequests=False)
         self.counters = Counters()
         if tls:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
