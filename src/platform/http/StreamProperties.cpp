@@ -1,0 +1,116 @@
+#include "platform/http/StreamProperties.h"
+
+#include <cerrno>
+
+#include <BQ/BQBoolean.h>
+#include <BQ/BQDictionary.h>
+#include <BQ/BQNumber.h>
+#include <BQ/BQReadStream.h>
+#include <BQ/BQURL.h>
+
+#include "platform/http/Text.h"
+
+BQ_DEFINE_STATIC_STRING(httpProxy, "kBQStreamPropertyHTTPProxy");
+BQ_DEFINE_STATIC_STRING(httpProxyHost, "kBQStreamPropertyHTTPProxyHost");
+BQ_DEFINE_STATIC_STRING(httpProxyPort, "kBQStreamPropertyHTTPProxyPort");
+BQ_DEFINE_STATIC_STRING(httpShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
+BQ_DEFINE_STATIC_STRING(httpResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
+BQ_DEFINE_STATIC_STRING(httpMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
+BQ_DEFINE_STATIC_STRING(tlsVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
+BQ_DEFINE_STATIC_STRING(tlsCertificateAuthorityFile, "kBQStreamPropertyTLSCertificateAuthorityFile");
+
+const BQString* const kBQStreamPropertyHTTPProxy = httpProxy;
+const BQString* const kBQStreamPropertyHTTPProxyHost = httpProxyHost;
+const BQString* const kBQStreamPropertyHTTPProxyPort = httpProxyPort;
+const BQString* const kBQStreamPropertyHTTPShouldAutoredirect = httpShouldAutoredirect;
+const BQString* const kBQStreamPropertyHTTPResponseHeader = httpResponseHeader;
+const BQString* const kBQStreamPropertyHTTPMaximumReplySize = httpMaximumReplySize;
+const BQString* const kBQStreamPropertyTLSVerifyPeer = tlsVerifyPeer;
+const BQString* const kBQStreamPropertyTLSCertificateAuthorityFile = tlsCertificateAuthorityFile;
+
+namespace bq {
+namespace {
+
+constexpr int64_t kDefaultProxyPort = 80;
+
+bool isUsableHost(std::string_view host) {
+  return !host.empty() && host.find_first_of("/?#@") == std::string_view::npos;
+}
+
+/* False for a value that is not an integer from 1 to 65535; the default for none. */
+bool readPort(BQTypeRef value, int64_t& port) {
+  if (value == nullptr) return true;
+  if (!isInstance(value, kNumberTypeID)) return false;
+  bool isExact = BQNumberGetValue(static_cast<const BQNumber*>(value), kBQNumberSInt64Type, &port);
+  return isExact && port >= 1 && port <= 65535;
+}
+
+/* The URL of a proxy; empty if the dictionary names none that is usable. */
+std::string readProxy(const BQDictionary* dictionary) {
+  BQTypeRef value = BQDictionaryGetValue(dictionary, kBQStreamPropertyHTTPProxyHost);
+  int64_t port = kDefaultProxyPort;
+  if (!isText(value) || !readPort(BQDictionaryGetValue(dictionary, kBQStreamPropertyHTTPProxyPort), port)) {
+    return {};
+  }
+  std::string_view host = textOf(static_cast<const BQString*>(value));
+  if (!isUsableHost(host)) return {};
+  bool isBareIPv6 = host.find(':') != std::string_view::npos && !host.starts_with('[');
+  std::string url("http://");
+  url.append(isBareIPv6 ? "[" : "").append(host).append(isBareIPv6 ? "]:" : ":").append(std::to_string(port));
+  auto text = Ref<const BQString>::adopt(makeReceivedText(url));
+  auto parsed = Ref<const BQURL>::adopt(BQURLCreateWithString(text.get(), nullptr));
+  return parsed && BQURLGetPortNumber(parsed.get()) == port ? url : std::string();
+}
+
+/* False for a number that is no size. */
+bool readSize(BQTypeRef number, int64_t& size) {
+  bool isExact = BQNumberGetValue(static_cast<const BQNumber*>(number), kBQNumberSInt64Type, &size);
+  return isExact && size >= 0;
+}
+
+}  // namespace
+
+/* In the order of the indices. */
+const std::array<StreamProperties::Kind, StreamProperties::kCount> StreamProperties::kKinds = {{
+    {httpProxy, kDictionaryTypeID},
+    {httpShouldAutoredirect, kBooleanTypeID},
+    {httpMaximumReplySize, kNumberTypeID},
+    {tlsVerifyPeer, kBooleanTypeID},
+    {tlsCertificateAuthorityFile, kStringTypeID},
+}};
+
+const StreamProperties::Kind* StreamProperties::kindOf(const BQString* key) {
+  for (const Kind& kind : kKinds) {
+    if (BQEqual(kind.key, key)) return &kind;
+  }
+  return nullptr;
+}
+
+bool StreamProperties::set(const BQString* key, BQTypeRef value) {
+  const Kind* kind = kindOf(key);
+  if (kind == nullptr || (value != nullptr && !isInstance(value, kind->valueType))) return false;
+  values_[static_cast<size_t>(kind - kKinds.data())] = Ref<const void>::retain(value);
+  return true;
+}
+
+BQTypeRef StreamProperties::get(const BQString* key) const {
+  const Kind* kind = kindOf(key);
+  return kind == nullptr ? nullptr : values_[static_cast<size_t>(kind - kKinds.data())].get();
+}
+
+BQStreamError StreamProperties::readInto(TransferOptions& options) const {
+  if (BQTypeRef proxy = values_[kProxy].get()) {
+    options.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
+    if (options.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
+  }
+  BQTypeRef size = values_[kMaximumReplySize].get();
+  if (size != nullptr && !readSize(size, options.maximumReplySize))
+    return {kBQStreamErrorDomainPOSIX, EINVAL};
+  options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
+  options.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
+  const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());
+  options.certificateAuthorityFile = Ref<const BQString>::retain(file);
+  return kNoError;
+}
+
+}  // namespace bq

@@ -1,0 +1,357 @@
+#include "platform/http/Transfer.h"
+
+#include <sys/socket.h>
+
+#include <array>
+
+#include <BQ/BQData.h>
+#include <BQ/BQURL.h>
+
+#include "platform/http/Redirect.h"
+#include "platform/http/Text.h"
+#include "platform/http/TransferEngine.h"
+
+namespace bq {
+namespace {
+
+constexpr size_t kMostHeaderBytes = 256 * 1024;
+/* Bytes that wait to be read before the peer is made to wait. */
+constexpr size_t kMostUnread = 256 * 1024;
+/* The body of a redirect is read to keep the connection, unless it is longer. */
+constexpr int64_t kMostRedirectBody = 64 * 1024;
+constexpr int kMostRedirects = 20;
+constexpr long kReceiveBufferSize = 32 * 1024;
+
+/* What libcurl sends in lieu of a header that the message does not have. */
+constexpr std::array<std::string_view, 4> kUnaskedHeaders = {"Accept", "Content-Type", "Expect",
+                                                             "Proxy-Connection"};
+
+/* The same for the request that asks a proxy for a tunnel. */
+curl_slist* tunnelHeaders() {
+  static char line[] = "Proxy-Connection:";
+  static curl_slist headers = {line, nullptr};
+  return &headers;
+}
+
+bool isEncryptedURL(std::string_view url) {
+  return equalsIgnoringCase(url.substr(0, 6), "https:");
+}
+
+bool usuallyHasBody(std::string_view method) {
+  return method == "POST" || method == "PUT" || method == "PATCH";
+}
+
+bool isRedirect(BQIndex status) {
+  return (status >= 301 && status <= 303) || status == 307 || status == 308;
+}
+
+/* The certificates that libcurl was built to trust. */
+const char* defaultPath(CURLINFO info, CURL* handle) {
+  char* path = nullptr;
+  curl_easy_getinfo(handle, info, &path);
+  return path;
+}
+
+}  // namespace
+
+Transfer::Transfer(TransferEngine& engine) : engine_(engine), handle_(curl_easy_init()) {
+  if (handle_ != nullptr) configureHandle();
+}
+
+Transfer::~Transfer() {
+  stop();
+}
+
+/* What is the same for all requests. */
+void Transfer::configureHandle() {
+  set(CURLOPT_PRIVATE, this);
+  set(CURLOPT_NOSIGNAL, 1L);
+  /* A name that is being resolved must not hold up the thread when the transfer is stopped. */
+  set(CURLOPT_QUICK_EXIT, 1L);
+  set(CURLOPT_NOPROGRESS, 1L);
+  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_PATH_AS_IS, 1L);
+  set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
+  set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  set(CURLOPT_PROXYHEADER, tunnelHeaders());
+  /* Without these the environment would decide. */
+  set(CURLOPT_PROXY, "");
+  set(CURLOPT_NOPROXY, "");
+  set(CURLOPT_HEADERFUNCTION, onHeader);
+  set(CURLOPT_HEADERDATA, this);
+  set(CURLOPT_WRITEFUNCTION, onBody);
+  set(CURLOPT_WRITEDATA, this);
+  set(CURLOPT_PREREQFUNCTION, onRequest);
+  set(CURLOPT_PREREQDATA, this);
+  set(CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
+  set(CURLOPT_OPENSOCKETDATA, this);
+  /* A connection may live longer than the transfer that opened it. */
+  set(
+      CURLOPT_CLOSESOCKETFUNCTION,
+      +[](void* sockets, curl_socket_t socket) { return static_cast<SocketTable*>(sockets)->close(socket); });
+  set(CURLOPT_CLOSESOCKETDATA, &engine_.sockets());
+}
+
+void Transfer::begin(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer) {
+  request_ = std::move(request);
+  options_ = options;
+  observer_ = observer;
+  url_ = textOf(BQURLGetString(request_->url.get()));
+  method_ = textOf(request_->method.get());
+  body_ = request_->body;
+  configureConnection();
+  startAttempt(false);
+}
+
+void Transfer::stop() {
+  if (isRunning_) detach();
+  request_ = nullptr;
+  response_ = nullptr;
+  body_ = nullptr;
+  observer_ = {};
+  unread_.clear();
+  redirects_ = 0;
+  isBodyDropped_ = false;
+  isAtOrigin_ = true;
+  wasSentAgain_ = false;
+  isPaused_ = false;
+  isFinished_ = false;
+  error_ = kNoError;
+}
+
+void Transfer::configureConnection() {
+  set(CURLOPT_PROXY, options_.proxy.c_str());
+  set(CURLOPT_SSL_VERIFYPEER, options_.verifiesPeer ? 1L : 0L);
+  set(CURLOPT_SSL_VERIFYHOST, options_.verifiesPeer ? 2L : 0L);
+  const BQString* file = options_.certificateAuthorityFile.get();
+  set(CURLOPT_CAINFO, file != nullptr ? BQStringGetUTF8Ptr(file) : defaultPath(CURLINFO_CAINFO, handle()));
+  set(CURLOPT_CAPATH, file != nullptr ? nullptr : defaultPath(CURLINFO_CAPATH, handle()));
+}
+
+void Transfer::startAttempt(bool onNewConnection) {
+  replyBegan_ = false;
+  areHeadersComplete_ = false;
+  socket_ = -1;
+  headerBytes_ = 0;
+  headerLines_.clear();
+  location_.clear();
+  bodyBytes_ = 0;
+  refusal_ = kNoError;
+  isEncrypted_ = isEncryptedURL(url_);
+  configureRequest();
+  set(CURLOPT_FRESH_CONNECT, onNewConnection ? 1L : 0L);
+  isRunning_ = true;
+  engine_.add(*this);
+}
+
+void Transfer::detach() {
+  isRunning_ = false;
+  engine_.sockets().disclaim(socket_, this);
+  engine_.remove(*this);
+}
+
+void Transfer::configureRequest() {
+  bool isVersion1_0 = request_->version.get() == kBQHTTPVersion1_0;
+  set(CURLOPT_URL, url_.c_str());
+  set(CURLOPT_HTTP_VERSION, static_cast<long>(isVersion1_0 ? CURL_HTTP_VERSION_1_0 : CURL_HTTP_VERSION_1_1));
+  configureBody();
+  configureHeaders();
+}
+
+void Transfer::configureBody() {
+  bool isHead = method_ == "HEAD";
+  bool hasBody = !isHead && (body_ || usuallyHasBody(method_));
+  if (hasBody) {
+    set(CURLOPT_POST, 1L);
+    set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(BQDataGetLength(body_.get())));
+    set(CURLOPT_POSTFIELDS, body_ ? reinterpret_cast<const char*>(BQDataGetBytePtr(body_.get())) : "");
+  } else {
+    set(CURLOPT_HTTPGET, 1L);
+    set(CURLOPT_NOBODY, isHead ? 1L : 0L);
+  }
+  bool isNatural = isHead || method_ == (hasBody ? "POST" : "GET");
+  set(CURLOPT_CUSTOMREQUEST, isNatural ? nullptr : method_.c_str());
+  /* The length that the reply to HEAD names is that of a body that does not come. */
+  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : options_.maximumReplySize));
+}
+
+/* Headers of the message that a redirect made wrong, and those that belong to the transfer. */
+bool Transfer::isLeftOut(std::string_view name) const {
+  auto is = [name](std::string_view other) { return equalsIgnoringCase(name, other); };
+  if (is("Content-Length") || is("Transfer-Encoding")) return true;
+  if (isBodyDropped_ && equalsIgnoringCase(name.substr(0, 8), "Content-")) return true;
+  return !isAtOrigin_ && (is("Host") || is("Authorization") || is("Cookie"));
+}
+
+void Transfer::configureHeaders() {
+  headers_.clear();
+  for (const auto& field : request_->fields) {
+    if (!isLeftOut(field.name)) headers_.add(field.name, field.value);
+  }
+  for (std::string_view name : kUnaskedHeaders) {
+    if (findHeader(*request_.get(), name) == nullptr || isLeftOut(name)) headers_.suppress(name);
+  }
+  set(CURLOPT_HTTPHEADER, headers_.list());
+}
+
+size_t Transfer::read(uint8_t* buffer, size_t size) {
+  size_t count = unread_.take(buffer, size);
+  if (isPaused_ && unread_.size() <= kMostUnread / 2) resume();
+  return count;
+}
+
+/* What was held back arrives within the call. */
+void Transfer::resume() {
+  isPaused_ = false;
+  CURLcode code = engine_.resume(*this);
+  if (code != CURLE_OK) attemptEnded(code);
+}
+
+size_t Transfer::onHeader(char* bytes, size_t one, size_t count, void* transfer) {
+  size_t size = one * count;
+  return static_cast<Transfer*>(transfer)->takeHeader({bytes, size}) ? size : 0;
+}
+
+size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
+  return static_cast<Transfer*>(transfer)->takeBody({bytes, one * count});
+}
+
+/*
+ * libcurl sends a request again, on its own, if a connection that was used before ends without a
+ * reply. From here on it does so on a new connection, where it will not do it once more.
+ */
+int Transfer::onRequest(void* context, char*, char*, int remotePort, int localPort) {
+  auto* transfer = static_cast<Transfer*>(context);
+  transfer->socket_ = transfer->engine_.sockets().claim(localPort, remotePort, transfer);
+  transfer->set(CURLOPT_FRESH_CONNECT, 1L);
+  return CURL_PREREQFUNC_OK;
+}
+
+/* The part of a line that arrived before the connection ended is not seen by libcurl's own check. */
+curl_socket_t Transfer::onOpenSocket(void* context, curlsocktype, curl_sockaddr* address) {
+  auto* transfer = static_cast<Transfer*>(context);
+  if (transfer->replyBegan_) return CURL_SOCKET_BAD;
+  int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  if (socket >= 0) transfer->engine_.sockets().addConnection(socket);
+  return socket;
+}
+
+/* One line of the headers or, behind the body, of the trailers. False ends the transfer. */
+bool Transfer::takeHeader(std::string_view line) {
+  headerBytes_ += line.size();
+  if (headerBytes_ > kMostHeaderBytes) {
+    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+    return false;
+  }
+  if (areHeadersComplete_) return true;
+  bool isEnd = line == "\r\n" || line == "\n";
+  if (!isEnd) headerLines_.append(line);
+  return !isEnd || endHeaders();
+}
+
+bool Transfer::endHeaders() {
+  Ref<BQHTTPMessage> response = makeReceivedResponse(headerLines_);
+  headerLines_.clear();
+  if (!response) {
+    refusal_ = httpError(kBQStreamHTTPErrorParse);
+    return false;
+  }
+  bool isInterim = response->statusCode / 100 == 1 && response->statusCode != 101;
+  if (isInterim) return true;
+  areHeadersComplete_ = true;
+  const BQHTTPMessage::Field* location = findHeader(*response.get(), "Location");
+  if (options_.followsRedirects && location != nullptr && isRedirect(response->statusCode)) {
+    redirectStatus_ = response->statusCode;
+    location_ = location->value;
+  } else {
+    response_ = std::move(response);
+    notify();
+  }
+  return true;
+}
+
+/* The number of bytes that were taken; anything else but CURL_WRITEFUNC_PAUSE ends the transfer. */
+size_t Transfer::takeBody(std::string_view bytes) {
+  bool isRedirect = !response_;
+  auto size = static_cast<int64_t>(bytes.size());
+  if (isRedirect) {
+    bodyBytes_ += size;
+    return bodyBytes_ <= kMostRedirectBody ? bytes.size() : 0;
+  }
+  if (size > options_.maximumReplySize - bodyBytes_) {
+    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+    return 0;
+  }
+  if (unread_.size() >= kMostUnread) {
+    isPaused_ = true;
+    return CURL_WRITEFUNC_PAUSE;
+  }
+  bodyBytes_ += size;
+  unread_.append(bytes.data(), bytes.size());
+  notify();
+  return bytes.size();
+}
+
+void Transfer::attemptEnded(CURLcode code) {
+  detach();
+  if (areHeadersComplete_ && !response_) {
+    followRedirect();
+  } else if (code == CURLE_OK && areHeadersComplete_) {
+    finish(kNoError);
+  } else if (mayBeSentAgain(code)) {
+    wasSentAgain_ = true;
+    startAttempt(true);
+  } else {
+    finish(errorOfAttempt(code));
+  }
+}
+
+/*
+ * libcurl mostly does this by itself, but not while the rest of a long body is sent, and not when
+ * it did so five times before in the life of the handle.
+ */
+bool Transfer::mayBeSentAgain(CURLcode code) const {
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR || code == CURLE_GOT_NOTHING;
+  long newConnections = 0;
+  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &newConnections);
+  return isLost && newConnections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
+}
+
+BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
+  if (isError(refusal_)) return refusal_;
+  /* A header line that is too long. */
+  if (code == CURLE_OUT_OF_MEMORY) return httpError(kBQStreamHTTPErrorReplyTooLarge);
+  /* libcurl is content with headers that break off. */
+  if (code == CURLE_OK) return httpError(kBQStreamHTTPErrorConnectionLost);
+  if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
+    return httpError(kBQStreamHTTPErrorConnectionLost);
+  }
+  return errorOfTransfer(code, handle());
+}
+
+void Transfer::followRedirect() {
+  RedirectTarget target = resolveRedirect(url_, location_);
+  bool isDowngrade = isEncrypted_ && !isEncryptedURL(target.url);
+  if (++redirects_ > kMostRedirects || target.url.empty() || isDowngrade) {
+    finish(httpError(kBQStreamHTTPErrorRedirect));
+    return;
+  }
+  if (redirectStatus_ == 303) {
+    if (method_ != "HEAD") method_ = "GET";
+    body_ = nullptr;
+    isBodyDropped_ = true;
+  }
+  url_ = std::move(target.url);
+  isAtOrigin_ = isAtOrigin_ && target.isSameOrigin;
+  wasSentAgain_ = false;
+  startAttempt(false);
+}
+
+void Transfer::finish(BQStreamError error) {
+  isFinished_ = true;
+  error_ = error;
+  if (isError(error)) unread_.clear();
+  notify();
+}
+
+}  // namespace bq

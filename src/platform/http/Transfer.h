@@ -1,0 +1,147 @@
+/* One HTTP exchange: a request, the redirects that are followed, and the reply as it arrives. */
+#ifndef BQ_HTTP_TRANSFER_H
+#define BQ_HTTP_TRANSFER_H
+
+#include <cstdint>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <curl/curl.h>
+
+#include "platform/http/ByteQueue.h"
+#include "platform/http/HTTPMessage.h"
+#include "platform/http/HeaderList.h"
+#include "platform/http/StreamError.h"
+
+namespace bq {
+
+class TransferEngine;
+
+struct TransferOptions {
+  /* "http://host:port"; empty for none. */
+  std::string proxy;
+  /* Null for the system's certificates. */
+  Ref<const BQString> certificateAuthorityFile;
+  int64_t maximumReplySize = int64_t{1} << 30;
+  bool verifiesPeer = true;
+  bool followsRedirects = false;
+};
+
+/* Who is told about a transfer. Neither function may touch any transfer before it returns. */
+struct TransferObserver {
+  /* Something arrived, or the transfer ended. */
+  void (*changed)(void* context) = nullptr;
+  /* The thread ends and the transfer with it; it must not be used any more. */
+  void (*lost)(void* context) = nullptr;
+  void* context = nullptr;
+};
+
+class Transfer {
+ public:
+  explicit Transfer(TransferEngine& engine);
+  ~Transfer();
+  Transfer(const Transfer&) = delete;
+  Transfer& operator=(const Transfer&) = delete;
+
+  /* False if there was no memory for the transfer's handle. */
+  bool isUsable() const { return handle_ != nullptr; }
+
+  void begin(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer);
+
+  /* Breaks off what is under way and forgets everything but the memory. */
+  void stop();
+
+  /* Whether the handle may serve another request. */
+  bool isReusable() const { return !isError(error_); }
+
+  /* The final response, once its headers have arrived. */
+  const Ref<BQHTTPMessage>& response() const { return response_; }
+  size_t available() const { return unread_.size(); }
+  size_t read(uint8_t* buffer, size_t size);
+  bool isFinished() const { return isFinished_; }
+  BQStreamError error() const { return error_; }
+  const TransferObserver& observer() const { return observer_; }
+
+  /* For the engine. */
+  CURL* handle() const { return handle_.get(); }
+  bool isEncrypted() const { return isEncrypted_; }
+  void attemptEnded(CURLcode code);
+  void connectionClosed(bool hadData) { replyBegan_ = replyBegan_ || hadData; }
+
+ private:
+  struct HandleDeleter {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+  };
+
+  static size_t onHeader(char* bytes, size_t one, size_t count, void* transfer);
+  static size_t onBody(char* bytes, size_t one, size_t count, void* transfer);
+  static int onRequest(void* transfer, char*, char*, int, int);
+  static curl_socket_t onOpenSocket(void* transfer, curlsocktype, curl_sockaddr* address);
+
+  template <class Value>
+  void set(CURLoption option, Value value) {
+    curl_easy_setopt(handle_.get(), option, value);
+  }
+
+  void configureHandle();
+  void configureConnection();
+  void configureRequest();
+  void configureBody();
+  void configureHeaders();
+  bool isLeftOut(std::string_view name) const;
+  void startAttempt(bool onNewConnection);
+  void detach();
+
+  bool takeHeader(std::string_view line);
+  bool endHeaders();
+  size_t takeBody(std::string_view bytes);
+  bool mayBeSentAgain(CURLcode code) const;
+  BQStreamError errorOfAttempt(CURLcode code) const;
+  void followRedirect();
+  void resume();
+  void finish(BQStreamError error);
+  void notify() const { observer_.changed(observer_.context); }
+
+  TransferEngine& engine_;
+  std::unique_ptr<CURL, HandleDeleter> handle_;
+  HeaderList headers_;
+
+  TransferObserver observer_;
+  TransferOptions options_;
+  Ref<BQHTTPMessage> request_;
+
+  /* What is asked for; a redirect changes it. */
+  std::string url_;
+  std::string method_;
+  Ref<const BQData> body_;
+  int redirects_ = 0;
+  bool isBodyDropped_ = false;
+  bool isAtOrigin_ = true;
+  bool isEncrypted_ = false;
+
+  /* How far the present attempt is. */
+  bool isRunning_ = false;
+  bool wasSentAgain_ = false;
+  bool replyBegan_ = false;
+  bool areHeadersComplete_ = false;
+  int socket_ = -1;
+  size_t headerBytes_ = 0;
+  std::string headerLines_;
+  BQIndex redirectStatus_ = 0;
+  std::string location_;
+  int64_t bodyBytes_ = 0;
+  BQStreamError refusal_ = kNoError;
+
+  /* What is there for the reader. */
+  Ref<BQHTTPMessage> response_;
+  ByteQueue unread_;
+  bool isPaused_ = false;
+  bool isFinished_ = false;
+  BQStreamError error_ = kNoError;
+};
+
+}  // namespace bq
+
+#endif
