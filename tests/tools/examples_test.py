@@ -1,0 +1,60 @@
+"""The examples, run against a server in another process."""
+import os
+import re
+import socket
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support", "python"))
+
+from peer_process import Peer  # noqa: E402
+
+EXAMPLES = os.environ["EXAMPLES"]
+
+
+def run_example(name, *arguments):
+    return subprocess.run([os.path.join(EXAMPLES, "example_" + name), *arguments], stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60, check=False, text=True)
+
+
+class ExamplesTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.peer = Peer()
+        cls.addClassCleanup(cls.peer.stop)
+
+    def assert_run(self, run, status, output, complaint=""):
+        self.assertEqual((run.returncode, run.stdout), (status, output), run.stderr)
+        self.assertRegex(run.stderr, complaint)
+
+    def test_call_prints_the_value(self):
+        self.assert_run(run_example("call", self.peer.url()), 0, "5\n", r"\A\Z")
+
+    def test_call_tells_a_failure(self):
+        self.assert_run(run_example("call", self.peer.url("/status/404")), 1, "failed: /BQStreamFault\n")
+
+    def test_c_program_tells_the_three_ends_apart(self):
+        self.assert_run(run_example("call_in_c", self.peer.url(), "é & <b>"), 0, "é & <b>\n", r"\A\Z")
+        self.assert_run(run_example("call_in_c", self.peer.url("/status/404"), "x"), 3, "", "404 Not Found")
+        self.assert_run(run_example("call_in_c", self.peer.url("/lines-in-fault"), "x"), 1, "", "fault 7: one")
+        with socket.socket() as closed:
+            closed.bind(("127.0.0.1", 0))
+            url = "http://127.0.0.1:%d/" % closed.getsockname()[1]
+            self.assert_run(run_example("call_in_c", url, "x"), 3, "", "refused")
+
+    def test_hundred_concurrent_calls_get_a_hundred_answers(self):
+        run = run_example("concurrent_calls", self.peer.url())
+        self.assert_run(run, 0, "100 answers, 0 faults, sum %d\n" % sum(range(1, 101)), r"\A\Z")
+
+    def test_concurrent_calls_that_fail_are_all_answered(self):
+        run = run_example("concurrent_calls", self.peer.url("/hang-up"))
+        self.assert_run(run, 1, "100 answers, 100 faults, sum 0\n", r"\A\Z")
+
+    def test_wrong_arguments_show_the_usage(self):
+        for name in ("call", "call_in_c", "concurrent_calls"):
+            self.assertTrue(re.search("usage", run_example(name).stderr), name)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,18 @@
+/* The URL of a server or a proxy. */
+#ifndef VXCALL_ENDPOINT_H
+#define VXCALL_ENDPOINT_H
+
+#include <string>
+
+#include <BQ/BQBase.h>
+
+#include "Ref.h"
+
+namespace vxcall {
+
+/* Throws UsageError unless the text is an http or https URL with a host. */
+Ref<const BQURL> parseEndpoint(const std::string& text);
+
+}  // namespace vxcall
+
+#endif

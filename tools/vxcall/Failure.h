@@ -1,0 +1,24 @@
+/* Results that are no value: faults of the server and failures on the way. */
+#ifndef VXCALL_FAILURE_H
+#define VXCALL_FAILURE_H
+
+#include <string>
+
+#include <BQ/BQBase.h>
+
+#include "Options.h"
+
+namespace vxcall {
+
+/* Whether a fault was made by the transport rather than sent by the server. */
+bool isTransportFailure(const BQDictionary* fault);
+
+/* One line that says what failed. */
+std::string describeTransportFailure(const BQDictionary* failure, const Options& options);
+
+/* One line with the code and the text that the server sent. */
+std::string describeServerFault(const BQDictionary* fault);
+
+}  // namespace vxcall
+
+#endif

@@ -1,0 +1,28 @@
+#include "Output.h"
+
+#include <cstdio>
+
+#include <BQ/BQData.h>
+#include <BQ/BQPropertyList.h>
+
+#include "Json.h"
+
+namespace vxcall {
+
+std::string formatJson(BQTypeRef value) {
+  return jsonFromValue(value).dump(2) + "\n";
+}
+
+std::optional<std::string> formatPropertyList(BQTypeRef value) {
+  if (value == nullptr) return "";
+  auto data = Ref<const BQData>::adopt(BQPropertyListCreateXMLData(value));
+  if (!data) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(BQDataGetBytePtr(data.get())),
+                     static_cast<size_t>(BQDataGetLength(data.get())));
+}
+
+bool writeOutput(const std::string& text) {
+  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+}
+
+}  // namespace vxcall

@@ -1,0 +1,23 @@
+/* The text that goes to standard output. */
+#ifndef VXCALL_OUTPUT_H
+#define VXCALL_OUTPUT_H
+
+#include <optional>
+#include <string>
+
+#include <BQ/BQBase.h>
+
+namespace vxcall {
+
+/* Any value as JSON, two blanks per level, with a line end. */
+std::string formatJson(BQTypeRef value);
+
+/* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */
+std::optional<std::string> formatPropertyList(BQTypeRef value);
+
+/* Whether all of the text could be written to standard output; errno says why not. */
+bool writeOutput(const std::string& text);
+
+}  // namespace vxcall
+
+#endif

@@ -1,0 +1,48 @@
+#include "Parameters.h"
+
+#include <string_view>
+#include <unordered_set>
+
+#include <BQ/BQArray.h>
+#include <BQ/BQDictionary.h>
+
+#include "Text.h"
+#include "TypedText.h"
+#include "UsageError.h"
+
+namespace vxcall {
+namespace {
+
+constexpr std::string_view kNameStarts = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
+constexpr std::string_view kNameCharacters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789.-";
+
+/* The length of the NAME in front of an equals sign; 0 if the argument has none. */
+size_t nameLength(std::string_view argument) {
+  size_t end = argument.find_first_not_of(kNameCharacters);
+  bool named = end != std::string_view::npos && argument[end] == '=' && end > 0 &&
+               kNameStarts.find(argument[0]) != std::string_view::npos;
+  return named ? end : 0;
+}
+
+}  // namespace
+
+Parameters parseParameters(const std::vector<std::string>& arguments) {
+  auto count = static_cast<BQIndex>(arguments.size());
+  auto values = Ref<BQDictionary>::adopt(BQDictionaryCreateMutable(count, kBQDictionaryRetainKeys));
+  auto order = Ref<BQArray>::adopt(BQArrayCreateMutable(count));
+  std::unordered_set<std::string> names;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    std::string_view argument = arguments[i];
+    size_t length = nameLength(argument);
+    std::string nameText = length > 0 ? std::string(argument.substr(0, length)) : "p" + std::to_string(i + 1);
+    if (!names.insert(nameText).second) throw UsageError("there are two parameters named " + nameText);
+    Ref<const BQString> name = makeString(nameText);
+    Value value = valueFromTypedText(length > 0 ? argument.substr(length + 1) : argument);
+    BQArrayAppendValue(order.get(), name.get());
+    BQDictionarySetValue(values.get(), name.get(), value.get());
+  }
+  return {Ref<const BQDictionary>::retain(values.get()), Ref<const BQArray>::retain(order.get())};
+}
+
+}  // namespace vxcall

@@ -1,0 +1,25 @@
+/* The parameters of a call. */
+#ifndef VXCALL_PARAMETERS_H
+#define VXCALL_PARAMETERS_H
+
+#include <string>
+#include <vector>
+
+#include <BQ/BQBase.h>
+
+#include "Ref.h"
+
+namespace vxcall {
+
+struct Parameters {
+  /* A name of the order that has no value here is sent as nil. */
+  Ref<const BQDictionary> values;
+  Ref<const BQArray> order;
+};
+
+/* Reads arguments of the form [NAME=][TYPE:]VALUE. Throws UsageError. */
+Parameters parseParameters(const std::vector<std::string>& arguments);
+
+}  // namespace vxcall
+
+#endif

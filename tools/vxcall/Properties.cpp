@@ -1,0 +1,109 @@
+#include "Properties.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "Endpoint.h"
+#include "Number.h"
+#include "Text.h"
+#include "UsageError.h"
+
+namespace vxcall {
+namespace {
+
+using Header = std::pair<std::string, std::string>;
+
+constexpr std::string_view kTokenCharacters =
+    "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+
+Header parseHeader(const std::string& text) {
+  size_t colon = text.find(':');
+  if (colon == std::string::npos || colon == 0 || text.find_first_not_of(kTokenCharacters) != colon) {
+    throw UsageError("'" + singleLine(text) + "' is not a header; write NAME: VALUE");
+  }
+  if (text.find_first_of("\r\n") != std::string::npos) {
+    throw UsageError("the header " + text.substr(0, colon) + " has a line break");
+  }
+  size_t first = text.find_first_not_of(" \t", colon + 1);
+  size_t last = text.find_last_not_of(" \t");
+  return {text.substr(0, colon), first == std::string::npos ? "" : text.substr(first, last - first + 1)};
+}
+
+/* One header per name: a header that is given again continues the first one's list. */
+std::vector<Header> parseHeaders(const std::vector<std::string>& texts) {
+  std::vector<Header> headers;
+  for (const std::string& text : texts) {
+    Header header = parseHeader(text);
+    auto same = std::find_if(headers.begin(), headers.end(), [&](const Header& other) {
+      return strcasecmp(other.first.c_str(), header.first.c_str()) == 0;
+    });
+    if (same == headers.end()) {
+      headers.push_back(std::move(header));
+    } else {
+      same->second += ", " + header.second;
+    }
+  }
+  return headers;
+}
+
+void setHeaders(const std::vector<std::string>& texts, const SetProperty& set) {
+  if (texts.empty()) return;
+  auto headers = Ref<BQDictionary>::adopt(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
+  for (const auto& [name, value] : parseHeaders(texts)) {
+    BQDictionarySetValue(headers.get(), makeString(name).get(), makeString(value).get());
+  }
+  set(kVXHTTPExtraHeaders, headers.get());
+}
+
+void setText(const SetProperty& set, const BQString* key, const std::optional<std::string>& text) {
+  if (text) set(key, makeString(*text).get());
+}
+
+}  // namespace
+
+const BQString* protocolOf(const Options& options) {
+  if (options.protocol == "soap-1999") return kVXSOAP1999Protocol;
+  if (options.protocol == "soap-2001") return kVXSOAP2001Protocol;
+  return kVXXMLRPCProtocol;
+}
+
+void setDocumentProperties(const Options& options, const SetProperty& set) {
+  setText(set, kVXSOAPMethodNamespaceURI, options.methodNamespace);
+  setText(set, kVXMethodInvocationResultParameterName, options.resultName);
+  if (options.style) {
+    set(kVXSOAPBodyEncodingStyle, *options.style == "rpc" ? kVXSOAPStyleRPC : kVXSOAPStyleDoc);
+  }
+  if (!options.soapHeaders.empty()) {
+    auto headers = Ref<BQArray>::adopt(BQArrayCreateMutable(0));
+    for (const std::string& header : options.soapHeaders) {
+      BQArrayAppendValue(headers.get(), makeString(header).get());
+    }
+    set(kVXSOAPMessageHeaders, headers.get());
+  }
+}
+
+void setTransportProperties(const Options& options, const SetProperty& set) {
+  setHeaders(options.headers, set);
+  set(kVXHTTPVersion, options.httpVersion == "1.0" ? kBQHTTPVersion1_0 : kBQHTTPVersion1_1);
+  set(kVXHTTPFollowsRedirects, options.followsRedirects ? kBQBooleanTrue : kBQBooleanFalse);
+  if (options.proxy) set(kVXHTTPProxy, parseEndpoint(*options.proxy).get());
+  if (options.timeoutSeconds > 0) {
+    set(kVXMethodInvocationTimeoutValue, makeInteger(options.timeoutSeconds).get());
+  }
+  if (options.verbose) {
+    set(kVXDebugOutgoingHeaders, kBQBooleanTrue);
+    set(kVXDebugOutgoingBody, kBQBooleanTrue);
+    set(kVXDebugIncomingHeaders, kBQBooleanTrue);
+    set(kVXDebugIncomingBody, kBQBooleanTrue);
+  }
+}
+
+}  // namespace vxcall

@@ -1,0 +1,16 @@
+/* The request document of a call that is not made. */
+#ifndef VXCALL_REQUEST_DOCUMENT_H
+#define VXCALL_REQUEST_DOCUMENT_H
+
+#include <string>
+
+#include "Options.h"
+
+namespace vxcall {
+
+/* The document byte for byte. Throws UsageError if the options describe none. */
+std::string makeRequestDocument(const Options& options);
+
+}  // namespace vxcall
+
+#endif

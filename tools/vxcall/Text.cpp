@@ -1,0 +1,31 @@
+#include "Text.h"
+
+#include <algorithm>
+
+#include <BQ/BQString.h>
+
+#include "UsageError.h"
+
+namespace vxcall {
+
+Ref<const BQString> makeString(std::string_view text) {
+  auto string =
+      Ref<const BQString>::adopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+  if (!string) throw UsageError("an argument is not UTF-8 text");
+  return string;
+}
+
+std::string_view textOf(BQTypeRef string) {
+  if (BQGetTypeID(string) != BQStringGetTypeID()) return {};
+  const auto* text = static_cast<const BQString*>(string);
+  return {BQStringGetUTF8Ptr(text), static_cast<size_t>(BQStringGetLength(text))};
+}
+
+std::string singleLine(std::string_view text) {
+  std::string line(text);
+  std::replace_if(
+      line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+  return line;
+}
+
+}  // namespace vxcall

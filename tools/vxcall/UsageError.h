@@ -1,0 +1,17 @@
+/* A command line that cannot be carried out. */
+#ifndef VXCALL_USAGE_ERROR_H
+#define VXCALL_USAGE_ERROR_H
+
+#include <stdexcept>
+
+namespace vxcall {
+
+/* Says in one sentence what is wrong with the command line. */
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace vxcall
+
+#endif
