@@ -13,7 +13,8 @@ BQ_EXTERN_C_BEGIN
  * The XML text of a value in UTF-8, owned by the caller: the XML declaration, then `<plist
  * version="1.0">` around dict, array, string, integer, real, true, false, date and data elements.
  * Null if the value, or one inside it, is of another class, a key is no string, a string holds a
- * character that XML 1.0 cannot hold, or values are nested deeper than 512 levels.
+ * character that XML 1.0 cannot hold, a date is beyond the calendar, or elements, `<plist>` included,
+ * would be nested deeper than 512 levels.
  */
 BQ_EXPORT const BQData* BQPropertyListCreateXMLData(BQTypeRef value);
 

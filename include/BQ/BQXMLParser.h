@@ -10,7 +10,7 @@ BQ_EXTERN_C_BEGIN
 BQ_EXPORT extern const BQString* const kBQXMLTreeErrorDescription;
 /** A number: the line, from 1. */
 BQ_EXPORT extern const BQString* const kBQXMLTreeErrorLineNumber;
-/** A number: the position in bytes from the start of the data, from 0. */
+/** A number: the position in bytes from 0 in the data, or in its UTF-8 form if it is in another encoding. */
 BQ_EXPORT extern const BQString* const kBQXMLTreeErrorLocation;
 /** A number: one of BQXMLTreeStatus. */
 BQ_EXPORT extern const BQString* const kBQXMLTreeErrorStatusCode;
@@ -28,7 +28,8 @@ typedef enum BQXMLTreeStatus {
  * either). The tree, owned by the caller, holds elements, texts, CDATA sections and entity
  * references; comments, processing instructions and the document type are dropped, as is text of
  * white space alone between two tags. Predefined entities and character references arrive decoded.
- * No entity is ever expanded and nothing is ever loaded.
+ * No entity is ever expanded and nothing is ever loaded: a reference in an attribute value stays as
+ * it is written, "&name;". Attributes that only the document type supplies are left out.
  *
  * Null if the document is not well-formed or `data` is null; then `*error`, if asked for, is a
  * dictionary with the keys above, owned by the caller. Any thread.

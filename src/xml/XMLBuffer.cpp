@@ -21,7 +21,9 @@ constexpr char kBlanks[] = "                              ";
 static_assert(sizeof kBlanks == kDeepestIndent + 1);
 
 /* The number of blanks of a level. */
-size_t indentOf(int level) { return level >= 0 && level < 15 ? 2 * static_cast<size_t>(level) : kDeepestIndent; }
+size_t indentOf(int level) {
+  return level >= 0 && level < 15 ? 2 * static_cast<size_t>(level) : kDeepestIndent;
+}
 
 char* put(char* out, std::string_view piece) {
   if (!piece.empty()) std::memcpy(out, piece.data(), piece.size());
@@ -33,14 +35,17 @@ char* putIndent(char* out, int level) {
   return out + indentOf(level);
 }
 
-char* putLineEnd(char* out) { return put(out, "\r\n"); }
+char* putLineEnd(char* out) {
+  return put(out, "\r\n");
+}
 
 /* What a line needs besides its pieces. */
 constexpr size_t kLineRoom = kDeepestIndent + 2;
 
 }  // namespace
 
-XMLBuffer::XMLBuffer(unsigned long encoding) : text_(BQStringCreateMutable(kFirstCapacity)), encoding_(encoding) {
+XMLBuffer::XMLBuffer(unsigned long encoding)
+    : text_(BQStringCreateMutable(kFirstCapacity)), encoding_(encoding) {
   const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(encoding));
   if (name == nullptr || encoding > UINT32_MAX) {
     name = BQSTR("UTF-8");
@@ -49,9 +54,13 @@ XMLBuffer::XMLBuffer(unsigned long encoding) : text_(BQStringCreateMutable(kFirs
   addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
 }
 
-char* XMLBuffer::reserve(size_t size) { return BQStringReserveUTF8(text_.get(), static_cast<BQIndex>(size)); }
+char* XMLBuffer::reserve(size_t size) {
+  return BQStringReserveUTF8(text_.get(), static_cast<BQIndex>(size));
+}
 
-void XMLBuffer::commit(const char* start, const char* end) { BQStringCommitUTF8(text_.get(), end - start); }
+void XMLBuffer::commit(const char* start, const char* end) {
+  BQStringCommitUTF8(text_.get(), end - start);
+}
 
 void XMLBuffer::addTo(int level, const char* format, ...) {
   auto length = static_cast<BQIndex>(std::strlen(format));
@@ -84,7 +93,8 @@ void XMLBuffer::addLine(int level, std::initializer_list<std::string_view> piece
   commit(start, putLineEnd(end));
 }
 
-void XMLBuffer::addEncodedLine(int level, std::string_view before, const BQString* text, std::string_view after) {
+void XMLBuffer::addEncodedLine(int level, std::string_view before, const BQString* text,
+                               std::string_view after) {
   std::string_view content = textOf(text);
   char* start = reserve(kLineRoom + before.size() + entityEncodedRoom(content) + after.size());
   char* end = put(putIndent(start, level), before);
@@ -101,10 +111,9 @@ void XMLBuffer::addBase64Line(int level, std::string_view before, const BQData* 
 }
 
 bool XMLBuffer::enterContainer() {
-  if (depth_ == kMaximumDepth) {
-    tooDeep_ = true;
-    return false;
-  }
+  /* Once void, nothing more is written: a container that holds itself twice would take forever. */
+  if (depth_ == kMaximumDepth) tooDeep_ = true;
+  if (tooDeep_) return false;
   ++depth_;
   return true;
 }
@@ -117,7 +126,8 @@ const BQData* XMLBuffer::copyData() const {
 const BQString* XMLBuffer::getIndentString(int level) {
   static const std::array<const BQString*, 16> strings = [] {
     std::array<const BQString*, 16> made{};
-    for (size_t i = 0; i < made.size(); ++i) made[i] = BQStringCreateWithUTF8(kBlanks, static_cast<BQIndex>(2 * i));
+    for (size_t i = 0; i < made.size(); ++i)
+      made[i] = BQStringCreateWithUTF8(kBlanks, static_cast<BQIndex>(2 * i));
     return made;
   }();
   return strings[indentOf(level) / 2];

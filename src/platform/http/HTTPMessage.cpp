@@ -23,6 +23,8 @@ namespace {
 const BQRuntimeClass kMessageClass = {
     0, "BQHTTPMessage", nullptr, nullptr, finalizeObject<BQHTTPMessage>, nullptr, nullptr, nullptr, nullptr};
 
+constexpr size_t kUsualFieldCount = 8;
+
 Ref<BQHTTPMessage> makeMessage() {
   return Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
 }
@@ -63,28 +65,28 @@ bool areFieldArguments(const BQString* name, const BQString* value) {
 }
 
 Field makeField(const BQString* name, const BQString* value) {
-  return {Ref<const BQString>::adopt(BQStringCreateCopy(name)),
-          Ref<const BQString>::adopt(BQStringCreateCopy(value))};
+  return {std::string(textOf(name)), std::string(textOf(value))};
 }
 
-bool isNamed(const Field& field, const BQString* name) {
-  return BQStringEqualsIgnoringCase(field.name.get(), name);
+bool isNamed(const Field& field, std::string_view name) {
+  return equalsIgnoringCase(field.name, name);
 }
 
 /* The values of one header, joined as if they had been sent as one. */
-Ref<const BQString> joinValues(const std::vector<const Field*>& fields) {
-  if (fields.size() == 1) return fields.front()->value;
-  Ref<BQString> joined = Ref<BQString>::adopt(BQStringCreateMutable(64));
+const BQString* copyValues(const std::vector<const Field*>& fields) {
+  if (fields.size() == 1) return makeText(fields.front()->value);
+  std::string joined;
   for (const Field* field : fields) {
-    if (field != fields.front()) BQStringAppendUTF8(joined.get(), ", ", 2);
-    BQStringAppend(joined.get(), field->value.get());
+    if (field != fields.front()) joined.append(", ");
+    joined.append(field->value);
   }
-  return Ref<const BQString>::adopt(BQStringCreateCopy(joined.get()));
+  return makeText(joined);
 }
 
 bool precedes(const Field* first, const Field* second) {
-  return BQStringCompare(first->name.get(), second->name.get(), kBQCompareCaseInsensitive) ==
-         kBQCompareLessThan;
+  auto isLess = [](char left, char right) { return lowerCase(left) < lowerCase(right); };
+  return std::lexicographical_compare(first->name.begin(), first->name.end(), second->name.begin(),
+                                      second->name.end(), isLess);
 }
 
 /*
@@ -97,7 +99,7 @@ std::vector<std::vector<const Field*>> groupByName(const std::vector<Field>& fie
   std::stable_sort(sorted.begin(), sorted.end(), precedes);
   std::vector<std::vector<const Field*>> groups;
   for (const Field* field : sorted) {
-    if (groups.empty() || !isNamed(*field, groups.back().front()->name.get())) groups.emplace_back();
+    if (groups.empty() || !isNamed(*field, groups.back().front()->name)) groups.emplace_back();
     groups.back().push_back(field);
   }
   std::sort(groups.begin(), groups.end(),
@@ -105,13 +107,20 @@ std::vector<std::vector<const Field*>> groupByName(const std::vector<Field>& fie
   return groups;
 }
 
+std::string decodeReceived(std::string_view bytes) {
+  auto isASCII = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+  if (std::all_of(bytes.begin(), bytes.end(), isASCII)) return std::string(bytes);
+  auto decoded = Ref<const BQString>::adopt(makeReceivedText(bytes));
+  return std::string(textOf(decoded.get()));
+}
+
 void addReceivedField(BQHTTPMessage& message, std::string_view line) {
   size_t colon = line.find(':');
   if (colon == std::string_view::npos || !isToken(line.substr(0, colon))) return;
   std::string_view value = trimBlanks(line.substr(colon + 1));
-  if (!isFieldValue(value)) return;
-  message.fields.push_back({Ref<const BQString>::adopt(makeText(line.substr(0, colon))),
-                            Ref<const BQString>::adopt(makeReceivedText(value))});
+  if (isFieldValue(value)) {
+    message.fields.push_back({std::string(line.substr(0, colon)), decodeReceived(value)});
+  }
 }
 
 /* The next line without its end, or with the lines that it is continued on, which are unfolded. */
@@ -135,13 +144,15 @@ std::string_view takeLine(std::string_view& rest, std::string& unfolded) {
 Ref<BQHTTPMessage> makeReceivedResponse(std::string_view lines) {
   std::string unfolded;
   Ref<BQHTTPMessage> message = makeResponse(takeLine(lines, unfolded));
-  while (message && !lines.empty()) addReceivedField(*message.get(), takeLine(lines, unfolded));
+  if (!message) return {};
+  message->fields.reserve(kUsualFieldCount);
+  while (!lines.empty()) addReceivedField(*message.get(), takeLine(lines, unfolded));
   return message;
 }
 
-const BQString* findHeader(const BQHTTPMessage& message, std::string_view name) {
+const Field* findHeader(const BQHTTPMessage& message, std::string_view name) {
   for (const Field& field : message.fields) {
-    if (equalsIgnoringCase(textOf(field.name.get()), name)) return field.value.get();
+    if (isNamed(field, name)) return &field;
   }
   return nullptr;
 }
@@ -233,7 +244,7 @@ const BQData* BQHTTPMessageCopyBody(const BQHTTPMessage* message) {
 bool BQHTTPMessageSetHeaderFieldValue(BQHTTPMessage* message, const BQString* name, const BQString* value) {
   message = asMessage(message);
   if (message == nullptr || !bq::areFieldArguments(name, value == nullptr ? BQSTR("") : value)) return false;
-  auto isNamed = [name](const Field& field) { return bq::isNamed(field, name); };
+  auto isNamed = [name = bq::textOf(name)](const Field& field) { return bq::isNamed(field, name); };
   std::vector<Field>& fields = message->fields;
   auto first = std::find_if(fields.begin(), fields.end(), isNamed);
   if (value == nullptr) {
@@ -241,7 +252,7 @@ bool BQHTTPMessageSetHeaderFieldValue(BQHTTPMessage* message, const BQString* na
   } else if (first == fields.end()) {
     fields.push_back(bq::makeField(name, value));
   } else {
-    first->value = Ref<const BQString>::adopt(BQStringCreateCopy(value));
+    first->value = bq::textOf(value);
     fields.erase(std::remove_if(first + 1, fields.end(), isNamed), fields.end());
   }
   return true;
@@ -259,20 +270,21 @@ const BQString* BQHTTPMessageCopyHeaderFieldValue(const BQHTTPMessage* message, 
   if (message == nullptr || !bq::isText(name)) return nullptr;
   std::vector<const Field*> found;
   for (const Field& field : message->fields) {
-    if (bq::isNamed(field, name)) found.push_back(&field);
+    if (bq::isNamed(field, bq::textOf(name))) found.push_back(&field);
   }
-  return found.empty() ? nullptr : bq::joinValues(found).release();
+  return found.empty() ? nullptr : bq::copyValues(found);
 }
 
 const BQDictionary* BQHTTPMessageCopyAllHeaderFields(const BQHTTPMessage* message) {
   message = asMessage(message);
   if (message == nullptr) return nullptr;
-  std::vector<BQTypeRef> names, values;
-  std::vector<Ref<const BQString>> owned;
-  for (const auto& group : bq::groupByName(message->fields)) {
-    owned.push_back(bq::joinValues(group));
-    names.push_back(group.front()->name.get());
-    values.push_back(owned.back().get());
+  auto groups = bq::groupByName(message->fields);
+  auto fields = Ref<BQDictionary>::adopt(
+      BQDictionaryCreateMutable(static_cast<BQIndex>(groups.size()), kBQDictionaryRetainKeys));
+  for (const auto& group : groups) {
+    auto name = Ref<const BQString>::adopt(bq::makeText(group.front()->name));
+    auto value = Ref<const BQString>::adopt(bq::copyValues(group));
+    BQDictionarySetValue(fields.get(), name.get(), value.get());
   }
-  return BQDictionaryCreate(names.data(), values.data(), static_cast<BQIndex>(names.size()));
+  return BQDictionaryCreateCopy(fields.get());
 }

@@ -2,6 +2,7 @@
 #ifndef BQ_HTTP_HTTP_MESSAGE_H
 #define BQ_HTTP_HTTP_MESSAGE_H
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -10,9 +11,10 @@
 #include "platform/object/Object.h"
 
 struct BQHTTPMessage : bq::Object {
+  /* In UTF-8. Most names and values are short enough to need no memory of their own. */
   struct Field {
-    bq::Ref<const BQString> name;
-    bq::Ref<const BQString> value;
+    std::string name;
+    std::string value;
   };
 
   /* A request has a method and a URL, a response a status line and a status code. */
@@ -42,8 +44,8 @@ inline BQHTTPMessage* asMessage(BQTypeRef object) {
  */
 Ref<BQHTTPMessage> makeReceivedResponse(std::string_view lines);
 
-/* The value of the first header of a name, borrowed; null if there is none. */
-const BQString* findHeader(const BQHTTPMessage& message, std::string_view name);
+/* The first header of a name; null if there is none. */
+const BQHTTPMessage::Field* findHeader(const BQHTTPMessage& message, std::string_view name);
 
 }  // namespace bq
 

@@ -119,7 +119,7 @@ void BQReadStream::unschedule(BQRunLoop* runLoop, const BQString* mode) {
   if (found == modes_.end()) return;
   if (transfer_ != nullptr) {
     BQRunLoopRemoveSource(runLoop, source_.get(), mode);
-    engine_->releaseMode(mode);
+    if (isDriven_) engine_->releaseMode(mode);
   }
   modes_.erase(found);
   if (modes_.empty()) runLoop_ = nullptr;
@@ -138,6 +138,7 @@ bool BQReadStream::open() {
   source_ = makeSource();
   transfer_ = engine_->start(request_, options, {onChange, onLoss, this});
   if (transfer_ == nullptr) return fail({kBQStreamErrorDomainPOSIX, ENOMEM});
+  isDriven_ = !transfer_->isFinished();
   for (const auto& mode : modes_) joinMode(mode.get());
   signalIfPending();
   return true;
@@ -158,7 +159,7 @@ Ref<BQRunLoopSource> BQReadStream::makeSource() {
 
 void BQReadStream::joinMode(const BQString* mode) {
   BQRunLoopAddSource(runLoop_.get(), source_.get(), mode);
-  engine_->retainMode(mode);
+  if (isDriven_) engine_->retainMode(mode);
 }
 
 void BQReadStream::onChange(void* context) {
@@ -224,7 +225,9 @@ void BQReadStream::endTransfer(BQStreamStatus status) {
   status_ = status;
   response_ = transfer_->response();
   error_ = transfer_->error();
-  for (const auto& mode : modes_) engine_->releaseMode(mode.get());
+  if (std::exchange(isDriven_, false)) {
+    for (const auto& mode : modes_) engine_->releaseMode(mode.get());
+  }
   engine_->release(std::exchange(transfer_, nullptr));
   engine_ = nullptr;
   BQRunLoopSourceInvalidate(source_.get());

@@ -74,6 +74,8 @@ struct BQReadStream : bq::Object {
 
   bool wasOpened_ = false;
   bool isOpenReported_ = false;
+  /* Whether the engine works in the stream's modes. */
+  bool isDriven_ = false;
 
   /* Only while there is something to receive or to report. */
   bq::TransferEngine* engine_ = nullptr;

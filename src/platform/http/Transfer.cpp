@@ -20,7 +20,7 @@ constexpr size_t kMostUnread = 256 * 1024;
 /* The body of a redirect is read to keep the connection, unless it is longer. */
 constexpr int64_t kMostRedirectBody = 64 * 1024;
 constexpr int kMostRedirects = 20;
-constexpr long kReceiveBufferSize = 64 * 1024;
+constexpr long kReceiveBufferSize = 32 * 1024;
 
 /* What libcurl sends in lieu of a header that the message does not have. */
 constexpr std::array<std::string_view, 4> kUnaskedHeaders = {"Accept", "Content-Type", "Expect",
@@ -178,8 +178,7 @@ bool Transfer::isLeftOut(std::string_view name) const {
 void Transfer::configureHeaders() {
   headers_.clear();
   for (const auto& field : request_->fields) {
-    std::string_view name = textOf(field.name.get());
-    if (!isLeftOut(name)) headers_.add(name, textOf(field.value.get()));
+    if (!isLeftOut(field.name)) headers_.add(field.name, field.value);
   }
   for (std::string_view name : kUnaskedHeaders) {
     if (findHeader(*request_.get(), name) == nullptr || isLeftOut(name)) headers_.suppress(name);
@@ -250,10 +249,10 @@ bool Transfer::endHeaders() {
   bool isInterim = response->statusCode / 100 == 1 && response->statusCode != 101;
   if (isInterim) return true;
   areHeadersComplete_ = true;
-  const BQString* location = findHeader(*response.get(), "Location");
+  const BQHTTPMessage::Field* location = findHeader(*response.get(), "Location");
   if (options_.followsRedirects && location != nullptr && isRedirect(response->statusCode)) {
     redirectStatus_ = response->statusCode;
-    location_ = textOf(location);
+    location_ = location->value;
   } else {
     response_ = std::move(response);
     notify();

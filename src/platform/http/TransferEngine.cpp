@@ -98,9 +98,9 @@ Transfer* TransferEngine::start(Ref<BQHTTPMessage> request, const TransferOption
   if (!transfer->isUsable()) return nullptr;
   running_.push_back(std::move(transfer));
   Transfer* started = running_.back().get();
-  SigpipeGuard guard(true);
   isDriving_ = true;
   started->begin(std::move(request), options, observer);
+  SigpipeGuard guard(usesTLS_);
   drive();
   return started;
 }

@@ -22,7 +22,7 @@ class PropertyListWriter {
   bool writeValue(BQTypeRef value, size_t depth);
   bool writeArray(const BQArray* array, size_t depth);
   bool writeDictionary(const BQDictionary* dictionary, size_t depth);
-  bool writeString(std::string_view element, BQTypeRef string);
+  bool writeString(std::string_view element, BQTypeRef object);
   bool writeNumber(const BQNumber* number);
   bool writeDate(const BQDate* date);
   bool writeData(const BQData* data);

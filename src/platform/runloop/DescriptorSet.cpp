@@ -150,8 +150,8 @@ void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& read
   if (!alwaysReady_.empty()) timeout = 0;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
-  const int count =
-      epoll_wait(epoll_, ready.events, std::size(ready.events), isSimulated ? 0 : millisecondsOf(timeout));
+  const int count = epoll_wait(epoll_, ready.events, static_cast<int>(std::size(ready.events)),
+                               isSimulated ? 0 : millisecondsOf(timeout));
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
 }

@@ -3,7 +3,6 @@
 #include <BQ/BQXMLParser.h>
 
 #include <algorithm>
-#include <climits>
 #include <random>
 
 #include <BQ/BQData.h>
@@ -31,20 +30,11 @@ constexpr size_t kLargestKept = size_t{1} << 20;
 constexpr float kMaximumAmplification = 4;
 constexpr unsigned long long kAmplificationThreshold = 1 << 20;
 
+/* The parser looks at every declared attribute again for each element that could have it. */
+constexpr size_t kMaximumDeclaredAttributes = 64;
+
 XMLParser* parserOf(void* self) {
   return static_cast<XMLParser*>(self);
-}
-
-const BQDictionary* makeErrorDictionary(const BQString* description, int64_t line, int64_t location,
-                                        int status) {
-  using Number = Ref<const BQNumber>;
-  Number lineNumber = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &line));
-  Number locationNumber = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &location));
-  Number statusNumber = Number::adopt(BQNumberCreate(kBQNumberIntType, &status));
-  const void* keys[] = {kBQXMLTreeErrorDescription, kBQXMLTreeErrorLineNumber, kBQXMLTreeErrorLocation,
-                        kBQXMLTreeErrorStatusCode};
-  const void* values[] = {description, lineNumber.get(), locationNumber.get(), statusNumber.get()};
-  return BQDictionaryCreate(keys, values, 4);
 }
 
 }  // namespace
@@ -57,7 +47,7 @@ XMLParser::XMLParser() {
 const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** error) {
   DocumentText text(bytes);
   if (text.error() != nullptr) {
-    if (error != nullptr) *error = makeErrorDictionary(text.error(), 1, 0, kBQXMLTreeStatusBadEncoding);
+    if (error != nullptr) *error = makeErrorDictionary({text.error(), 1, 0, kBQXMLTreeStatusBadEncoding});
     return nullptr;
   }
   text_ = &text;
@@ -81,7 +71,8 @@ void XMLParser::prepare() {
   names_.clear();
   infos_.clear();
   builder_.begin(*arena_);
-  tooDeep_.reset();
+  failure_.reset();
+  declaredAttributes_ = 0;
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
     if (expat_ == nullptr) failAllocation(0);
@@ -99,6 +90,7 @@ void XMLParser::prepare() {
   XML_SetCharacterDataHandler(expat, characterData);
   XML_SetCdataSectionHandler(expat, startCDATASection, endCDATASection);
   XML_SetSkippedEntityHandler(expat, skippedEntity);
+  XML_SetAttlistDeclHandler(expat, attributeDeclaration);
   XML_SetExternalEntityRefHandler(expat, externalEntity);
 }
 
@@ -107,43 +99,53 @@ bool XMLParser::feedAll() {
 }
 
 bool XMLParser::feed(std::string_view bytes, bool last) {
-  while (bytes.size() > kLargestPiece) {
-    if (XML_Parse(expat_.get(), bytes.data(), kPiece, XML_FALSE) != XML_STATUS_OK) return false;
-    bytes.remove_prefix(kPiece);
+  size_t piece = bytes.size() > kLargestPiece ? kPiece : bytes.size();
+  for (; bytes.size() > piece; bytes.remove_prefix(piece)) {
+    if (XML_Parse(expat_.get(), bytes.data(), static_cast<int>(piece), XML_FALSE) != XML_STATUS_OK)
+      return false;
   }
   return XML_Parse(expat_.get(), bytes.data(), static_cast<int>(bytes.size()), last) == XML_STATUS_OK;
 }
 
-XMLParser::Place XMLParser::currentPlace() const {
-  auto position = static_cast<size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(expat_.get()), 0));
-  return {static_cast<int64_t>(XML_GetCurrentLineNumber(expat_.get())),
-          static_cast<int64_t>(text_->offset(position))};
+const BQDictionary* XMLParser::makeErrorDictionary(const Failure& failure) {
+  using Number = Ref<const BQNumber>;
+  Number line = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &failure.line));
+  Number location = Number::adopt(BQNumberCreate(kBQNumberSInt64Type, &failure.location));
+  Number status = Number::adopt(BQNumberCreate(kBQNumberIntType, &failure.status));
+  const void* keys[] = {kBQXMLTreeErrorDescription, kBQXMLTreeErrorLineNumber, kBQXMLTreeErrorLocation,
+                        kBQXMLTreeErrorStatusCode};
+  const void* values[] = {failure.description, line.get(), location.get(), status.get()};
+  return BQDictionaryCreate(keys, values, 4);
 }
 
 const BQDictionary* XMLParser::makeError() const {
-  if (tooDeep_) {
-    return makeErrorDictionary(BQSTR("elements nested deeper than 512 levels"), tooDeep_->line,
-                               tooDeep_->location, kBQXMLTreeStatusTooDeep);
-  }
+  if (failure_) return makeErrorDictionary(*failure_);
   XML_Error code = XML_GetErrorCode(expat_.get());
   Ref<const BQString> description =
       Ref<const BQString>::adopt(BQStringCreateWithCString(XML_ErrorString(code), kBQStringEncodingASCII));
-  Place place = currentPlace();
-  return makeErrorDictionary(description.get(), place.line, place.location, code);
+  return makeErrorDictionary(failureHere(description.get(), code));
+}
+
+XMLParser::Failure XMLParser::failureHere(const BQString* description, int status) const {
+  auto position = static_cast<size_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(expat_.get()), 0));
+  auto line = static_cast<int64_t>(XML_GetCurrentLineNumber(expat_.get()));
+  return {description, line, static_cast<int64_t>(text_->offset(position)), status};
+}
+
+void XMLParser::stop(const BQString* description, int status) {
+  failure_ = failureHere(description, status);
+  XML_StopParser(expat_.get(), XML_FALSE);
 }
 
 void XMLParser::startElement(void* self, const XML_Char* name, const XML_Char** attributes) {
   XMLParser* parser = parserOf(self);
   const BQXMLElementInfo* info = attributes[0] == nullptr ? &kNoAttributes : parser->elementInfo(attributes);
   if (parser->builder_.startElement(parser->names_.find(*parser->arena_, name).string, info)) return;
-  parser->tooDeep_ = parser->currentPlace();
-  XML_StopParser(parser->expat_.get(), XML_FALSE);
+  parser->stop(BQSTR("elements nested deeper than 512 levels"), kBQXMLTreeStatusTooDeep);
 }
 
 void XMLParser::endElement(void* self, const XML_Char*) {
-  XMLParser* parser = parserOf(self);
-  /* The end of an empty element still comes after its start stopped the parser. */
-  if (!parser->tooDeep_) parser->builder_.endElement();
+  parserOf(self)->builder_.endElement();
 }
 
 void XMLParser::characterData(void* self, const XML_Char* text, int length) {
@@ -160,6 +162,14 @@ void XMLParser::endCDATASection(void* self) {
 
 void XMLParser::skippedEntity(void* self, const XML_Char* name, int isParameterEntity) {
   if (isParameterEntity == 0) parserOf(self)->addEntityReference(name);
+}
+
+void XMLParser::attributeDeclaration(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
+                                     const XML_Char*, int) {
+  XMLParser* parser = parserOf(self);
+  if (++parser->declaredAttributes_ <= kMaximumDeclaredAttributes) return;
+  parser->stop(BQSTR("too many attributes declared by the document type"),
+               XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
 }
 
 /*

@@ -33,9 +33,11 @@ class XMLParser {
   const BQTree* parse(std::string_view bytes, const BQDictionary** error);
 
  private:
-  struct Place {
+  struct Failure {
+    const BQString* description;
     int64_t line;
     int64_t location;
+    int status;
   };
   struct FreeParser {
     void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
@@ -47,13 +49,17 @@ class XMLParser {
   static void startCDATASection(void* self);
   static void endCDATASection(void* self);
   static void skippedEntity(void* self, const XML_Char* name, int isParameterEntity);
+  static void attributeDeclaration(void* self, const XML_Char* element, const XML_Char* attribute,
+                                   const XML_Char* type, const XML_Char* value, int isRequired);
   static int externalEntity(XML_Parser parser, const XML_Char* context, const XML_Char* base,
                             const XML_Char* systemID, const XML_Char* publicID);
 
+  static const BQDictionary* makeErrorDictionary(const Failure& failure);
   void prepare();
   bool feedAll();
   bool feed(std::string_view bytes, bool last);
-  Place currentPlace() const;
+  void stop(const BQString* description, int status);
+  Failure failureHere(const BQString* description, int status) const;
   const BQDictionary* makeError() const;
   void addEntityReference(const XML_Char* name);
   const BQXMLElementInfo* elementInfo(const XML_Char** attributes);
@@ -67,8 +73,9 @@ class XMLParser {
   NameTable names_;
   ElementInfoTable infos_;
   TreeBuilder builder_;
-  /* Where nesting became too deep; the parser goes on a little after it was stopped. */
-  std::optional<Place> tooDeep_;
+  size_t declaredAttributes_ = 0;
+  /* Why the parser was stopped, and where: it goes on a little after that. */
+  std::optional<Failure> failure_;
   std::vector<const char*> attributes_;
   std::vector<std::string> attributeTexts_;
 };

@@ -269,72 +269,36 @@ TEST(PropertyList, ReadsWhatOthersWrite) {
 }
 
 TEST(PropertyList, RefusesToReadNonsense) {
-  const char* values[] = {
-      "",
-      "text",
-      "&e;",
-      "<true/><true/>",
-      "<nonsense/>",
-      "<Dict/>",
-      "<key>k</key>",
-      "<plist/>",
-      "<true>x</true>",
-      "<false><true/></false>",
-      "<string><true/></string>",
-      "<string>&e;</string>",
-      "<integer>&e;</integer>",
-      "<integer/>",
-      "<integer>x</integer>",
-      "<integer>1 2</integer>",
-      "<integer>1.5</integer>",
-      "<integer>0x10</integer>",
-      "<integer>+-1</integer>",
-      "<integer>++1</integer>",
-      "<integer>9223372036854775808</integer>",
-      "<integer>-9223372036854775809</integer>",
-      "<real/>",
-      "<real>1,5</real>",
-      "<real>1e999</real>",
-      "<real>1.5x</real>",
-      "<date/>",
-      "<date>2001-01-01</date>",
-      "<date>2001-01-01T00:00:00</date>",
-      "<date>2001-02-29T00:00:00Z</date>",
-      "<date>2001-13-01T00:00:00Z</date>",
-      "<date>2001-00-01T00:00:00Z</date>",
-      "<date>2001-01-01T24:00:00Z</date>",
-      "<date>2001-01-01T00:00:60Z</date>",
-      "<date>2001-01-01T00:00:00.Z</date>",
-      "<date>01-01-01T00:00:00Z</date>",
-      "<date>+99999999999-01-01T00:00:00Z</date>",
-      "<date>+2147483647-01-01T00:00:00Z</date>",
-      "<date>+-01-01T00:00:00Z</date>",
-      "<date>2001-01-01T00:00:00ZZ</date>",
-      "<date>20010101T00:00:00Z</date>",
-      "<data>A</data>",
-      "<data>AAA</data>",
-      "<data>AA=</data>",
-      "<data>AA===</data>",
-      "<data>=AAA</data>",
-      "<data>AA==AA==</data>",
-      "<data>AA-_</data>",
-      "<data>====</data>",
-      "<array>text</array>",
-      "<array><true/>&e;</array>",
-      "<array><![CDATA[]]></array>",
-      "<dict><key>k</key></dict>",
-      "<dict><true/></dict>",
-      "<dict><key>k</key><key>l</key></dict>",
-      "<dict><key>k</key>text</dict>",
-      "<dict><key><true/></key><true/></dict>",
-      "<dict>text</dict>",
-      "<dict><key>k</key><true/><key>l</key></dict>",
-      "<dict><string>k</string><true/></dict>",
+  struct Row {
+    const char* element;
+    std::vector<const char*> contents;
   };
-  for (const char* value : values) {
-    std::string message;
-    EXPECT_FALSE(read(wrapped(value), &message)) << value;
-    EXPECT_FALSE(message.empty());
+  const Row rows[] = {
+      {"plist", {"", "x", "&e;", "<true/><true/>", "<x/>", "<Dict/>", "<key>k</key>", "<plist/>"}},
+      {"true", {"x", "<true/>"}},
+      {"false", {"x", "<true/>"}},
+      {"string", {"<true/>", "&e;"}},
+      {"integer",
+       {"", "x", "&e;", "1 2", "1.5", "0x10", "+-1", "++1", "9223372036854775808", "-9223372036854775809"}},
+      {"real", {"", "x", "1,5", "1e999", "1.5x", "1 2"}},
+      {"date",
+       {"", "2001-01-01", "20010101T00:00:00Z", "2001-01-01T00:00:00", "2001-01-01T00:00:00ZZ",
+        "2001-01-01T00:00:00.Z", "01-01-01T00:00:00Z", "2001-02-29T00:00:00Z", "2001-13-01T00:00:00Z",
+        "2001-00-01T00:00:00Z", "2001-01-01T24:00:00Z", "2001-01-01T00:00:60Z", "+-01-01T00:00:00Z",
+        "+99999999999-01-01T00:00:00Z", "+2147483647-01-01T00:00:00Z"}},
+      {"data", {"A", "AAA", "AA=", "AA===", "=AAA", "AA==AA==", "AA-_", "===="}},
+      {"array", {"x", "<true/>&e;", "<![CDATA[]]>"}},
+      {"dict",
+       {"x", "<key>k</key>", "<true/>", "<key>k</key><key>l</key>", "<key>k</key>x", "<key>k</key><true/>x",
+        "<key><true/></key><true/>", "<key>k</key><true/><key>l</key>", "<string>k</string><true/>"}},
+  };
+  for (const Row& row : rows) {
+    for (const char* content : row.contents) {
+      std::string value = "<"s + row.element + ">" + content + "</" + row.element + ">";
+      std::string message;
+      EXPECT_FALSE(read(row.element == "plist"s ? value : wrapped(value), &message)) << value;
+      EXPECT_FALSE(message.empty());
+    }
   }
   for (const char* document :
        {"", "x", "<dict/>", "<plist>", "<plists><true/></plists>", "\xFF\xFE", "bplist00"}) {

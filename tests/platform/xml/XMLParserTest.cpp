@@ -319,6 +319,16 @@ TEST(XMLParser, SurvivesEntityBombs) {
   EXPECT_EQ(outcome(loop + "<a b='&e;'/>"), "error: recursive entity reference");
 }
 
+TEST(XMLParser, RefusesManyDeclaredAttributes) {
+  auto declaring = [](size_t count) {
+    std::string list;
+    for (size_t i = 0; i < count; ++i) list += " n" + std::to_string(i) + " CDATA 'v'";
+    return "<!DOCTYPE a [<!ATTLIST a" + list + ">]><a>" + repeated("<a/>", 100000) + "</a>";
+  };
+  EXPECT_TRUE(parse(declaring(64)));
+  EXPECT_EQ(outcome(declaring(10000)), "error: too many attributes declared by the document type");
+}
+
 TEST(XMLParser, SurvivesManyAndLongNames) {
   std::string longName(10 << 20, 'n');
   EXPECT_EQ(outcome("<" + longName + "/>"), longName + "()");

@@ -1,0 +1,118 @@
+#include "Payload.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace bench {
+namespace {
+
+constexpr int kStructCount = 2000;
+constexpr int kIntegerCount = 100000;
+constexpr BQIndex kDataLength = BQIndex{2} << 20;
+constexpr int kBytesInStruct = 20;
+
+/* 2026-01-01T00:00:00Z, in seconds since 2001. */
+constexpr BQAbsoluteTime kFirstDate = 788918400;
+constexpr BQTimeInterval kHour = 3600;
+
+Owned<const BQNumber> makeInteger(int32_t value) {
+  return own(BQNumberCreate(kBQNumberSInt32Type, &value));
+}
+
+Owned<const BQNumber> makeDouble(double value) {
+  return own(BQNumberCreate(kBQNumberDoubleType, &value));
+}
+
+/* Bytes without a pattern, the same in every run. */
+Owned<const BQData> makeData(BQIndex length, uint32_t seed) {
+  auto data = own(BQDataCreateMutable(length));
+  BQDataSetLength(data.get(), length);
+  uint8_t* bytes = BQDataGetMutableBytePtr(data.get());
+  for (BQIndex index = 0; index < length; ++index) {
+    seed = seed * 1664525 + 1013904223;
+    bytes[index] = static_cast<uint8_t>(seed >> 24);
+  }
+  return data;
+}
+
+Owned<const BQArray> makeIntegers(int count, int step) {
+  auto array = own(BQArrayCreateMutable(count));
+  for (int index = 0; index < count; ++index) {
+    BQArrayAppendOwnedValue(array.get(), makeInteger(index * step).release());
+  }
+  return array;
+}
+
+void setMember(BQDictionary* record, const BQString* name, Owned<const void> value) {
+  BQDictionarySetValue(record, name, value.get());
+}
+
+Owned<const BQDictionary> makeStruct(int index) {
+  auto record = own(BQDictionaryCreateMutable(7, kBQDictionaryRetainKeys));
+  setMember(record.get(), BQSTR("identifier"), makeInteger(index * 7919));
+  setMember(record.get(), BQSTR("price"), makeDouble(index * 1.25 + 0.1));
+  BQDictionarySetValue(record.get(), BQSTR("active"), index % 2 != 0 ? kBQBooleanTrue : kBQBooleanFalse);
+  setMember(
+      record.get(), BQSTR("title"),
+      own(BQStringCreateWithFormat(BQSTR("Entry <%d> & \"caf\xC3\xA9\" \xE2\x82\xAC \xE6\x97\xA5"), index)));
+  setMember(record.get(), BQSTR("changed"), own(BQDateCreate(kFirstDate + index * kHour)));
+  setMember(record.get(), BQSTR("digest"), makeData(kBytesInStruct, static_cast<uint32_t>(index)));
+  setMember(record.get(), BQSTR("sizes"), makeIntegers(3, index + 1));
+  return record;
+}
+
+Owned<const BQArray> makeStructs() {
+  auto array = own(BQArrayCreateMutable(kStructCount));
+  for (int index = 0; index < kStructCount; ++index) {
+    BQArrayAppendOwnedValue(array.get(), makeStruct(index).release());
+  }
+  return array;
+}
+
+[[noreturn]] void fail(const Payload& payload, const char* what) {
+  std::fprintf(stderr, "bench: %s: %s\n", payload.name.c_str(), what);
+  std::exit(1);
+}
+
+}  // namespace
+
+const std::vector<Payload>& payloads() {
+  static const std::vector<Payload> all = {
+      {"structs", [] { return makeStructs(); }},
+      {"ints", [] { return makeIntegers(kIntegerCount, 31); }},
+      {"data", [] { return makeData(kDataLength, 1); }},
+      {"small", [] { return makeStruct(1); }},
+  };
+  return all;
+}
+
+VXProtocolHandlerRef sharedHandler() {
+  static VXProtocolHandlerRef handler = VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol);
+  return handler;
+}
+
+Owned<const BQData> encodeReply(BQTypeRef value) {
+  return own(VXProtocolHandlerCopyReplyDocument(sharedHandler(), nullptr, value));
+}
+
+Owned<const BQDictionary> decodeReply(const BQData* document) {
+  return own(VXProtocolHandlerCopyReplyDictionary(sharedHandler(), BQSTR("bench"), document));
+}
+
+std::string_view bytesOf(const BQData* data) {
+  return {reinterpret_cast<const char*>(BQDataGetBytePtr(data)), static_cast<size_t>(BQDataGetLength(data))};
+}
+
+Owned<const BQData> checkedReply(const Payload& payload) {
+  const auto value = payload.makeValue();
+  auto document = encodeReply(value.get());
+  if (document == nullptr) fail(payload, "no document");
+  const auto result = decodeReply(document.get());
+  if (VXMethodResultIsFault(result.get())) fail(payload, "decodes to a fault");
+  if (!BQEqual(BQDictionaryGetValue(result.get(), kVXMethodInvocationResult), value.get())) {
+    fail(payload, "decodes to another value");
+  }
+  return document;
+}
+
+}  // namespace bench

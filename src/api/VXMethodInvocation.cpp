@@ -1,0 +1,117 @@
+#include <VX/VXMethodInvocation.h>
+
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "api/MethodInvocationHandle.h"
+#include "diag/Switches.h"
+#include "soap/SOAPWebServiceMethodInvocation.h"
+#include "transport/LibraryBundle.h"
+#include "transport/VXRunLoopSource.h"
+#include "transport/WebServiceResult.h"
+#include "xmlrpc/XMLRPCWebServiceMethodInvocation.h"
+
+namespace {
+
+BQ_DEFINE_STATIC_STRING(kVXSyncMode, "VXSYNC");
+
+/* Stores the result of a synchronous call in the slot that `info` points to. */
+void _syncCallback(VXMethodInvocationRef, void* info, const BQDictionary* result) {
+  *static_cast<const BQDictionary**>(info) = result;
+}
+
+/* An invocation of a protocol, recognised by identity; null for anything else. */
+vx::WebServiceMethodInvocation* createInvocation(const BQURL* url, const BQString* methodName,
+                                                 const BQString* protocol) {
+  if (protocol == kVXXMLRPCProtocol) return new vx::XMLRPCWebServiceMethodInvocation(url, methodName);
+  if (protocol == kVXSOAP1999Protocol || protocol == kVXSOAP2001Protocol) {
+    return new vx::SOAPWebServiceMethodInvocation(protocol, url, methodName);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+BQTypeID VXMethodInvocationGetTypeID(void) {
+  return OpaqueVXMethodInvocationRef::typeID();
+}
+
+VXMethodInvocationRef VXMethodInvocationCreate(const BQURL* url, const BQString* methodName,
+                                               const BQString* protocol) {
+  vx::vxInitStatics();
+  vx::registerLibraryBundle();
+  if (url == nullptr || protocol == nullptr) return nullptr;
+  vx::WebServiceMethodInvocation* invocation = createInvocation(url, methodName, protocol);
+  return invocation == nullptr ? nullptr : OpaqueVXMethodInvocationRef::wrap(invocation);
+}
+
+void VXMethodInvocationSetParameters(VXMethodInvocationRef invocation, const BQDictionary* parameters,
+                                     const BQArray* parameterOrder) {
+  if (invocation != nullptr) invocation->invocation->setParameters(parameters, parameterOrder);
+}
+
+const BQDictionary* VXMethodInvocationCopyParameters(VXMethodInvocationRef invocation,
+                                                     const BQArray** parameterOrder) {
+  if (parameterOrder != nullptr) *parameterOrder = nullptr;
+  const BQDictionary* parameters = nullptr;
+  if (invocation != nullptr) invocation->invocation->getParameters(&parameters, parameterOrder);
+  return parameters;
+}
+
+void VXMethodInvocationSetProperty(VXMethodInvocationRef invocation, const BQString* key, BQTypeRef value) {
+  if (invocation != nullptr) invocation->invocation->setProperty(key, value);
+}
+
+BQTypeRef VXMethodInvocationCopyProperty(VXMethodInvocationRef invocation, const BQString* key) {
+  return invocation == nullptr ? nullptr : BQRetain(invocation->invocation->getProperty(key));
+}
+
+void VXMethodInvocationAddSerializationOverride(VXMethodInvocationRef invocation, BQTypeID typeID,
+                                                VXSerializeOverrideFunc function,
+                                                const VXClientContext* context) {
+  if (invocation != nullptr) invocation->invocation->addSerializationOverride(typeID, function, context);
+}
+
+void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocation,
+                                                  const BQString* typeNamespace, const BQString* typeName,
+                                                  VXDeserializeOverrideFunc function,
+                                                  const VXClientContext* context) {
+  if (invocation == nullptr) return;
+  invocation->invocation->addDeserializationOverride(typeNamespace, typeName, function, context);
+}
+
+void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocationCallbackFunc callback,
+                                   const VXClientContext* context) {
+  if (invocation != nullptr) invocation->invocation->setCallback(callback, context);
+}
+
+void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
+                                           const BQString* mode) {
+  if (invocation == nullptr) return;
+  vx::VXRunLoopSource* source = invocation->invocation->getSource();
+  if (source != nullptr && source->addToRunLoop(runLoop, mode)) source->signal();
+}
+
+void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
+                                             const BQString* mode) {
+  if (invocation == nullptr) return;
+  vx::VXRunLoopSource* source = invocation->invocation->getSource();
+  if (source != nullptr) source->removeFromRunLoop(runLoop, mode);
+}
+
+const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
+  if (invocation == nullptr) return nullptr;
+  const BQDictionary* result = nullptr;
+  VXClientContext context = {0, &result, nullptr, nullptr, nullptr};
+  VXMethodInvocationSetCallBack(invocation, _syncCallback, &context);
+  BQRunLoop* runLoop = BQRunLoopGetCurrent();
+  VXMethodInvocationScheduleWithRunLoop(invocation, runLoop, kVXSyncMode);
+  while (result == nullptr) BQRunLoopRunInMode(kVXSyncMode, 1e30, true);
+  VXMethodInvocationUnscheduleFromRunLoop(invocation, runLoop, kVXSyncMode);
+  VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
+  return result;
+}
+
+bool VXMethodResultIsFault(const BQDictionary* result) {
+  return BQDictionaryGetValue(result, vx::kResultIsFault) == kBQBooleanTrue;
+}

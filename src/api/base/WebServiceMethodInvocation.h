@@ -1,0 +1,65 @@
+/* A method invocation, without what is particular to a protocol. */
+#ifndef VX_API_BASE_WEB_SERVICE_METHOD_INVOCATION_H
+#define VX_API_BASE_WEB_SERVICE_METHOD_INVOCATION_H
+
+#include <BQ/BQBase.h>
+#include <VX/VXMethodInvocation.h>
+
+#include "api/base/VXSerializerBase.h"
+
+namespace vx {
+
+class VXRunLoopSource;
+class WebServiceResult;
+
+class WebServiceMethodInvocation : public VXSerializerBase {
+ public:
+  WebServiceMethodInvocation() = default;
+  ~WebServiceMethodInvocation() override;
+
+  virtual void setServiceEndpoint(const BQURL* url);
+  /* The endpoint, borrowed; may be null. */
+  virtual const BQURL* getServiceURL();
+  /* Retains both; either may be null. Without an order the dictionary's keys are the order. */
+  virtual void setParameters(const BQDictionary* parameters, const BQArray* parameterOrder);
+  /* Gives copies, owned by the caller, of what is asked for. */
+  virtual void getParameters(const BQDictionary** outParameters, const BQArray** outParameterOrder);
+
+  /* The request document, owned by the caller; null if none can be made. May give a content type. */
+  virtual const BQData* constructMessage(const BQString** outContentType) = 0;
+  /* Fills a result from the tree of a reply. */
+  virtual void parseReply(WebServiceResult* result, const BQTree* tree) = 0;
+  /* A new source that carries one call, owned by the caller. */
+  virtual VXRunLoopSource* createRunLoopSource() = 0;
+
+  /*
+   * The source of the present call. It is made when it is first needed, with the endpoint of that
+   * moment; once its call has ended, the next one gets a new source.
+   */
+  VXRunLoopSource* getSource();
+
+  /* Replaces the callback and its context. Both may be null. */
+  void setCallback(VXInvocationCallbackFunc callback, const VXClientContext* context);
+
+  /*
+   * Hands a copy of the result to the callback, if there is one. The callback may destroy the
+   * invocation: nothing of it may be touched afterwards.
+   */
+  void doCallback(WebServiceResult* result);
+
+ protected:
+  const BQDictionary* params() const { return params_.get(); }
+  const BQArray* paramOrder() const { return paramOrder_.get(); }
+
+ private:
+  Owned<const BQURL> serviceURL_;
+  Owned<const BQArray> paramOrder_;
+  Owned<const BQDictionary> params_;
+  VXInvocationCallbackFunc callback_ = nullptr;
+  VXClientContext clientContext_ = {};
+  VXRunLoopSource* source_ = nullptr;
+};
+
+}  // namespace vx
+
+#endif

@@ -1,0 +1,25 @@
+/* A SOAP method invocation. */
+#ifndef VX_SOAP_SOAP_WEB_SERVICE_METHOD_INVOCATION_H
+#define VX_SOAP_SOAP_WEB_SERVICE_METHOD_INVOCATION_H
+
+#include "api/base/WebServiceMethodInvocation.h"
+
+namespace vx {
+
+class SOAPWebServiceMethodInvocation : public WebServiceMethodInvocation {
+ public:
+  /* One of the two SOAP constants; the endpoint and the method name may be null. */
+  SOAPWebServiceMethodInvocation(const BQString* protocol, const BQURL* endpoint, const BQString* methodName);
+
+  const BQData* constructMessage(const BQString** outContentType) override;
+  void parseReply(WebServiceResult* result, const BQTree* tree) override;
+  VXRunLoopSource* createRunLoopSource() override;
+
+ private:
+  Owned<const BQString> methodName_;
+  Owned<const BQString> protocol_;
+};
+
+}  // namespace vx
+
+#endif

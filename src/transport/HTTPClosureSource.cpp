@@ -1,0 +1,311 @@
+#include "transport/HTTPClosureSource.h"
+
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "api/base/WebServiceMethodInvocation.h"
+#include "diag/BodyText.h"
+#include "diag/Log.h"
+#include "diag/Switches.h"
+#include "transport/HTTPRequest.h"
+#include "xml/ContentType.h"
+#include "xml/Parsing.h"
+
+namespace vx {
+namespace {
+
+constexpr BQStreamEventType kReadStreamReleventEvents =
+    kBQStreamEventOpenCompleted | kBQStreamEventHasBytesAvailable | kBQStreamEventErrorOccurred |
+    kBQStreamEventEndEncountered;
+
+constexpr BQIndex kChunkSize = 1024;
+
+const char* stateName(int32_t state) {
+  static constexpr const char* stateNames[] = {"uninit", "waitforopen", "readintobuffer",
+                                               "streamendencountered", "timedout"};
+  return stateNames[static_cast<uint32_t>(state) % 5];
+}
+
+const char* eventName(BQStreamEventType event) {
+  switch (event) {
+    case kBQStreamEventNone:
+      return "kBQStreamEventNone";
+    case kBQStreamEventOpenCompleted:
+      return "kBQStreamEventOpenCompleted";
+    case kBQStreamEventHasBytesAvailable:
+      return "kBQStreamEventHasBytesAvailable";
+    case kBQStreamEventCanAcceptBytes:
+      return "kBQStreamEventCanAcceptBytes";
+    case kBQStreamEventErrorOccurred:
+      return "kBQStreamEventErrorOccurred";
+    case kBQStreamEventEndEncountered:
+      return "kBQStreamEventEndEncountered";
+    default:
+      return "? unknown BQStreamEventType ?";
+  }
+}
+
+bool wantsCapture(WebServiceMethodInvocation* invocation, const BQString* key) {
+  return gVXDebug != 0 || invocation->getProperty(key) == kBQBooleanTrue;
+}
+
+Owned<const BQHTTPMessage> copyResponse(BQReadStream* stream) {
+  BQTypeRef response = BQReadStreamCopyProperty(stream, kBQStreamPropertyHTTPResponseHeader);
+  return own(static_cast<const BQHTTPMessage*>(response));
+}
+
+}  // namespace
+
+HTTPClosureSource::HTTPClosureSource(WebServiceMethodInvocation* invocation, const BQURL* url)
+    : ClosureSource(invocation),
+      url_(retain(url)),
+      captureOutgoingHeaders_(wantsCapture(invocation, kVXDebugOutgoingHeaders)),
+      captureOutgoingBody_(wantsCapture(invocation, kVXDebugOutgoingBody)),
+      captureIncomingHeaders_(wantsCapture(invocation, kVXDebugIncomingHeaders)),
+      captureIncomingBody_(wantsCapture(invocation, kVXDebugIncomingBody)) {}
+
+HTTPClosureSource::~HTTPClosureSource() {
+  if (readStream_ != nullptr) {
+    BQReadStreamSetClient(readStream_.get(), kReadStreamReleventEvents, nullptr, nullptr);
+    BQReadStreamUnscheduleFromRunLoop(readStream_.get(), runLoop_.get(), runLoopMode_.get());
+  }
+  disarmTimer();
+}
+
+void HTTPClosureSource::perform() {
+  if (isFinished()) return;
+  if (gVXDebugVerbose != 0) _vxLogf("HTTPClosureSource::perform state %d (%s)", state_, stateName(state_));
+  step();
+  if (gVXDebugVerbose != 0)
+    _vxLogf("HTTPClosureSource::perform new state state %d (%s)", state_, stateName(state_));
+}
+
+void HTTPClosureSource::step() {
+  switch (state_) {
+    case kUninitialized:
+      if (!initConnection()) return;
+      state_ = kWaitForOpen;
+      readBuffer_ = own(BQDataCreateMutable(0));
+      return;
+    case kWaitForOpen:
+      if (gVXDebugVerbose != 0) {
+        _vxLogf("We should not be ever in this state...  We care about bytes being available only.");
+      }
+      fail(BQSTR("Timed Out Waiting For Open"), kErrorTimedOut);
+      return finish();
+    case kReadIntoBuffer:
+      return fillReadBuffer();
+    case kStreamEndEncountered:
+      return processBuffer();
+    case kTimedOut:
+      fail(BQSTR("Timed Out"), kErrorTimedOut);
+      return finish();
+    default:
+      if (gVXDebugVerbose != 0) _vxLogf("Unknown state: %d", state_);
+      result()->becomeFault(BQSTR("Uknown State"));
+      return finish();
+  }
+}
+
+void HTTPClosureSource::fail(const BQString* message, int32_t error) {
+  result()->becomeFault(message, BQStreamError{kDomainLibrary, error});
+}
+
+bool HTTPClosureSource::initConnection() {
+  const BQString* failure = createRequest();
+  if (failure == nullptr) failure = openStream();
+  if (failure != nullptr) {
+    result()->becomeFault(failure);
+    finish();
+    return false;
+  }
+  armTimer();
+  return true;
+}
+
+const BQString* HTTPClosureSource::createRequest() {
+  auto host = own(BQURLCopyHostName(url_.get()));
+  if (host == nullptr) return BQSTR("Missing host in URL");
+  const BQString* contentType = nullptr;
+  auto body = own(invocation()->constructMessage(&contentType));
+  auto ownedContentType = own(contentType);
+  if (body == nullptr) return BQSTR("Can't serialize request");
+  request_ = createHTTPRequest(invocation(), url_.get(), body.get(), contentType);
+  if (request_ == nullptr) return BQSTR("Can't create HTTP message request");
+  if (captureOutgoingBody_) requestBody_ = std::move(body);
+  return nullptr;
+}
+
+const BQString* HTTPClosureSource::openStream() {
+  readStream_ = own(BQReadStreamCreateForHTTPRequest(request_.get()));
+  if (readStream_ == nullptr) return BQSTR("Can't create read stream from http message");
+  configureStream(invocation(), readStream_.get());
+  runLoop_ = retain(BQRunLoopGetCurrent());
+  runLoopMode_ = own(BQRunLoopCopyCurrentMode(runLoop_.get()));
+  BQReadStreamScheduleWithRunLoop(readStream_.get(), runLoop_.get(), runLoopMode_.get());
+  BQStreamClientContext context = {0, this, _nullRetain, _nullRelease, _copyDescription};
+  if (!BQReadStreamSetClient(readStream_.get(), kReadStreamReleventEvents, _readStreamCallback, &context)) {
+    return BQSTR("Can't set read stream client");
+  }
+  return BQReadStreamOpen(readStream_.get()) ? nullptr : BQSTR("Can't issue read stream open");
+}
+
+void HTTPClosureSource::armTimer() {
+  int32_t seconds = getTimeout(invocation());
+  if (seconds <= 0) return;
+  BQRunLoopTimerContext context = {0, this, nullptr, nullptr, nullptr};
+  timer_ = own(BQRunLoopTimerCreate(BQAbsoluteTimeGetCurrent() + seconds, kBQAbsoluteTimeIntervalSince1970, 0,
+                                    0, _timerCallback, &context));
+  BQRunLoopAddTimer(runLoop_.get(), timer_.get(), runLoopMode_.get());
+}
+
+void HTTPClosureSource::disarmTimer() {
+  if (timer_ == nullptr) return;
+  BQRunLoopRemoveTimer(runLoop_.get(), timer_.get(), runLoopMode_.get());
+  timer_.reset();
+}
+
+void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
+  if (gVXDebugVerbose != 0) {
+    _vxLogf("HTTPClosureSource::readStreamCallback type %d (%s), state %s\n", static_cast<int>(event),
+            eventName(event), stateName(state_));
+  }
+  if (isFinished()) {
+    if (gVXDebugVerbose != 0) _vxLogf("We shouldn't be serviging any more callback signals");
+    return;
+  }
+  switch (event) {
+    case kBQStreamEventHasBytesAvailable:
+      state_ = kReadIntoBuffer;
+      return signal();
+    case kBQStreamEventEndEncountered:
+      state_ = kStreamEndEncountered;
+      return signal();
+    case kBQStreamEventOpenCompleted:
+      return;
+    case kBQStreamEventErrorOccurred:
+      result()->becomeFault(BQReadStreamGetError(readStream_.get()));
+      return finish();
+    default:
+      result()->becomeFault(BQSTR("Unlikely state for a read stream"));
+      return finish();
+  }
+}
+
+void HTTPClosureSource::fillReadBuffer() {
+  uint8_t chunk[kChunkSize];
+  BQIndex length;
+  do {
+    length = BQReadStreamRead(readStream_.get(), chunk, kChunkSize);
+    if (length > 0) BQDataAppendBytes(readBuffer_.get(), chunk, length);
+  } while (length == kChunkSize);
+}
+
+void HTTPClosureSource::processBuffer() {
+  unsigned long encoding = kBQStringEncodingUTF8;
+  auto response = copyResponse(readStream_.get());
+  if (readBuffer_ == nullptr || response == nullptr) {
+    result()->becomeFault(BQSTR("Could not read any data"));
+  } else {
+    BQDictionarySetValue(result()->resultDictionary(), kVXHTTPResponseMessage, response.get());
+    encoding = getResponseCharset(response.get());
+    judgeReply(response.get(), encoding);
+  }
+  recordCaptures(response.get(), encoding);
+  if (gVXDebug != 0) printTransactionLog();
+  finish();
+}
+
+void HTTPClosureSource::judgeReply(const BQHTTPMessage* response, unsigned long encoding) {
+  unsigned char isXML = 0;
+  unsigned char isText = 0;
+  checkForXMLContent(response, &isXML, &isText);
+  bool usable = isXML != 0 || isText != 0;
+  BQIndex status = BQHTTPMessageGetResponseStatusCode(response);
+  bool succeeded = status >= 200 && status <= 299;
+  if (usable && (succeeded || status == 500)) {
+    parseReply(isXML != 0, encoding);
+  } else if (succeeded) {
+    fail(BQSTR("The server did not return a 'text/xml' response."), kErrorUnusableReply);
+  } else {
+    fail(own(BQHTTPMessageCopyResponseStatusLine(response)).get(), kErrorUnusableReply);
+  }
+}
+
+void HTTPClosureSource::parseReply(bool allowMissingDeclaration, unsigned long encoding) {
+  const BQString* error = nullptr;
+  auto tree = own(parseXML(readBuffer_.get(), allowMissingDeclaration ? 1 : 0, encoding, &error));
+  auto ownedError = own(error);
+  if (tree != nullptr) {
+    invocation()->parseReply(result(), tree.get());
+  } else {
+    fail(error != nullptr ? error : BQSTR("Could not parse XML."), kErrorUnusableReply);
+  }
+}
+
+void HTTPClosureSource::recordCaptures(const BQHTTPMessage* response, unsigned long encoding) {
+  BQDictionary* dictionary = result()->resultDictionary();
+  if (captureOutgoingHeaders_) {
+    BQDictionarySetValue(dictionary, kVXDebugOutgoingHeaders,
+                         own(BQHTTPMessageCopyAllHeaderFields(request_.get())).get());
+  }
+  if (captureIncomingHeaders_) {
+    BQDictionarySetValue(dictionary, kVXDebugIncomingHeaders,
+                         own(BQHTTPMessageCopyAllHeaderFields(response)).get());
+  }
+  if (captureOutgoingBody_) {
+    BQDictionarySetValue(dictionary, kVXDebugOutgoingBody,
+                         own(prettyPrintXML(requestBody_.get(), kBQStringEncodingUTF8)).get());
+  }
+  if (captureIncomingBody_) {
+    BQDictionarySetValue(dictionary, kVXDebugIncomingBody,
+                         own(prettyPrintXML(readBuffer_.get(), encoding)).get());
+  }
+}
+
+void HTTPClosureSource::printTransactionLog() {
+  auto copy = own(BQDictionaryCreateCopy(result()->resultDictionary()));
+  auto entry = [&copy](const BQString* key) { return BQDictionaryGetValue(copy.get(), key); };
+  vxPrintf(BQSTR("Transaction Log:"));
+  vxPrintf(BQSTR("Outgoing Headers: %@\n"), entry(kVXDebugOutgoingHeaders));
+  vxPrintf(BQSTR("Outgoing Body: %@\n"), entry(kVXDebugOutgoingBody));
+  vxPrintf(BQSTR("Incoming Headers: %@\n"), entry(kVXDebugIncomingHeaders));
+  vxPrintf(BQSTR("Incoming Body: %@\n"), entry(kVXDebugIncomingBody));
+  vxPrintf(BQSTR("\n"));
+}
+
+void HTTPClosureSource::timedOut() {
+  if (gVXDebugVerbose != 0) _vxLogf("closure timed out: current state is %d", state_);
+  if (state_ < kUninitialized || state_ > kReadIntoBuffer) return;
+  state_ = kTimedOut;
+  signal();
+}
+
+void HTTPClosureSource::finish() {
+  disarmTimer();
+  ClosureSource::finish();
+}
+
+void HTTPClosureSource::_readStreamCallback(BQReadStream*, BQStreamEventType event, void* info) {
+  auto* object = static_cast<HTTPClosureSource*>(info);
+  Entry entry(object);
+  object->readStreamCallback(event);
+}
+
+void HTTPClosureSource::_timerCallback(BQRunLoopTimer*, void* info) {
+  auto* object = static_cast<HTTPClosureSource*>(info);
+  Entry entry(object);
+  object->timedOut();
+}
+
+void* HTTPClosureSource::_nullRetain(void* info) {
+  return info;
+}
+
+void HTTPClosureSource::_nullRelease(void*) {}
+
+const BQString* HTTPClosureSource::_copyDescription(void* info) {
+  return static_cast<HTTPClosureSource*>(info)->description();
+}
+
+}  // namespace vx

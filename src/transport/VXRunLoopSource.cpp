@@ -1,0 +1,78 @@
+#include "transport/VXRunLoopSource.h"
+
+#include <BQ/BQString.h>
+
+namespace vx {
+
+VXRunLoopSource::VXRunLoopSource()
+    : context_{0, this, _retain, _release, _copyDescription, _equal, _hash, _schedule, _cancel, _perform} {}
+
+VXRunLoopSource::~VXRunLoopSource() {
+  if (source_ != nullptr) BQRunLoopSourceInvalidate(source_.get());
+}
+
+void VXRunLoopSource::retire() {
+  if (entries_ == 0) {
+    delete this;
+  } else {
+    retired_ = true;
+  }
+}
+
+const BQString* VXRunLoopSource::description() {
+  return BQSTR("VXRunLoopSource::copyDescription");
+}
+
+void VXRunLoopSource::schedule(BQRunLoop*, const BQString*) {}
+
+void VXRunLoopSource::cancel(BQRunLoop*, const BQString*) {}
+
+BQRunLoopSource* VXRunLoopSource::getSourceCreatingIfNecessary() {
+  if (source_ == nullptr) source_ = own(BQRunLoopSourceCreate(0, &context_));
+  return source_.get();
+}
+
+bool VXRunLoopSource::addToRunLoop(BQRunLoop* runLoop, const BQString* mode) {
+  BQRunLoopAddSource(runLoop, getSourceCreatingIfNecessary(), mode);
+  return true;
+}
+
+bool VXRunLoopSource::removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode) {
+  if (source_ != nullptr) BQRunLoopRemoveSource(runLoop, source_.get(), mode);
+  return true;
+}
+
+/* The platform holds no reference on the object: its owner invalidates the source in time. */
+const void* VXRunLoopSource::_retain(const void* info) {
+  return info;
+}
+
+void VXRunLoopSource::_release(const void*) {}
+
+const BQString* VXRunLoopSource::_copyDescription(const void* info) {
+  return static_cast<VXRunLoopSource*>(const_cast<void*>(info))->description();
+}
+
+bool VXRunLoopSource::_equal(const void* first, const void* second) {
+  return first == second;
+}
+
+BQHashCode VXRunLoopSource::_hash(const void* info) {
+  return reinterpret_cast<BQHashCode>(info);
+}
+
+void VXRunLoopSource::_schedule(void* info, BQRunLoop* runLoop, const BQString* mode) {
+  static_cast<VXRunLoopSource*>(info)->schedule(runLoop, mode);
+}
+
+void VXRunLoopSource::_cancel(void* info, BQRunLoop* runLoop, const BQString* mode) {
+  static_cast<VXRunLoopSource*>(info)->cancel(runLoop, mode);
+}
+
+void VXRunLoopSource::_perform(void* info) {
+  auto* object = static_cast<VXRunLoopSource*>(info);
+  Entry entry(object);
+  object->perform();
+}
+
+}  // namespace vx

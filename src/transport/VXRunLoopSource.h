@@ -1,0 +1,80 @@
+/* An object that works as a source on run loops. */
+#ifndef VX_TRANSPORT_VX_RUN_LOOP_SOURCE_H
+#define VX_TRANSPORT_VX_RUN_LOOP_SOURCE_H
+
+#include <BQ/BQRunLoop.h>
+
+#include "values/Owned.h"
+
+namespace vx {
+
+class VXRunLoopSource {
+ public:
+  VXRunLoopSource();
+  VXRunLoopSource(const VXRunLoopSource&) = delete;
+  VXRunLoopSource& operator=(const VXRunLoopSource&) = delete;
+
+  /* Borrowed. */
+  virtual const BQString* description();
+  virtual void perform() {}
+  virtual void schedule(BQRunLoop* runLoop, const BQString* mode);
+  virtual void cancel(BQRunLoop* runLoop, const BQString* mode);
+  /* Whether what the source was made for has been done. */
+  virtual bool isFinished() const { return false; }
+
+  /* The platform's source, borrowed, made when it is first asked for. */
+  BQRunLoopSource* getSourceCreatingIfNecessary();
+  /* The platform's source, borrowed; null if it was not made. */
+  BQRunLoopSource* source() const { return source_.get(); }
+
+  /* Both return true. */
+  bool addToRunLoop(BQRunLoop* runLoop, const BQString* mode);
+  bool removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode);
+
+  /* Asks the run loop for a perform. */
+  void signal() { BQRunLoopSourceSignal(source_.get()); }
+
+  /*
+   * Destroys the object; if it is in one of its own callbacks, when that returns. The owner calls
+   * this in place of the destructor, since a callback of the caller's may drop the last reference
+   * to the invocation.
+   */
+  void retire();
+
+ protected:
+  /* Every entry from the platform holds one of these while the object is in use. */
+  class Entry {
+   public:
+    explicit Entry(VXRunLoopSource* object) : object_(object) { ++object_->entries_; }
+    ~Entry() {
+      if (--object_->entries_ == 0 && object_->retired_) delete object_;
+    }
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+
+   private:
+    VXRunLoopSource* object_;
+  };
+
+  /* Takes the platform's source off its run loops, which would call a destroyed object. */
+  virtual ~VXRunLoopSource();
+
+ private:
+  static const void* _retain(const void* info);
+  static void _release(const void* info);
+  static const BQString* _copyDescription(const void* info);
+  static bool _equal(const void* first, const void* second);
+  static BQHashCode _hash(const void* info);
+  static void _schedule(void* info, BQRunLoop* runLoop, const BQString* mode);
+  static void _cancel(void* info, BQRunLoop* runLoop, const BQString* mode);
+  static void _perform(void* info);
+
+  BQRunLoopSourceContext context_;
+  Owned<BQRunLoopSource> source_;
+  int entries_ = 0;
+  bool retired_ = false;
+};
+
+}  // namespace vx
+
+#endif

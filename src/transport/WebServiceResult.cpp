@@ -1,0 +1,68 @@
+#include "transport/WebServiceResult.h"
+
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "values/Construction.h"
+
+namespace vx {
+namespace {
+
+BQ_DEFINE_STATIC_STRING(resultIsFault, "/kVXResultIsFault");
+
+Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
+  auto integer = static_cast<int32_t>(value);
+  return own(BQNumberCreate(type, &integer));
+}
+
+}  // namespace
+
+const BQString* const kResultIsFault = resultIsFault;
+
+BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain domain, long error) {
+  auto errorNumber = makeNumber(kBQNumberSInt32Type, error);
+  auto domainNumber = makeNumber(kBQNumberIntType, domain);
+  return bqTypeCreateDictionary(nullptr, kVXStreamErrorMessage, message, kVXStreamErrorDomain,
+                                domainNumber.get(), kVXStreamErrorError, errorNumber.get(), nullptr);
+}
+
+WebServiceResult::WebServiceResult()
+    : resultDictionary_(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys)) {}
+
+void WebServiceResult::addNumberToResult(const BQString* key, long value) {
+  BQDictionarySetValue(resultDictionary(), key, makeNumber(kBQNumberSInt32Type, value).get());
+}
+
+void WebServiceResult::markFault(const BQString* faultString, long faultCode) {
+  BQDictionarySetValue(resultDictionary(), kResultIsFault, kBQBooleanTrue);
+  BQDictionarySetValue(resultDictionary(), kVXFaultString, faultString);
+  addNumberToResult(kVXFaultCode, faultCode);
+}
+
+void WebServiceResult::becomeTransportFault(const BQString* message, BQStreamError error) {
+  markFault(kVXNetworkStreamFaultString, kErrorTransport);
+  BQDictionarySetValue(resultDictionary(), kVXFaultExtra,
+                       own(copyStreamErrorDict(message, error.domain, error.error)).get());
+}
+
+void WebServiceResult::becomeFault(const BQString* faultString, long faultCode, const BQData* extra,
+                                   unsigned long encoding) {
+  markFault(faultString, faultCode);
+  if (extra == nullptr) return;
+  auto text = own(BQStringCreateFromExternalRepresentation(extra, static_cast<BQStringEncoding>(encoding)));
+  BQDictionarySetValue(resultDictionary(), kVXFaultExtra, text.get());
+}
+
+void WebServiceResult::becomeFault(const BQStreamError& error) {
+  becomeTransportFault(BQSTR("Stream Error"), error);
+}
+
+void WebServiceResult::becomeFault(const BQString* message) {
+  becomeTransportFault(message, {kDomainMessage, kErrorTransport});
+}
+
+void WebServiceResult::becomeFault(const BQString* message, BQStreamError error) {
+  becomeTransportFault(message, error);
+}
+
+}  // namespace vx

@@ -1,0 +1,52 @@
+/* Reads the value elements of XML-RPC. */
+#ifndef VX_XMLRPC_VALUE_READER_H
+#define VX_XMLRPC_VALUE_READER_H
+
+#include <BQ/BQBase.h>
+
+#include <array>
+#include <string_view>
+
+#include "values/Owned.h"
+
+namespace vx {
+
+/*
+ * The value of a value element, owned by the caller. Null without a message if it has none; null
+ * and in `*outError` a message, owned by the caller, if it cannot be read.
+ */
+BQTypeRef parseType(const BQTree* value, const BQString** outError);
+
+/* Reads the values of one document. */
+class ValueReader {
+ public:
+  ValueReader() = default;
+  ValueReader(const ValueReader&) = delete;
+  ValueReader& operator=(const ValueReader&) = delete;
+
+  /* As parseType; the message is to be asked for. */
+  Owned<const void> read(const BQTree* value);
+
+  /* The message of what failed, owned by the caller; null if nothing has. */
+  const BQString* takeError() { return error_.release(); }
+  bool failed() const { return error_ != nullptr; }
+
+ private:
+  Owned<const void> readElement(const BQTree* element);
+  Owned<const void> readScalar(const BQTree* element, const BQString* name);
+  Owned<const void> readArray(const BQTree* array);
+  Owned<const void> readStruct(const BQTree* structure);
+  void readMember(const BQTree* member, BQDictionary* dictionary);
+  void checkStructChild(const BQTree* child, Owned<const BQString>& name, Owned<const void>& value);
+  Owned<const BQString> readName(const BQTree* text);
+  void fail(const BQString* message);
+
+  /* The member names seen last, so that an array of structs shares its names. */
+  static constexpr size_t kNameCacheSize = 32;
+  std::array<Owned<const BQString>, kNameCacheSize> names_;
+  Owned<const BQString> error_;
+};
+
+}  // namespace vx
+
+#endif
