@@ -146,7 +146,8 @@ class Methods:
 
     def kind(self, value):
         """The Python type of what arrived, and its value in Python's own notation."""
-        return [type(value).__name__, repr(value)]
+        shown = value.data if isinstance(value, xmlrpc.client.Binary) else value
+        return [type(value).__name__, str(shown) if isinstance(value, xmlrpc.client.DateTime) else repr(shown)]
 
     def request(self):
         """The request line and the headers of this very call."""
