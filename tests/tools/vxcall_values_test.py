@@ -51,6 +51,8 @@ class ParameterTest(VxcallCase):
             ("string:--verbose", "str", "'--verbose'"),
             ("date:2005-02-28T13:45:09Z", "DateTime", "20050228T13:45:09Z"),
             ("date:20050228T13:45:09+01:00", "DateTime", "20050228T12:45:09Z"),
+            ("date:2005-02-28T13:45:09.987-05:30", "DateTime", "20050228T19:15:09Z"),
+            ("date:2005-02-28T23:59:59", "DateTime", "20050228T23:59:59Z"),
             ("date:2004-02-29", "DateTime", "20040229T00:00:00Z"),
             ("base64:AAH/", "Binary", "b'\\x00\\x01\\xff'"),
             ("base64:AA ==\n", "Binary", "b'\\x00'"),
