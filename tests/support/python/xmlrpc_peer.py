@@ -165,7 +165,7 @@ class Methods:
             calls = self.counters.probes
         if calls in (1000, 10000):
             with open("/proc/%d/status" % pid) as status:
-                resident = [int(line.split()[1]) for line in status if line.startswith("VmRSS:")][0]
+                resident = [int(line.split()[1]) for line in status if line.startswith("RssAnon:")][0]
             descriptors = len(os.listdir("/proc/%d/fd" % pid))
             self.counters.samples[str(calls)] = {"kilobytes": resident, "descriptors": descriptors}
         return calls
