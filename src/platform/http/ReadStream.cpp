@@ -198,6 +198,8 @@ void BQReadStream::deliver() {
   if (nextEvent() == kBQStreamEventOpenCompleted) {
     isOpenReported_ = true;
     report(kBQStreamEventOpenCompleted);
+    bool wasReleased = BQGetRetainCount(this) == 1;
+    if (wasReleased) return;
   }
   BQStreamEventType event = nextEvent();
   if (event == kBQStreamEventHasBytesAvailable) {

@@ -26,6 +26,13 @@ constexpr long kReceiveBufferSize = 32 * 1024;
 constexpr std::array<std::string_view, 4> kUnaskedHeaders = {"Accept", "Content-Type", "Expect",
                                                              "Proxy-Connection"};
 
+/* The same for the request that asks a proxy for a tunnel. */
+curl_slist* tunnelHeaders() {
+  static char line[] = "Proxy-Connection:";
+  static curl_slist headers = {line, nullptr};
+  return &headers;
+}
+
 bool isEncryptedURL(std::string_view url) {
   return equalsIgnoringCase(url.substr(0, 6), "https:");
 }
@@ -66,6 +73,7 @@ void Transfer::configureHandle() {
   set(CURLOPT_PATH_AS_IS, 1L);
   set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  set(CURLOPT_PROXYHEADER, tunnelHeaders());
   /* Without these the environment would decide. */
   set(CURLOPT_PROXY, "");
   set(CURLOPT_NOPROXY, "");
@@ -138,7 +146,7 @@ void Transfer::startAttempt(bool onNewConnection) {
 
 void Transfer::detach() {
   isRunning_ = false;
-  engine_.sockets().disown(socket_, this);
+  engine_.sockets().disclaim(socket_, this);
   engine_.remove(*this);
 }
 
@@ -212,8 +220,10 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
  * libcurl sends a request again, on its own, if a connection that was used before ends without a
  * reply. From here on it does so on a new connection, where it will not do it once more.
  */
-int Transfer::onRequest(void* transfer, char*, char*, int, int) {
-  static_cast<Transfer*>(transfer)->set(CURLOPT_FRESH_CONNECT, 1L);
+int Transfer::onRequest(void* context, char*, char*, int remotePort, int localPort) {
+  auto* transfer = static_cast<Transfer*>(context);
+  transfer->socket_ = transfer->engine_.sockets().claim(localPort, remotePort, transfer);
+  transfer->set(CURLOPT_FRESH_CONNECT, 1L);
   return CURL_PREREQFUNC_OK;
 }
 
@@ -297,17 +307,20 @@ void Transfer::attemptEnded(CURLcode code) {
 }
 
 /*
- * Sending the rest of a long body to a connection that ended meanwhile is the one case in which
- * libcurl does not send the request again, and should.
+ * libcurl mostly does this by itself, but not while the rest of a long body is sent, and not when
+ * it did so five times before in the life of the handle.
  */
 bool Transfer::mayBeSentAgain(CURLcode code) const {
-  long connections = 0;
-  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &connections);
-  return code == CURLE_SEND_ERROR && connections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR || code == CURLE_GOT_NOTHING;
+  long newConnections = 0;
+  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &newConnections);
+  return isLost && newConnections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
 }
 
 BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
   if (isError(refusal_)) return refusal_;
+  /* A header line that is too long. */
+  if (code == CURLE_OUT_OF_MEMORY) return httpError(kBQStreamHTTPErrorReplyTooLarge);
   /* libcurl is content with headers that break off. */
   if (code == CURLE_OK) return httpError(kBQStreamHTTPErrorConnectionLost);
   if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {

@@ -68,7 +68,6 @@ class Transfer {
   CURL* handle() const { return handle_.get(); }
   bool isEncrypted() const { return isEncrypted_; }
   void attemptEnded(CURLcode code);
-  void usesSocket(int socket) { socket_ = socket; }
   void connectionClosed(bool hadData) { replyBegan_ = replyBegan_ || hadData; }
 
  private:
