@@ -19,13 +19,20 @@ namespace bq {
 
 class TransferEngine;
 
-struct TransferOptions {
+/* How connections are made. */
+struct ConnectionOptions {
   /* "http://host:port"; empty for none. */
   std::string proxy;
-  /* Null for the system's certificates. */
-  Ref<const BQString> certificateAuthorityFile;
-  int64_t maximumReplySize = int64_t{1} << 30;
+  /* Empty for the system's certificates. */
+  std::string certificateAuthorityFile;
   bool verifiesPeer = true;
+
+  bool operator==(const ConnectionOptions&) const = default;
+};
+
+struct TransferOptions {
+  ConnectionOptions connection;
+  int64_t maximumReplySize = int64_t{1} << 30;
   bool followsRedirects = false;
 };
 
@@ -86,7 +93,7 @@ class Transfer {
   }
 
   void configureHandle();
-  void configureConnection();
+  void configureConnection(const ConnectionOptions& options);
   void configureRequest();
   void configureBody();
   void configureHeaders();
@@ -106,11 +113,14 @@ class Transfer {
 
   TransferEngine& engine_;
   std::unique_ptr<CURL, HandleDeleter> handle_;
+  /* For which the handle is configured at present. */
+  ConnectionOptions connection_;
   HeaderList headers_;
 
   TransferObserver observer_;
-  TransferOptions options_;
   Ref<BQHTTPMessage> request_;
+  int64_t maximumReplySize_ = 0;
+  bool followsRedirects_ = false;
 
   /* What is asked for; a redirect changes it. */
   std::string url_;
