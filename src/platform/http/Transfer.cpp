@@ -134,6 +134,7 @@ void Transfer::configureConnection(const ConnectionOptions& options) {
 
 void Transfer::startAttempt(bool onNewConnection) {
   replyBegan_ = false;
+  pendingError_ = 0;
   areHeadersComplete_ = false;
   socket_ = -1;
   headerBytes_ = 0;
@@ -330,6 +331,8 @@ BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
   if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
     return httpError(kBQStreamHTTPErrorConnectionLost);
   }
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR;
+  if (isLost && pendingError_ != 0) return {kBQStreamErrorDomainPOSIX, pendingError_};
   return errorOfTransfer(code, handle());
 }
 

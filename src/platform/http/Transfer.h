@@ -75,7 +75,10 @@ class Transfer {
   CURL* handle() const { return handle_.get(); }
   bool isEncrypted() const { return isEncrypted_; }
   void attemptEnded(CURLcode code);
-  void connectionClosed(bool hadData) { replyBegan_ = replyBegan_ || hadData; }
+  void connectionClosed(bool hadData, int pendingError) {
+    replyBegan_ = replyBegan_ || hadData;
+    pendingError_ = pendingError;
+  }
 
  private:
   struct HandleDeleter {
@@ -135,6 +138,8 @@ class Transfer {
   bool isRunning_ = false;
   bool wasSentAgain_ = false;
   bool replyBegan_ = false;
+  /* Of a connection that failed and was not read any more. */
+  int pendingError_ = 0;
   bool areHeadersComplete_ = false;
   int socket_ = -1;
   size_t headerBytes_ = 0;

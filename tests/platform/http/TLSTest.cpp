@@ -79,7 +79,7 @@ class TLSTest : public testing::Test {
                      "2", "-keyout", "key.pem", "-out", "cert.pem"})
             .wait();
     if (status != 0) GTEST_SKIP() << "no openssl tool here";
-    std::ofstream(file("page")) << okResponse("a page");
+    std::ofstream(file("page")) << "HTTP/1.0 200 OK\r\n\r\na page";
     server_ = std::make_unique<Child>(
         path, std::vector<std::string>{"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", "cert.pem",
                                        "-key", "key.pem", "-HTTP"});
@@ -97,9 +97,10 @@ class TLSTest : public testing::Test {
   }
 
   std::string file(const std::string& name) const { return (directory_ / name).string(); }
-  std::string address(const std::string& host = "127.0.0.1") const {
-    return "https://" + host + ":" + port_ + "/";
+  std::string address(const std::string& host = "127.0.0.1", const std::string& path = "/page") const {
+    return "https://" + host + ":" + port_ + path;
   }
+  String authority() const { return string(file("cert.pem")); }
 
   std::filesystem::path directory_;
   std::unique_ptr<Child> server_;
