@@ -159,7 +159,6 @@ Ref<BQRunLoopSource> BQReadStream::makeSource() {
 
 void BQReadStream::joinMode(const BQString* mode) {
   BQRunLoopAddSource(runLoop_.get(), source_.get(), mode);
-  isSignalled_ = false;
   if (isDriven_) engine_->retainMode(mode);
 }
 
