@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include <BQ/BQObject.h>
 #include <BQ/BQString.h>
 
+#include "platform/object/Description.h"
 #include "platform/text/CLocale.h"
 #include "platform/text/Encoding.h"
 #include "platform/text/Replacement.h"
@@ -94,7 +94,7 @@ class Formatter {
       case '%':
         return appendText(out_, "%");
       case '@':
-        return writeObject(va_arg(arguments_, BQTypeRef));
+        return appendFormattingDescription(out_, va_arg(arguments_, BQTypeRef));
       case 'd':
       case 'i':
         return writeSigned(conversion);
@@ -122,15 +122,6 @@ class Formatter {
       default:
         return writeReal(conversion);
     }
-  }
-
-  void writeObject(BQTypeRef object) {
-    if (isString(object)) {
-      BQStringAppend(out_, static_cast<const BQString*>(object));
-      return;
-    }
-    auto description = Ref<const BQString>::adopt(BQCopyDescription(object));
-    appendText(out_, viewOf(description.get()));
   }
 
   void writeText(const Conversion& conversion, const char* text) {
