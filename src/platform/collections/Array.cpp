@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/collections/ContainerComparison.h"
 #include "platform/object/Classes.h"
-#include "platform/object/DepthGuard.h"
 #include "platform/object/Object.h"
 
 /* `values` lie right behind an immutable array and in memory of their own for a mutable one. */
@@ -42,15 +42,16 @@ BQTypeRef* slotAt(MutableArray* array, BQIndex index) {
   return inRange ? array->values + index : nullptr;
 }
 
-bool equalArrays(BQTypeRef first, BQTypeRef second) {
+bool equalValues(BQTypeRef first, BQTypeRef second) {
   const BQArray *left = asArray(first), *right = asArray(second);
-  if (left->count != right->count) return false;
-  DepthGuard guard;
-  if (guard.tooDeep()) return false;
   for (uint64_t i = 0; i < left->count; ++i) {
     if (!BQEqual(left->values[i], right->values[i])) return false;
   }
   return true;
+}
+
+bool equalArrays(BQTypeRef first, BQTypeRef second) {
+  return asArray(first)->count == asArray(second)->count && compareContainers(first, second, equalValues);
 }
 
 BQHashCode hashArray(BQTypeRef object) {

@@ -15,7 +15,6 @@
 #include <BQ/BQString.h>
 
 #include "platform/object/Classes.h"
-#include "platform/object/DepthGuard.h"
 #include "platform/object/Object.h"
 #include "platform/text/StringImpl.h"
 
@@ -34,7 +33,10 @@ using InstanceDescriber = const BQString* (*)(BQTypeRef);
 class OpenObject {
  public:
   explicit OpenObject(BQTypeRef object, InstanceDescriber describer = nullptr)
-      : object_(object), describer_(describer), outer_(innermost_) {
+      : object_(object),
+        describer_(describer),
+        outer_(innermost_),
+        depth_(outer_ == nullptr ? 1 : outer_->depth_ + 1) {
     innermost_ = this;
   }
   ~OpenObject() { innermost_ = outer_; }
@@ -43,7 +45,7 @@ class OpenObject {
 
   /* Whether to leave the inside out: the object is inside itself, or too deep. */
   bool mustBeCut() const {
-    if (guard_.tooDeep()) return true;
+    if (depth_ > kMaximumDepth) return true;
     const OpenObject* open = outer_;
     while (open != nullptr && !(open->object_ == object_ && open->describer_ == describer_))
       open = open->outer_;
@@ -53,10 +55,10 @@ class OpenObject {
  private:
   static inline thread_local const OpenObject* innermost_ = nullptr;
 
-  DepthGuard guard_;
   BQTypeRef object_;
   InstanceDescriber describer_;
   const OpenObject* outer_;
+  int depth_;
 };
 
 /* Appends descriptions to one text, so that nesting does not copy what is inside. */
