@@ -19,6 +19,8 @@ namespace {
 
 constexpr uint16_t kMutable = kClassFlag;
 constexpr uint64_t kSmallestCapacity = 4;
+/* No memory holds more; beyond, the size of an array would overflow. */
+constexpr BQIndex kMaximumCount = PTRDIFF_MAX / 16;
 
 struct MutableArray : BQArray {
   uint64_t capacity;
@@ -101,7 +103,7 @@ BQTypeID BQArrayGetTypeID(void) {
 }
 
 const BQArray* BQArrayCreate(const BQTypeRef* values, BQIndex count) {
-  if (count < 0 || (values == nullptr && count > 0)) return nullptr;
+  if (count < 0 || count > bq::kMaximumCount || (values == nullptr && count > 0)) return nullptr;
   auto size = static_cast<uint64_t>(count);
   void* memory = bq::allocate(sizeof(BQArray) + size * sizeof(BQTypeRef));
   auto* inside = reinterpret_cast<BQTypeRef*>(static_cast<char*>(memory) + sizeof(BQArray));
