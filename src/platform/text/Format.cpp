@@ -246,5 +246,7 @@ void BQStringAppendFormat(BQString* string, const BQString* format, ...) {
 void BQStringAppendFormatAndArguments(BQString* string, const BQString* format, va_list arguments) {
   bq::MutableString* target = bq::asMutableString(string);
   if (target == nullptr || !bq::isString(format)) return;
-  bq::Formatter(target, arguments).format(bq::viewOf(format));
+  bool isTarget = format == string; /* whose bytes may move */
+  auto kept = isTarget ? bq::Ref<const BQString>::adopt(BQStringCreateCopy(format)) : nullptr;
+  bq::Formatter(target, arguments).format(bq::viewOf(isTarget ? kept.get() : format));
 }
