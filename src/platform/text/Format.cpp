@@ -173,7 +173,6 @@ class Formatter {
   }
 
   void writeReal(const Conversion& conversion) {
-    CLocale locale;
     if (conversion.length == Length::L) return print(conversion, va_arg(arguments_, long double));
     print(conversion, va_arg(arguments_, double));
   }
@@ -184,6 +183,7 @@ class Formatter {
     char specification[64];
     std::memcpy(specification, conversion.text.data(), conversion.text.size());
     specification[conversion.text.size()] = '\0';
+    CLocale locale;
     char small[128];
     int length = callPrint(small, sizeof small, specification, conversion.stars, argument);
     if (length < 0) return appendText(out_, "\xEF\xBF\xBD");
