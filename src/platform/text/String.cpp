@@ -1,5 +1,6 @@
 #include <BQ/BQString.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -59,6 +60,11 @@ std::string_view partOf(const BQString* string, BQRange range) {
 size_t characterLength(char first) {
   auto byte = static_cast<unsigned char>(first);
   return byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+bool isLetterOrDigit(char character) {
+  char folded = foldCase(character);
+  return (folded >= 'a' && folded <= 'z') || (folded >= '0' && folded <= '9');
 }
 
 }  // namespace
@@ -187,5 +193,8 @@ double BQStringGetDoubleValue(const BQString* string) {
     bq::CLocale locale; /* zero or infinity: strtod knows which */
     value = std::strtod(std::string(start, result.ptr).c_str(), nullptr);
   }
+  bool isWord = result.ec == std::errc() && !std::isfinite(value);
+  if (isWord && result.ptr < end && bq::isLetterOrDigit(*result.ptr))
+    return 0; /* "information" is not infinite */
   return negative ? -value : value;
 }
