@@ -50,18 +50,6 @@ const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding 
   return makeString(text);
 }
 
-/* The part of the text that a range names; empty for an invalid range. */
-std::string_view partOf(const BQString* string, BQRange range) {
-  std::string_view text = viewOf(string);
-  if (!isValidRange(text, range)) return {};
-  return text.substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length));
-}
-
-size_t characterLength(char first) {
-  auto byte = static_cast<unsigned char>(first);
-  return byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-}
-
 bool isLetterOrDigit(char character) {
   char folded = foldCase(character);
   return (folded >= 'a' && folded <= 'z') || (folded >= '0' && folded <= '9');
@@ -136,7 +124,8 @@ const BQString* BQStringCreateCopy(const BQString* string) {
 
 const BQString* BQStringCreateSubstring(const BQString* string, BQRange range) {
   if (!isString(string) || !bq::isValidRange(viewOf(string), range)) return nullptr;
-  return bq::makeString(bq::partOf(string, range));
+  return bq::makeString(
+      viewOf(string).substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length)));
 }
 
 BQIndex BQStringGetLength(const BQString* string) {
@@ -145,38 +134,6 @@ BQIndex BQStringGetLength(const BQString* string) {
 
 const char* BQStringGetUTF8Ptr(const BQString* string) {
   return isString(string) ? string->bytes : nullptr;
-}
-
-BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStringEncoding encoding, uint8_t lossByte,
-                         uint8_t* buffer, BQIndex size, BQIndex* used) {
-  if (used != nullptr) *used = 0;
-  if (!isString(string)) return 0;
-  std::string_view text = bq::partOf(string, range);
-  std::string converted;
-  size_t consumed = 0, made = 0;
-  while (consumed < text.size()) {
-    size_t length = bq::characterLength(text[consumed]);
-    converted.clear();
-    if (!bq::encodeText(text.data() + consumed, length, encoding, lossByte, converted)) break;
-    if (buffer != nullptr) {
-      if (made + converted.size() > static_cast<size_t>(size < 0 ? 0 : size)) break;
-      std::memcpy(buffer + made, converted.data(), converted.size());
-    }
-    made += converted.size();
-    consumed += length;
-  }
-  if (used != nullptr) *used = static_cast<BQIndex>(made);
-  return static_cast<BQIndex>(consumed);
-}
-
-const BQData* BQStringCreateExternalRepresentation(const BQString* string, BQStringEncoding encoding,
-                                                   uint8_t lossByte) {
-  if (!isString(string)) return nullptr;
-  if (encoding == kBQStringEncodingUTF8)
-    return BQDataCreate(string->bytes, static_cast<BQIndex>(string->length));
-  std::string bytes;
-  if (!bq::encodeText(string->bytes, string->length, encoding, lossByte, bytes)) return nullptr;
-  return BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size()));
 }
 
 double BQStringGetDoubleValue(const BQString* string) {
