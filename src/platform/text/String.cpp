@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <atomic>
 #include <charconv>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "platform/object/Classes.h"
 #include "platform/text/CLocale.h"
 #include "platform/text/Encoding.h"
+#include "platform/text/EncodingUTF8.h"
 #include "platform/text/StringHash.h"
 #include "platform/text/StringImpl.h"
 
@@ -30,18 +32,39 @@ BQHashCode hashString(BQTypeRef object) {
   return hashText(viewOf(asString(object)));
 }
 
+/* Somebody else's bytes have no NUL behind them: who asks for one gets a copy, made when first asked for. */
+struct BorrowingString : BQString {
+  mutable std::atomic<char*> terminated;
+};
+
+const BorrowingString* asBorrowing(const BQString* string) {
+  bool borrows = (string->base.flags & kStringBorrowsBytes) != 0;
+  return borrows ? static_cast<const BorrowingString*>(string) : nullptr;
+}
+
+/* On any thread: the string is shared as an immutable one. */
+const char* terminatedBytes(const BorrowingString* string) {
+  char* known = string->terminated.load(std::memory_order_acquire);
+  if (known != nullptr) return known;
+  char* made = static_cast<char*>(allocate(string->length + 1));
+  std::memcpy(made, string->bytes, string->length);
+  made[string->length] = '\0';
+  if (string->terminated.compare_exchange_strong(known, made, std::memory_order_acq_rel)) return made;
+  std::free(made);
+  return known;
+}
+
 void finalizeString(BQTypeRef object) {
-  if ((asString(object)->base.flags & kStringOwnsBytes) != 0) std::free(asString(object)->bytes);
+  const BQString* string = asString(object);
+  if ((string->base.flags & kStringOwnsBytes) != 0) std::free(string->bytes);
+  if (const BorrowingString* borrowing = asBorrowing(string)) std::free(borrowing->terminated.load());
 }
 
 /* The bytes of a text in an encoding that are UTF-8 as they stand, or a conversion of them. */
 bool isUTF8AsItStands(const char* bytes, size_t length, BQStringEncoding encoding) {
   if (encoding == kBQStringEncodingUTF8) return isWellFormedUTF8(bytes, length);
   if (!isASCIISuperset(encoding)) return false;
-  for (size_t i = 0; i < length; ++i) {
-    if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
-  }
-  return true;
+  return countASCIIPrefix(bytes, length) == length;
 }
 
 const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding encoding) {
@@ -95,12 +118,13 @@ const BQString* BQStringCreateWithBytes(const void* bytes, BQIndex length, BQStr
 }
 
 const BQString* BQStringCreateWithBytesNoCopy(const void* bytes, BQIndex length, BQStringEncoding encoding) {
-  if (length < 0 || bytes == nullptr) return nullptr;
+  if (length <= 0 || bytes == nullptr) return BQStringCreateWithBytes(bytes, length, encoding);
   const char* text = static_cast<const char*>(bytes);
   auto size = static_cast<size_t>(length);
   if (!bq::isUTF8AsItStands(text, size, encoding)) return BQStringCreateWithBytes(bytes, length, encoding);
-  return new (bq::allocate(sizeof(BQString)))
-      BQString{{bq::kStringTypeID, bq::kStringBorrowsBytes, 1}, size, const_cast<char*>(text)};
+  BQRuntimeBase base = {bq::kStringTypeID, bq::kStringBorrowsBytes, 1};
+  return new (bq::allocate(sizeof(bq::BorrowingString)))
+      bq::BorrowingString{{base, size, const_cast<char*>(text)}, nullptr};
 }
 
 const BQString* BQStringCreateFromExternalRepresentation(const BQData* data, BQStringEncoding encoding) {
@@ -133,7 +157,9 @@ BQIndex BQStringGetLength(const BQString* string) {
 }
 
 const char* BQStringGetUTF8Ptr(const BQString* string) {
-  return isString(string) ? string->bytes : nullptr;
+  if (!isString(string)) return nullptr;
+  const bq::BorrowingString* borrowing = bq::asBorrowing(string);
+  return borrowing == nullptr ? string->bytes : bq::terminatedBytes(borrowing);
 }
 
 double BQStringGetDoubleValue(const BQString* string) {
