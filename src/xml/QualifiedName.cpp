@@ -13,7 +13,9 @@ namespace {
 
 BQ_DEFINE_STATIC_STRING(defaultNamespaceKey, "__defaultNamespace");
 
-const BQString* retained(BQTypeRef string) { return static_cast<const BQString*>(BQRetain(string)); }
+const BQString* retained(BQTypeRef string) {
+  return static_cast<const BQString*>(BQRetain(string));
+}
 
 const BQString* copyRange(const BQString* string, size_t start, size_t end) {
   return BQStringCreateSubstring(string,
@@ -30,7 +32,8 @@ size_t findSeparator(const BQString* name, char separator) {
 
 const BQString* const kDefaultNamespaceKey = defaultNamespaceKey;
 
-void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace, const BQString** outLocalName) {
+void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
+                                const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t bar = findSeparator(name, '|');
@@ -43,8 +46,8 @@ void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamesp
   }
 }
 
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName, const BQString** outNamespace,
-                         const BQString** outLocalName) {
+void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+                         const BQString** outNamespace, const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t colon = findSeparator(qualifiedName, ':');
