@@ -3,17 +3,13 @@
 #include <BQ/BQBundle.h>
 #include <BQ/BQString.h>
 
+#include "values/ConstantString.h"
 #include "values/Construction.h"
 #include "values/Owned.h"
 
 namespace vx {
-namespace {
 
-BQ_DEFINE_STATIC_STRING(identifier, "orvane.vx");
-
-}  // namespace
-
-const BQString* const kLibraryBundleIdentifier = identifier;
+VX_DEFINE_STRING(kLibraryBundleIdentifier, "orvane.vx");
 
 void registerLibraryBundle() {
   static bool didRegister = false;

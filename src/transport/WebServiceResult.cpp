@@ -3,12 +3,11 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
+#include "values/ConstantString.h"
 #include "values/Construction.h"
 
 namespace vx {
 namespace {
-
-BQ_DEFINE_STATIC_STRING(resultIsFault, "/kVXResultIsFault");
 
 Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
   auto integer = static_cast<int32_t>(value);
@@ -17,7 +16,7 @@ Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
 
 }  // namespace
 
-const BQString* const kResultIsFault = resultIsFault;
+VX_DEFINE_STRING(kResultIsFault, "/kVXResultIsFault");
 
 BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain domain, long error) {
   auto errorNumber = makeNumber(kBQNumberSInt32Type, error);

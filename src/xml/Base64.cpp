@@ -47,9 +47,9 @@ struct Layout {
 
   size_t textLength(size_t bytes) const {
     size_t characters = (bytes + 2) / 3 * 4;
-    size_t fullLines = characters / lineLength;
-    size_t lines = fullLines + (characters % lineLength != 0 ? 1 : 0);
-    return characters + lines * tabs + fullLines;
+    size_t lines = (characters + lineLength - 1) / lineLength;
+    size_t lineFeeds = bytes / bytesPerLine(); /* none behind a line that padding fills */
+    return characters + lines * tabs + lineFeeds;
   }
 };
 

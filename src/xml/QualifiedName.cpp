@@ -5,13 +5,12 @@
 #include <BQ/BQObject.h>
 #include <BQ/BQString.h>
 
+#include "values/ConstantString.h"
 #include "values/Owned.h"
 #include "xml/Text.h"
 
 namespace vx {
 namespace {
-
-BQ_DEFINE_STATIC_STRING(defaultNamespaceKey, "__defaultNamespace");
 
 const BQString* retained(BQTypeRef string) {
   return static_cast<const BQString*>(BQRetain(string));
@@ -30,7 +29,7 @@ size_t findSeparator(const BQString* name, char separator) {
 
 }  // namespace
 
-const BQString* const kDefaultNamespaceKey = defaultNamespaceKey;
+VX_DEFINE_STRING(kDefaultNamespaceKey, "__defaultNamespace");
 
 void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
                                 const BQString** outLocalName) {

@@ -180,9 +180,8 @@ void ValueReader::checkStructChild(const BQTree* child, Owned<const BQString>& n
 }
 
 Owned<const BQString> ValueReader::readName(const BQTree* text) {
-  if (text == nullptr || BQTreeGetNextSibling(text) != nullptr || treeIsElement(text)) {
-    return own(copyXMLStringFromTree(text));
-  }
+  bool isPlain = BQXMLNodeGetTypeCode(treeGetNode(text)) == kBQXMLNodeTypeText;
+  if (!isPlain || BQTreeGetNextSibling(text) != nullptr) return own(copyXMLStringFromTree(text));
   std::string_view name = textOf(getElementName(text));
   size_t slot =
       name.empty() ? 0 : (name.size() * 7 + static_cast<unsigned char>(name.back())) % kNameCacheSize;

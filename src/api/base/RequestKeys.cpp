@@ -1,20 +1,12 @@
 #include "api/base/RequestKeys.h"
 
-#include <BQ/BQString.h>
+#include "values/ConstantString.h"
 
 namespace vx {
-namespace {
 
-BQ_DEFINE_STATIC_STRING(textEncoding, "/VXTextEncoding");
-BQ_DEFINE_STATIC_STRING(methodName, "/VXMethodName");
-BQ_DEFINE_STATIC_STRING(methodParameters, "/VXMethodParameters");
-BQ_DEFINE_STATIC_STRING(methodParameterOrder, "/VXMethodParameterOrder");
-
-}  // namespace
-
-const BQString* const kRequestTextEncoding = textEncoding;
-const BQString* const kRequestMethodName = methodName;
-const BQString* const kRequestMethodParameters = methodParameters;
-const BQString* const kRequestMethodParameterOrder = methodParameterOrder;
+VX_DEFINE_STRING(kRequestTextEncoding, "/VXTextEncoding");
+VX_DEFINE_STRING(kRequestMethodName, "/VXMethodName");
+VX_DEFINE_STRING(kRequestMethodParameters, "/VXMethodParameters");
+VX_DEFINE_STRING(kRequestMethodParameterOrder, "/VXMethodParameterOrder");
 
 }  // namespace vx

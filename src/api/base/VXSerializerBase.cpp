@@ -56,17 +56,18 @@ void VXSerializerBase::addProperties(const BQDictionary* dictionary) {
 
 void VXSerializerBase::addSerializationOverride(BQTypeID typeID, VXSerializeOverrideFunc function,
                                                 const VXClientContext* context) {
-  SerializationOverride& entry =
-      serializationOverrides_.emplace_back(SerializationOverride{typeID, function, {}});
-  retainContext(&entry.context, context);
+  /* The caller's retain may register further overrides, which moves the table. */
+  VXClientContext retained;
+  retainContext(&retained, context);
+  serializationOverrides_.push_back({typeID, function, retained});
 }
 
 void VXSerializerBase::addDeserializationOverride(const BQString* typeNamespace, const BQString* typeName,
                                                   VXDeserializeOverrideFunc function,
                                                   const VXClientContext* context) {
-  DeserializationOverride& entry = deserializationOverrides_.emplace_back(
-      DeserializationOverride{retain(typeNamespace), retain(typeName), function, {}});
-  retainContext(&entry.context, context);
+  VXClientContext retained;
+  retainContext(&retained, context);
+  deserializationOverrides_.push_back({retain(typeNamespace), retain(typeName), function, retained});
 }
 
 bool VXSerializerBase::hasSerializationOverrides() const {
