@@ -32,7 +32,8 @@ class XMLBuffer {
   /* The same with an entity-encoded text between two pieces. */
   void addEncodedLine(int level, std::string_view before, const BQString* text, std::string_view after);
   /* Appends the base64 text of `data`, indented as encodeBinaryData has it, between two pieces. */
-  void addBase64Line(int level, std::string_view before, const BQData* data, int indent, std::string_view after);
+  void addBase64Line(int level, std::string_view before, const BQData* data, int indent,
+                     std::string_view after);
 
   /*
    * Called around the content of each container that is written. False, and the document is void,
