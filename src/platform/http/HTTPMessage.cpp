@@ -91,6 +91,7 @@ bool precedes(const Field* first, const Field* second) {
  */
 std::vector<std::vector<const Field*>> groupByName(const std::vector<Field>& fields) {
   std::vector<const Field*> sorted;
+  sorted.reserve(fields.size());
   for (const Field& field : fields) sorted.push_back(&field);
   std::stable_sort(sorted.begin(), sorted.end(), precedes);
   std::vector<std::vector<const Field*>> groups;

@@ -56,6 +56,7 @@ TransferEngine* TransferEngine::current() {
     auto engine = std::make_unique<TransferEngine>();
     if (engine->isUsable()) slot.engine = std::move(engine);
   }
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the slot lives as long as the thread.
   return slot.engine.get();
 }
 
