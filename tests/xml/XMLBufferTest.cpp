@@ -46,8 +46,8 @@ TEST(XMLBuffer, LinesEndWithCRLF) {
   buffer.addTo(1, "%d %g %@ %%", 5, 2.5, BQSTR("<&>"));
   buffer.addTo(0, BQSTR("\u00e9\nsecond %s"), "part");
   buffer.addLine(0, {});
-  buffer.addEncodedLine(1, "<a>", BQSTR("<'b'>"), "</a>");
-  buffer.addEncodedLine(0, "", nullptr, "");
+  buffer.addEncodedLine(1, {"<a>"}, BQSTR("<'b'>"), {"</a>"});
+  buffer.addEncodedLine(0, {}, nullptr, {});
   EXPECT_EQ(documentOf(buffer), kDeclaration + "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n"
                                                "  <a>&lt;&apos;b&apos;&gt;</a>\r\n\r\n");
   buffer.addTo(0, "more");
