@@ -48,8 +48,9 @@ TEST(XMLBuffer, LinesEndWithCRLF) {
   buffer.addLine(0, {});
   buffer.addEncodedLine(1, "<a>", BQSTR("<'b'>"), "</a>");
   buffer.addEncodedLine(0, "", nullptr, "");
-  EXPECT_EQ(documentOf(buffer), kDeclaration + "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n"
-                                               "  <a>&lt;&apos;b&apos;&gt;</a>\r\n\r\n");
+  EXPECT_EQ(documentOf(buffer), kDeclaration +
+                                    "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n"
+                                    "  <a>&lt;&apos;b&apos;&gt;</a>\r\n\r\n");
   buffer.addTo(0, "more");
   EXPECT_NE(documentOf(buffer).find("more\r\n"), std::string::npos) << "usable after a copy was taken";
 }
