@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 
 #include "support/Values.h"
@@ -15,7 +14,14 @@ using namespace support;
 std::string dump(const Value& document, int depth) {
   testing::internal::CaptureStderr();
   vx::dumpXMLTree(document, depth);
-  return std::regex_replace(testing::internal::GetCapturedStderr(), std::regex("0x[0-9a-f]+"), "0x");
+  std::string lines = testing::internal::GetCapturedStderr();
+  for (size_t start = 0; (start = lines.find("0x", start)) != std::string::npos;) {
+    start += 2;
+    size_t end = lines.find_first_not_of("0123456789abcdef", start);
+    EXPECT_GT(end, start) << "an address has digits";
+    lines.erase(start, end - start);
+  }
+  return lines;
 }
 
 TEST(TreeDump, ShowsNodesWithTheirAttributesByLevel) {
@@ -37,12 +43,11 @@ TEST(TreeDump, ShowsNodesWithTheirAttributesByLevel) {
 
 TEST(TreeDump, IndentsNoDeeperThanThirtyBlanks) {
   Value document = tree("<a x='1'><b/></a>");
-  EXPECT_EQ(dump(document, 11),
-            std::string(24, ' ') + " - 0x: type kBQXMLNodeTypeElement, name a\n" +  //
-                std::string(28, ' ') + "[ -- 1 ATTRIBUTES --\n" +                   //
-                std::string(30, ' ') + "{ x: 1 }\n" +                               //
-                std::string(28, ' ') + "]\n" +                                      //
-                std::string(26, ' ') + " - 0x: type kBQXMLNodeTypeElement, name b\n");
+  EXPECT_EQ(dump(document, 11), std::string(24, ' ') + " - 0x: type kBQXMLNodeTypeElement, name a\n" +  //
+                                    std::string(28, ' ') + "[ -- 1 ATTRIBUTES --\n" +                   //
+                                    std::string(30, ' ') + "{ x: 1 }\n" +                               //
+                                    std::string(28, ' ') + "]\n" +                                      //
+                                    std::string(26, ' ') + " - 0x: type kBQXMLNodeTypeElement, name b\n");
   EXPECT_EQ(dump(tree("<a/>"), 19), std::string(30, ' ') + " - 0x: type kBQXMLNodeTypeElement, name a\n");
 }
 

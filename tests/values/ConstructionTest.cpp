@@ -38,7 +38,9 @@ TEST(Construction, ArraysEndAtTheFirstNull) {
 
 TEST(Construction, DictionariesEndAtTheFirstNullAndDropAKeyWithoutValue) {
   Value base = dictionary({{"a", integer(1)}});
-  auto make = [](auto... words) { return notation(Value::adopt(vx::bqTypeCreateDictionary(words...)).get()); };
+  auto make = [](auto... words) {
+    return notation(Value::adopt(vx::bqTypeCreateDictionary(words...)).get());
+  };
   const BQDictionary* none = nullptr;
   const void* end = nullptr;
   EXPECT_EQ(make(none, end), "{}");
@@ -56,7 +58,8 @@ TEST(Construction, DictionariesCopyTheirKeys) {
 }
 
 TEST(Construction, KeysOfAnEmptyDictionaryAreTheSharedArray) {
-  for (const BQDictionary* empty : {static_cast<const BQDictionary*>(nullptr), BQDictionaryCreate(nullptr, nullptr, 0)}) {
+  for (const BQDictionary* empty :
+       {static_cast<const BQDictionary*>(nullptr), BQDictionaryCreate(nullptr, nullptr, 0)}) {
     Value dictionary = Value::adopt(empty);
     Value keys = Value::adopt(vx::copyDictionaryKeys(dictionary));
     EXPECT_EQ(keys.get(), vx::AutoArray::emptyArray());

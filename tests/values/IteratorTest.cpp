@@ -13,15 +13,13 @@ using vx::ArrayIterator;
 using vx::DictIterator;
 
 TEST(ArrayIterator, WalksOverAnArrayThatItKeepsAlive) {
-  auto* values = array({integer(1), Value(), integer(3)}).as<BQArray>();
-  BQRetain(values);
+  Value values = array({integer(1), Value(), integer(3)});
   std::string walked;
-  {
-    ArrayIterator iterator(values);
-    BQRelease(values);
-    for (; iterator.hasNext(); walked += " ") walked += notation(iterator.next());
-    EXPECT_EQ(iterator.index, 3);
-  }
+  ArrayIterator iterator(static_cast<const BQArray*>(values));
+  values = Value();
+  for (; iterator.hasNext(); walked += " ") walked += notation(iterator.next());
+  EXPECT_EQ(iterator.index, 3);
+  EXPECT_EQ(BQGetRetainCount(iterator.array), 1);
   EXPECT_EQ(walked, "1 - 3 ");
 }
 

@@ -77,7 +77,8 @@ TEST(Base64, LaysLinesOutByIndent) {
 
 TEST(Base64, AppendsToWhatIsThere) {
   Value out = Value::adopt(BQDataCreateMutable(0));
-  for (const char* piece : {"Man", "Ma"}) vx::_XMLPlistAppendDataUsingBase64(out.as<BQData>(), blob(piece), 1);
+  for (const char* piece : {"Man", "Ma"})
+    vx::_XMLPlistAppendDataUsingBase64(out.as<BQData>(), blob(piece), 1);
   EXPECT_EQ(bytes(out), "TWFuTWE=");
 }
 

@@ -39,7 +39,8 @@ struct Visitor {
   std::string* visited;
   const char* row;
 
-  static const BQString* handle(const BQTree* tree, const BQXMLNode* node, const AutoDict& namespaces, void* context) {
+  static const BQString* handle(const BQTree* tree, const BQXMLNode* node, const AutoDict& namespaces,
+                                void* context) {
     auto* visitor = static_cast<Visitor*>(context);
     EXPECT_EQ(node, vx::treeGetNode(tree));
     std::string name = text(vx::getElementName(tree));

@@ -60,7 +60,8 @@ TEST(Entities, NamesAndReferencesLeadBackToCharacters) {
     EXPECT_EQ(text(vx::decodeEntityReference(string(name))), character);
     EXPECT_EQ(text(vx::decodeUnparsedEntityReference(string(reference))), character);
     EXPECT_EQ(text(BQDictionaryGetValue(vx::getEntityToCharacterStringDict(), string(name))), character);
-    EXPECT_EQ(text(BQDictionaryGetValue(vx::getTrueEntityToCharactersStringDict(), string(reference))), character);
+    EXPECT_EQ(text(BQDictionaryGetValue(vx::getTrueEntityToCharactersStringDict(), string(reference))),
+              character);
   }
   for (const char* unknown : {"LT", "#60", "#x3C", "nbsp", "", "&lt;"}) {
     EXPECT_EQ(text(vx::decodeEntityReference(string(unknown))), "<<Unknown Escape>>") << unknown;

@@ -75,9 +75,11 @@ TEST(ISODate, EveryBeginningOfATextGivesADate) {
 }
 
 TEST(ISODate, CharactersBeyondASCIICountOnce) {
-  EXPECT_EQ(notation(Value::adopt(vx::isoDecodeDate(string("2005\u65e502\u672c28"))).get()), "@2004-12-20T00:00:00")
+  EXPECT_EQ(notation(Value::adopt(vx::isoDecodeDate(string("2005\u65e502\u672c28"))).get()),
+            "@2004-12-20T00:00:00")
       << "read as 2005x02x28: month \"x0\", day \"2x\"";
-  EXPECT_EQ(notation(Value::adopt(vx::isoDecodeDate(string("200\u00e9-02-28"))).get()), "@2000-02-28T00:00:00");
+  EXPECT_EQ(notation(Value::adopt(vx::isoDecodeDate(string("200\u00e9-02-28"))).get()),
+            "@2000-02-28T00:00:00");
   EXPECT_EQ(vx::isoDecodeDate(nullptr), nullptr);
 }
 
@@ -98,7 +100,8 @@ TEST(ISODate, WritesBothFormsWithoutFractions) {
     EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(value, 1)).get()), row.compact);
     EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(value, 0)).get()), row.extended);
     char buffer[64];
-    EXPECT_EQ(vxBQDateToISO8601String(buffer, sizeof buffer, value, 0), static_cast<int>(row.extended.size()));
+    EXPECT_EQ(vxBQDateToISO8601String(buffer, sizeof buffer, value, 0),
+              static_cast<int>(row.extended.size()));
     EXPECT_EQ(buffer, row.extended);
   }
 }

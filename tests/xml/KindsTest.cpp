@@ -106,8 +106,12 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
       {"9223372036854775807", "9223372036854775807L"},
       {"99999999999999999999", "9223372036854775807L"},
       {"-99999999999999999999", "-9223372036854775808L"},
-      {"\u00e9" "5", "5"}, /* a character beyond ASCII is a blank */
-      {"5\u00e9" "5", "5"},
+      {"\u00e9"
+       "5",
+       "5"}, /* a character beyond ASCII is a blank */
+      {"5\u00e9"
+       "5",
+       "5"},
       {std::string(127, ' ') + "42", "4"}, /* 128 characters are looked at */
       {std::string(128, ' ') + "42", "0"},
   };
@@ -119,8 +123,8 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
 
 TEST(Kinds, EntriesAreReadAsIntegersIfTheyFit) {
   const std::pair<Value, int> rows[] = {
-      {integer(5), 5},        {real(6), 6},          {integer(int64_t{1} << 40, kBQNumberSInt64Type), 99},
-      {real(2.5), 99},        {string("5"), 99},     {Value::retain(kBQBooleanTrue), 99},
+      {integer(5), 5}, {real(6), 6},      {integer(int64_t{1} << 40, kBQNumberSInt64Type), 99},
+      {real(2.5), 99}, {string("5"), 99}, {Value::retain(kBQBooleanTrue), 99},
       {Value(), 99},
   };
   for (const auto& [value, number] : rows) {

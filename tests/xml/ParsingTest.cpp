@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 
 #include "support/Values.h"
@@ -19,7 +18,8 @@ struct Outcome {
   std::string written; /* to the standard error stream */
 };
 
-Outcome parse(const Value& document, bool allowMissingDeclaration, unsigned long encoding = kBQStringEncodingUTF8) {
+Outcome parse(const Value& document, bool allowMissingDeclaration,
+              unsigned long encoding = kBQStringEncodingUTF8) {
   const BQString* message = BQSTR("left from before");
   testing::internal::CaptureStderr();
   Value parsed = Value::adopt(vx::parseXML(document, allowMissingDeclaration, encoding, &message));
@@ -73,13 +73,13 @@ TEST(Parsing, FailureGivesTheDescriptionAndWhereItFailed) {
     std::string document;
     std::string message;
   } rows[] = {
-      {"<?xml version='1.0'?>\n<a>\n</b>", R"(.+ \(line 3, pos 28, status \d+\))"},
-      {"<?xml version='1.0'?>", R"(.+ \(line 1, pos 21, status \d+\))"},
-      {"junk\n<?xml version='1.0'?>\n<", R"(.+ \(line 2, pos \d+, status \d+\))"},
+      {"<?xml version='1.0'?>\n<a>\n</b>", R"(.+ \(line 3, pos 28, status [0-9]+\))"},
+      {"<?xml version='1.0'?>", R"(.+ \(line 1, pos 21, status [0-9]+\))"},
+      {"junk\n<?xml version='1.0'?>\n<", R"(.+ \(line 2, pos [0-9]+, status [0-9]+\))"},
   };
   for (const auto& row : rows) {
     Outcome outcome = parse(blob(row.document), false);
-    EXPECT_TRUE(std::regex_match(outcome.message, std::regex(row.message))) << outcome.message;
+    EXPECT_TRUE(testing::internal::RE::FullMatch(outcome.message, row.message)) << outcome.message;
     EXPECT_EQ(outcome.written.rfind("XML Parse error occurred: {", 0), 0u) << outcome.written;
   }
   EXPECT_NE(parse(Value(), true).message, "") << "no data";

@@ -18,8 +18,8 @@ std::string split(const Split& splitter) {
 
 TEST(QualifiedName, SplitsAtTheFirstBar) {
   const std::pair<const char*, const char*> rows[] = {
-      {"urn:x|int", "'urn:x' 'int'"}, {"a|b|c", "'a' 'b|c'"}, {"a|", "'a' ''"},
-      {"int", "'' 'int'"},            {"|int", "'' '|int'"},  {"", "'' ''"},
+      {"urn:x|int", "'urn:x' 'int'"}, {"a|b|c", "'a' 'b|c'"}, {"a|", "'a' ''"}, {"int", "'' 'int'"},
+      {"|int", "'' '|int'"},          {"", "'' ''"},
   };
   for (auto [name, parts] : rows) {
     Value held = string(name);

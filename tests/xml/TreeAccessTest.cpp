@@ -55,8 +55,8 @@ TEST(TreeAccess, FindsElementsByLocalNameInDocumentOrder) {
 }
 
 TEST(TreeAccess, SplitsNamesAtTheFirstColon) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"p:name", "'name'"}, {"a:b:c", "'b:c'"}, {"p:", "''"}, {":x", "'x'"}, {"name", "-"}, {"", "-"}};
+  const std::pair<const char*, const char*> rows[] = {{"p:name", "'name'"}, {"a:b:c", "'b:c'"}, {"p:", "''"},
+                                                      {":x", "'x'"},        {"name", "-"},      {"", "-"}};
   for (auto [name, local] : rows) {
     EXPECT_EQ(notation(Value::adopt(vx::copyQualifiedName(string(name))).get()), local) << name;
   }

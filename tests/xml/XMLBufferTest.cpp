@@ -47,9 +47,10 @@ TEST(XMLBuffer, LinesEndWithCRLF) {
   buffer.addTo(0, BQSTR("\u00e9\nsecond %s"), "part");
   buffer.addLine(0, {});
   buffer.addEncodedLine(1, {"<a>"}, BQSTR("<'b'>"), {"</a>"});
-  buffer.addEncodedLine(0, {}, nullptr, {});
-  EXPECT_EQ(documentOf(buffer), kDeclaration + "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n"
-                                               "  <a>&lt;&apos;b&apos;&gt;</a>\r\n\r\n");
+  buffer.addEncodedLine(0, {""}, nullptr, {""});
+  EXPECT_EQ(documentOf(buffer), kDeclaration +
+                                    "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n"
+                                    "  <a>&lt;&apos;b&apos;&gt;</a>\r\n\r\n");
   buffer.addTo(0, "more");
   EXPECT_NE(documentOf(buffer).find("more\r\n"), std::string::npos) << "usable after a copy was taken";
 }
