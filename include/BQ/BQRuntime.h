@@ -54,8 +54,9 @@ typedef struct __BQRuntimeClass BQRuntimeClass;
 BQ_EXPORT BQTypeID _BQRuntimeRegisterClass(const BQRuntimeClass* runtimeClass);
 
 /**
- * Makes an instance of a registered class: the header and `extraBytes` zeroed bytes, with one
- * reference that the caller owns. Null for an unknown class, a negative size or exhausted memory.
+ * Makes an instance of a class that was registered: the header and `extraBytes` zeroed bytes, with
+ * one reference that the caller owns. Null for an unknown class, one of the values' own classes, a
+ * negative size or exhausted memory.
  */
 BQ_EXPORT BQTypeRef _BQRuntimeCreateInstance(BQTypeID typeID, BQIndex extraBytes);
 

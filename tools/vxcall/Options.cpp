@@ -99,6 +99,10 @@ void addOutputOptions(CLI::App& app, Options& options) {
   app.add_flag("--print-request", options.printRequest, "Print the request document and send nothing");
 }
 
+UsageError noOption(const std::string& argument) {
+  return UsageError("there is no option " + argument + "; a value like that is written string:" + argument);
+}
+
 /*
  * The parameters are what the parser leaves over, rather than an option of its own, because it
  * would take the values of a list apart at brackets and commas.
@@ -113,8 +117,7 @@ std::vector<std::string> takeParameters(const std::vector<std::string>& remainin
       optionsEnded = true;
     } else if (argument.size() > 1 && argument[0] == '-' && argument[1] != '.' &&
                !std::isdigit(static_cast<unsigned char>(argument[1]))) {
-      throw UsageError("there is no option " + argument +
-                       "; a value like that is written string:" + argument);
+      throw noOption(argument);
     } else {
       parameters.push_back(argument);
     }

@@ -25,6 +25,12 @@ uint32_t receivedSegments(int socket) {
   return info.tcpi_data_segs_in;
 }
 
+int pendingErrorOf(int socket) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  return getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : 0;
+}
+
 using GetName = int (*)(int, sockaddr*, socklen_t*);
 
 /* The port of one end of a connection; 0 if it has none. */
@@ -38,9 +44,9 @@ int portOf(int socket, GetName getName) {
 
 int eventsForTransfer(uint32_t events) {
   int result = 0;
-  if ((events & (EPOLLIN | EPOLLHUP)) != 0) result |= CURL_CSELECT_IN;
+  /* Reading tells what the error is. */
+  if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) result |= CURL_CSELECT_IN;
   if ((events & EPOLLOUT) != 0) result |= CURL_CSELECT_OUT;
-  if ((events & EPOLLERR) != 0) result |= CURL_CSELECT_ERR;
   return result;
 }
 
@@ -111,9 +117,10 @@ void SocketTable::disclaim(int socket, const Transfer* owner) {
 
 int SocketTable::close(int socket) {
   Entry& entry = entryOf(socket);
-  Transfer* owner = entry.owner;
-  if (owner != nullptr && !owner->isEncrypted()) {
-    owner->connectionClosed(receivedSegments(socket) != entry.segments);
+  if (Transfer* owner = entry.owner; owner != nullptr) {
+    /* What TLS sends of its own cannot be told from a reply. */
+    bool hadData = !owner->isEncrypted() && receivedSegments(socket) != entry.segments;
+    owner->connectionClosed(hadData, pendingErrorOf(socket));
   }
   apply(socket, entry, 0);
   entry = {};

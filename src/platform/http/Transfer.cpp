@@ -74,8 +74,7 @@ void Transfer::configureHandle() {
   set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   set(CURLOPT_PROXYHEADER, tunnelHeaders());
-  /* Without these the environment would decide. */
-  set(CURLOPT_PROXY, "");
+  /* Without it the environment could set the proxy aside. */
   set(CURLOPT_NOPROXY, "");
   set(CURLOPT_HEADERFUNCTION, onHeader);
   set(CURLOPT_HEADERDATA, this);
@@ -90,16 +89,18 @@ void Transfer::configureHandle() {
       CURLOPT_CLOSESOCKETFUNCTION,
       +[](void* sockets, curl_socket_t socket) { return static_cast<SocketTable*>(sockets)->close(socket); });
   set(CURLOPT_CLOSESOCKETDATA, &engine_.sockets());
+  configureConnection(ConnectionOptions());
 }
 
 void Transfer::begin(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer) {
   request_ = std::move(request);
-  options_ = options;
+  maximumReplySize_ = options.maximumReplySize;
+  followsRedirects_ = options.followsRedirects;
   observer_ = observer;
   url_ = textOf(BQURLGetString(request_->url.get()));
   method_ = textOf(request_->method.get());
   body_ = request_->body;
-  configureConnection();
+  if (connection_ != options.connection) configureConnection(options.connection);
   startAttempt(false);
 }
 
@@ -119,17 +120,21 @@ void Transfer::stop() {
   error_ = kNoError;
 }
 
-void Transfer::configureConnection() {
-  set(CURLOPT_PROXY, options_.proxy.c_str());
-  set(CURLOPT_SSL_VERIFYPEER, options_.verifiesPeer ? 1L : 0L);
-  set(CURLOPT_SSL_VERIFYHOST, options_.verifiesPeer ? 2L : 0L);
-  const BQString* file = options_.certificateAuthorityFile.get();
-  set(CURLOPT_CAINFO, file != nullptr ? BQStringGetUTF8Ptr(file) : defaultPath(CURLINFO_CAINFO, handle()));
-  set(CURLOPT_CAPATH, file != nullptr ? nullptr : defaultPath(CURLINFO_CAPATH, handle()));
+void Transfer::configureConnection(const ConnectionOptions& options) {
+  connection_ = options;
+  /* An empty proxy is none; an unset one would be that of the environment. */
+  set(CURLOPT_PROXY, options.proxy.c_str());
+  set(CURLOPT_SSL_VERIFYPEER, options.verifiesPeer ? 1L : 0L);
+  set(CURLOPT_SSL_VERIFYHOST, options.verifiesPeer ? 2L : 0L);
+  bool isDefault = options.certificateAuthorityFile.empty();
+  const char* file = options.certificateAuthorityFile.c_str();
+  set(CURLOPT_CAINFO, isDefault ? defaultPath(CURLINFO_CAINFO, handle()) : file);
+  set(CURLOPT_CAPATH, isDefault ? defaultPath(CURLINFO_CAPATH, handle()) : nullptr);
 }
 
 void Transfer::startAttempt(bool onNewConnection) {
   replyBegan_ = false;
+  pendingError_ = 0;
   areHeadersComplete_ = false;
   socket_ = -1;
   headerBytes_ = 0;
@@ -172,7 +177,7 @@ void Transfer::configureBody() {
   bool isNatural = isHead || method_ == (hasBody ? "POST" : "GET");
   set(CURLOPT_CUSTOMREQUEST, isNatural ? nullptr : method_.c_str());
   /* The length that the reply to HEAD names is that of a body that does not come. */
-  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : options_.maximumReplySize));
+  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : maximumReplySize_));
 }
 
 /* Headers of the message that a redirect made wrong, and those that belong to the transfer. */
@@ -260,7 +265,7 @@ bool Transfer::endHeaders() {
   if (isInterim) return true;
   areHeadersComplete_ = true;
   const BQHTTPMessage::Field* location = findHeader(*response.get(), "Location");
-  if (options_.followsRedirects && location != nullptr && isRedirect(response->statusCode)) {
+  if (followsRedirects_ && location != nullptr && isRedirect(response->statusCode)) {
     redirectStatus_ = response->statusCode;
     location_ = location->value;
   } else {
@@ -278,7 +283,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
     bodyBytes_ += size;
     return bodyBytes_ <= kMostRedirectBody ? bytes.size() : 0;
   }
-  if (size > options_.maximumReplySize - bodyBytes_) {
+  if (size > maximumReplySize_ - bodyBytes_) {
     refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return 0;
   }
@@ -326,6 +331,8 @@ BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
   if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
     return httpError(kBQStreamHTTPErrorConnectionLost);
   }
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR;
+  if (isLost && pendingError_ != 0) return {kBQStreamErrorDomainPOSIX, pendingError_};
   return errorOfTransfer(code, handle());
 }
 

@@ -1,6 +1,8 @@
 /* Which connection a request takes, and when it is sent a second time. */
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "platform/http/Exchange.h"
 #include "support/ScriptedPeer.h"
 
@@ -53,6 +55,20 @@ TEST(ConnectionReuse, ServerThatClosesAfterEachReplyIsNotNoticed) {
   EXPECT_EQ(call(peer, 20),
             "one one one one one one one one one one one one one one one one one one one one");
   EXPECT_EQ(peer.requests().size(), 20u);
+}
+
+TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
+  ScriptedPeer peer({replyAndClose(kOne)});
+  EXPECT_EQ(call(peer, 1), "one");
+  while (peer.openConnectionCount() > 0) std::this_thread::yield();
+  ScriptedPeer silent({Script().expectRequest().waitForClose()});
+  Exchange waiting(silent.url());
+  ASSERT_TRUE(waiting.open());
+  auto isQuiet = [] { return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true) == kBQRunLoopRunTimedOut; };
+  EXPECT_TRUE(Exchange::runUntil([&] { return isQuiet() && silent.requests().size() == 1; }));
+  int quiet = 0;
+  for (int pass = 0; pass < 100; ++pass) quiet += isQuiet() ? 1 : 0;
+  EXPECT_GE(quiet, 99);
 }
 
 /* The connection ends after the next request was sent on it, without a byte of a reply. */

@@ -132,6 +132,18 @@ TEST(ReadStream, CanChangeItsModeInTheMiddle) {
   EXPECT_EQ(exchange.body(), "abcd");
 }
 
+TEST(ReadStream, TakesWhatIsDueToItsNewMode) {
+  ScriptedPeer peer({reply(okResponse("a"))});
+  Exchange exchange(peer.url());
+  exchange.readsBytes = false;
+  ASSERT_TRUE(exchange.open());
+  ASSERT_TRUE(Exchange::runUntil([&] { return exchange.events() == "open bytes"; }));
+  BQReadStreamUnscheduleFromRunLoop(exchange.stream(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  BQReadStreamScheduleWithRunLoop(exchange.stream(), BQRunLoopGetCurrent(), kOtherMode);
+  exchange.readsBytes = true;
+  EXPECT_TRUE(Exchange::runUntil([&] { return exchange.isOver(); }, kOtherMode));
+}
+
 TEST(ReadStream, LeavesTheLoopEmptyWhenItIsOver) {
   for (const Script& script : {reply(okResponse("a")), replyAndClose("")}) {
     ScriptedPeer peer({script});
@@ -150,6 +162,9 @@ TEST(ReadStream, WithoutAClientCanBePolled) {
   BQReadStream* stream = exchange.stream();
   BQReadStreamScheduleWithRunLoop(stream, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   ASSERT_TRUE(BQReadStreamOpen(stream));
+  ASSERT_TRUE(Exchange::runUntil([&] { return BQReadStreamHasBytesAvailable(stream); }));
+  pass();
+  EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunTimedOut) << "reports to nobody";
   std::string body;
   Exchange::runUntil([&] {
     uint8_t buffer[2];

@@ -135,7 +135,7 @@ TEST(Request, ReachesIPv6) {
   EXPECT_EQ(exchange.body(), "six");
 }
 
-TEST(Request, ResolvesNamesWithoutHoldingUpTheLoop) {
+TEST(Request, ReachesHostsByName) {
   ScriptedPeer peer({reply(okResponse("found"))});
   Exchange exchange("http://localhost:" + std::to_string(peer.port()) + "/");
   exchange.run();

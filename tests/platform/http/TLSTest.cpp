@@ -8,6 +8,8 @@
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <memory>
 #include <vector>
 
 #include "platform/http/Exchange.h"
@@ -20,11 +22,12 @@ namespace {
 /* A child process whose output can be read. */
 class Child {
  public:
-  explicit Child(std::vector<std::string> arguments) {
+  Child(const std::string& directory, std::vector<std::string> arguments) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, ends[1], 1);
     posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
@@ -63,23 +66,23 @@ class Child {
   int output_ = -1;
 };
 
-/* A server with a certificate of its own making for 127.0.0.1, which answers GET with a page. */
+/* A server with a certificate of its own making for 127.0.0.1, which answers GET with files. */
 class TLSTest : public testing::Test {
  protected:
   void SetUp() override {
-    char name[] = "tls-test-XXXXXX";
-    directory_ = std::filesystem::temp_directory_path() / name;
-    std::string path = directory_.string();
+    std::string path = (std::filesystem::temp_directory_path() / "tls-test-XXXXXX").string();
     ASSERT_NE(mkdtemp(path.data()), nullptr);
     directory_ = path;
-    int status = Child({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
-                        "-nodes", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-days",
-                        "2", "-keyout", file("key.pem"), "-out", file("cert.pem")})
-                     .wait();
+    int status =
+        Child(path, {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
+                     "-nodes", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-days",
+                     "2", "-keyout", "key.pem", "-out", "cert.pem"})
+            .wait();
     if (status != 0) GTEST_SKIP() << "no openssl tool here";
-    server_ = std::make_unique<Child>(std::vector<std::string>{"openssl", "s_server", "-accept",
-                                                               "127.0.0.1:0", "-cert", file("cert.pem"),
-                                                               "-key", file("key.pem"), "-www"});
+    std::ofstream(file("page")) << "HTTP/1.0 200 OK\r\n\r\na page";
+    server_ = std::make_unique<Child>(
+        path, std::vector<std::string>{"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", "cert.pem",
+                                       "-key", "key.pem", "-HTTP"});
     std::string line;
     while (!line.starts_with("ACCEPT ")) {
       line = server_->readLine();
@@ -94,9 +97,10 @@ class TLSTest : public testing::Test {
   }
 
   std::string file(const std::string& name) const { return (directory_ / name).string(); }
-  std::string address(const std::string& host = "127.0.0.1") const {
-    return "https://" + host + ":" + port_ + "/";
+  std::string address(const std::string& host = "127.0.0.1", const std::string& path = "/page") const {
+    return "https://" + host + ":" + port_ + path;
   }
+  String authority() const { return string(file("cert.pem")); }
 
   std::filesystem::path directory_;
   std::unique_ptr<Child> server_;
@@ -112,9 +116,9 @@ TEST_F(TLSTest, CertificateIsVerifiedByDefault) {
 
 TEST_F(TLSTest, GivenAuthorityIsTrusted) {
   Exchange exchange(address(), "GET", "");
-  exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, string(file("cert.pem")).get()).run();
+  exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, authority().get()).run();
   EXPECT_EQ(exchange.error(), "none");
-  EXPECT_EQ(exchange.statusLine().substr(0, 12), "HTTP/1.0 200");
+  EXPECT_EQ(exchange.body(), "a page");
   /* The next request of the thread does not inherit the trust. */
   Exchange next(address(), "GET", "");
   next.run();
@@ -123,7 +127,7 @@ TEST_F(TLSTest, GivenAuthorityIsTrusted) {
 
 TEST_F(TLSTest, CertificateMustNameTheHost) {
   Exchange exchange(address("localhost"), "GET", "");
-  exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, string(file("cert.pem")).get()).run();
+  exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, authority().get()).run();
   EXPECT_EQ(exchange.error(), "tls 2");
 }
 
@@ -131,7 +135,7 @@ TEST_F(TLSTest, VerificationCanBeSwitchedOff) {
   Exchange exchange(address("localhost"), "GET", "");
   exchange.property(kBQStreamPropertyTLSVerifyPeer, kBQBooleanFalse).run();
   EXPECT_EQ(exchange.error(), "none");
-  EXPECT_FALSE(exchange.body().empty());
+  EXPECT_EQ(exchange.body(), "a page");
 }
 
 TEST_F(TLSTest, AuthorityFileThatIsNotThereIsAnError) {
@@ -147,15 +151,20 @@ TEST_F(TLSTest, ServerThatDoesNotSpeakTLSIsAnError) {
   EXPECT_EQ(exchange.error(), "tls 1");
 }
 
-/* The page cannot redirect, so that the redirect comes from a plain server: the other way round is refused.
- */
-TEST_F(TLSTest, RedirectMayLeadToTLS) {
-  ScriptedPeer peer(
+TEST_F(TLSTest, RedirectMayLeadToTLSButNotAwayFromIt) {
+  ScriptedPeer plain(
       {reply("HTTP/1.1 302 Found\r\nLocation: " + address() + "\r\nContent-Length: 0\r\n\r\n")});
-  Exchange exchange(peer.url(), "GET", "");
-  exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, string(file("cert.pem")).get());
-  exchange.followRedirects().run();
-  EXPECT_EQ(exchange.error(), "none");
+  std::ofstream(file("away")) << "HTTP/1.1 302 Found\r\nLocation: " + plain.url() +
+                                     "\r\nContent-Length: 0\r\n\r\n";
+  for (const auto& [from, error] :
+       {std::pair(plain.url(), "none"), {address("127.0.0.1", "/away"), "http 4"}}) {
+    SCOPED_TRACE(from);
+    Exchange exchange(from, "GET", "");
+    exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, authority().get());
+    exchange.followRedirects().run();
+    EXPECT_EQ(exchange.error(), error);
+  }
+  EXPECT_EQ(plain.requests().size(), 1u);
 }
 
 }  // namespace
