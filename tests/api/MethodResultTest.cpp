@@ -11,9 +11,9 @@ namespace {
 using namespace support;
 
 std::string resultOf(const vx::WebServiceResult& result) {
-  EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary()),
-            BQDictionaryGetCount(result.resultDictionary()) > 0);
-  return notation(result.resultDictionary());
+  EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary.get()),
+            BQDictionaryGetCount(result.resultDictionary.get()) > 0);
+  return notation(result.resultDictionary.get());
 }
 
 TEST(MethodResult, IsAFaultByTheTrueObjectAlone) {
@@ -40,15 +40,15 @@ TEST(MethodResult, TellsWhatFailed) {
   ofProtocol.becomeFault(BQSTR("No such method"), 7, nullptr, kBQStringEncodingUTF8);
   EXPECT_EQ(resultOf(ofProtocol), "{/kVXResultIsFault: true, /FaultString: 'No such method', /FaultCode: 7}");
   withDetail.becomeFault(BQSTR("s"), 7, blob("\xe9"), kBQStringEncodingISOLatin1);
-  EXPECT_EQ(notation(BQDictionaryGetValue(withDetail.resultDictionary(), kVXFaultExtra)), "'\u00e9'");
+  EXPECT_EQ(notation(BQDictionaryGetValue(withDetail.resultDictionary.get(), kVXFaultExtra)), "'\u00e9'");
   byError.becomeFault(BQSTR("s"), 7, blob("\xe9"), kBQStringEncodingUTF8);
-  EXPECT_EQ(BQDictionaryGetValue(byError.resultDictionary(), kVXFaultExtra), nullptr)
+  EXPECT_EQ(BQDictionaryGetValue(byError.resultDictionary.get(), kVXFaultExtra), nullptr)
       << "detail that is no text";
 }
 
 TEST(MethodResult, ALaterFaultReplacesTheEntriesOfAnEarlierOne) {
   vx::WebServiceResult result;
-  BQDictionarySetValue(result.resultDictionary(), kVXMethodInvocationResult, kBQNull);
+  BQDictionarySetValue(result.resultDictionary.get(), kVXMethodInvocationResult, kBQNull);
   result.becomeFault(BQSTR("server"), 7, blob("detail"), kBQStringEncodingUTF8);
   result.becomeFault(BQSTR("message"));
   EXPECT_EQ(resultOf(result),
