@@ -81,9 +81,19 @@ const std::vector<Payload>& payloads() {
       {"structs", [] { return makeStructs(); }},
       {"ints", [] { return makeIntegers(kIntegerCount, 31); }},
       {"data", [] { return makeData(kDataLength, 1); }},
-      {"small", [] { return makeStruct(1); }},
+      structPayload(),
   };
   return all;
+}
+
+const Payload& integerPayload() {
+  static const Payload payload = {"int", [] { return makeInteger(42); }};
+  return payload;
+}
+
+const Payload& structPayload() {
+  static const Payload payload = {"struct", [] { return makeStruct(1); }};
+  return payload;
 }
 
 VXProtocolHandlerRef sharedHandler() {

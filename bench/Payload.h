@@ -19,8 +19,12 @@ struct Payload {
   std::function<Owned<const void>()> makeValue;
 };
 
-/* The values that are encoded and decoded, from large to small. */
+/* The values that are encoded and decoded. */
 const std::vector<Payload>& payloads();
+
+/* The values that are sent to a server and back: an integer, and one small structure. */
+const Payload& integerPayload();
+const Payload& structPayload();
 
 /* The handler that all documents go through. */
 VXProtocolHandlerRef sharedHandler();

@@ -38,9 +38,10 @@ typedef struct __BQRuntimeClass {
   bool (*equal)(BQTypeRef first, BQTypeRef second);
   /** Hash of an instance; made of its address if null. */
   BQHashCode (*hash)(BQTypeRef object);
-  /** The text that "%@" inserts, owned by the caller; `copyDebugDesc` if null. */
+  /** The text that "%@" inserts, owned by the caller; `copyDebugDesc` if null, and class name and
+   * address if both are. */
   const BQString* (*copyFormattingDesc)(BQTypeRef object);
-  /** The text that describes an instance, owned by the caller; class name and address if null. */
+  /** The text that describes an instance, owned by the caller; `copyFormattingDesc` if null. */
   const BQString* (*copyDebugDesc)(BQTypeRef object);
 } __BQRuntimeClass;
 
@@ -54,8 +55,9 @@ typedef struct __BQRuntimeClass BQRuntimeClass;
 BQ_EXPORT BQTypeID _BQRuntimeRegisterClass(const BQRuntimeClass* runtimeClass);
 
 /**
- * Makes an instance of a registered class: the header and `extraBytes` zeroed bytes, with one
- * reference that the caller owns. Null for an unknown class, a negative size or exhausted memory.
+ * Makes an instance of a class that was registered: the header and `extraBytes` zeroed bytes, with
+ * one reference that the caller owns. Null for an unknown class, one of the values' own classes, a
+ * negative size or exhausted memory.
  */
 BQ_EXPORT BQTypeRef _BQRuntimeCreateInstance(BQTypeID typeID, BQIndex extraBytes);
 

@@ -18,8 +18,11 @@ const BQData* SOAPWebServiceMethodInvocation::constructMessage(const BQString**)
   return handler.createRequest(methodName_.get(), params(), paramOrder(), nullptr);
 }
 
-/* No request is written yet, so that no reply arrives. */
-void SOAPWebServiceMethodInvocation::parseReply(WebServiceResult*, const BQTree*) {}
+void SOAPWebServiceMethodInvocation::parseReply(WebServiceResult* result, const BQTree* tree) {
+  SOAPProtocolHandler handler(protocol_.get());
+  handler.setParentSerializer(this);
+  handler.parseReply(result, methodName_.get(), tree);
+}
 
 VXRunLoopSource* SOAPWebServiceMethodInvocation::createRunLoopSource() {
   return new HTTPClosureSource(this, getServiceURL());

@@ -38,7 +38,9 @@ BQArray* AutoArray::getMutableArray() {
   return mutableArray_;
 }
 
-BQIndex AutoArray::getCount() const { return BQArrayGetCount(getImmutableArray()); }
+BQIndex AutoArray::getCount() const {
+  return BQArrayGetCount(getImmutableArray());
+}
 
 void AutoArray::appendValue(const void* value) {
   if (value != nullptr) BQArrayAppendValue(getMutableArray(), value);

@@ -49,8 +49,12 @@ void AutoDict::addValue(const BQString* key, const void* value) {
   if (value != nullptr) BQDictionarySetValue(getMutableDict(), key, value);
 }
 
-BQTypeRef AutoDict::getValue(const BQString* key) const { return BQDictionaryGetValue(getImmutableDict(), key); }
+BQTypeRef AutoDict::getValue(const BQString* key) const {
+  return BQDictionaryGetValue(getImmutableDict(), key);
+}
 
-BQIndex AutoDict::getCount() const { return BQDictionaryGetCount(getImmutableDict()); }
+BQIndex AutoDict::getCount() const {
+  return BQDictionaryGetCount(getImmutableDict());
+}
 
 }  // namespace vx

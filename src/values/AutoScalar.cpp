@@ -23,10 +23,18 @@ AutoScalar::AutoScalar(int value) : value_(BQNumberCreate(kBQNumberIntType, &val
 AutoScalar::AutoScalar(long value) : value_(makeInt32(value)) {}
 AutoScalar::AutoScalar(float value) : value_(BQNumberCreate(kBQNumberFloatType, &value)) {}
 AutoScalar::AutoScalar(double value) : value_(BQNumberCreate(kBQNumberDoubleType, &value)) {}
-AutoScalar::~AutoScalar() { BQRelease(value_); }
+AutoScalar::~AutoScalar() {
+  BQRelease(value_);
+}
 
-int AutoScalar::toInt() const { return read<int32_t>(value_, kBQNumberSInt32Type); }
-float AutoScalar::toFloat() const { return read<float>(value_, kBQNumberFloatType); }
-double AutoScalar::toDouble() const { return read<double>(value_, kBQNumberDoubleType); }
+int AutoScalar::toInt() const {
+  return read<int32_t>(value_, kBQNumberSInt32Type);
+}
+float AutoScalar::toFloat() const {
+  return read<float>(value_, kBQNumberFloatType);
+}
+double AutoScalar::toDouble() const {
+  return read<double>(value_, kBQNumberDoubleType);
+}
 
 }  // namespace vx

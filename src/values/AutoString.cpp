@@ -18,7 +18,9 @@ AutoString::AutoString(const char* format, ...) {
   va_end(arguments);
 }
 
-AutoString::~AutoString() { BQRelease(value_); }
+AutoString::~AutoString() {
+  BQRelease(value_);
+}
 
 void AutoString::setString(const BQString* value) {
   BQRetain(value);

@@ -13,6 +13,8 @@ AutoURL::AutoURL(const BQString* text) : value_(BQURLCreateWithString(text, null
 AutoURL::AutoURL(const char* text)
     : AutoURL(own(BQStringCreateWithCString(text, kBQStringEncodingUTF8)).get()) {}
 
-AutoURL::~AutoURL() { BQRelease(value_); }
+AutoURL::~AutoURL() {
+  BQRelease(value_);
+}
 
 }  // namespace vx

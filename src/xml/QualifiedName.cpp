@@ -12,7 +12,9 @@
 namespace vx {
 namespace {
 
-const BQString* retained(BQTypeRef string) { return static_cast<const BQString*>(BQRetain(string)); }
+const BQString* retained(BQTypeRef string) {
+  return static_cast<const BQString*>(BQRetain(string));
+}
 
 const BQString* copyRange(const BQString* string, size_t start, size_t end) {
   return BQStringCreateSubstring(string,
@@ -29,7 +31,8 @@ size_t findSeparator(const BQString* name, char separator) {
 
 VX_DEFINE_STRING(kDefaultNamespaceKey, "__defaultNamespace");
 
-void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace, const BQString** outLocalName) {
+void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
+                                const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t bar = findSeparator(name, '|');
@@ -42,8 +45,8 @@ void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamesp
   }
 }
 
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName, const BQString** outNamespace,
-                         const BQString** outLocalName) {
+void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+                         const BQString** outNamespace, const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t colon = findSeparator(qualifiedName, ':');

@@ -30,13 +30,24 @@ char* put(char* out, std::string_view piece) {
   return out + piece.size();
 }
 
+char* put(char* out, XMLBuffer::Pieces pieces) {
+  for (std::string_view piece : pieces) out = put(out, piece);
+  return out;
+}
+
+size_t sizeOf(XMLBuffer::Pieces pieces) {
+  size_t size = 0;
+  for (std::string_view piece : pieces) size += piece.size();
+  return size;
+}
+
 char* putIndent(char* out, int level) {
   std::memcpy(out, kBlanks, kDeepestIndent); /* a fixed size is quicker; there is room */
   return out + indentOf(level);
 }
 
 char* putLineEnd(char* out) {
-  return put(out, "\r\n");
+  return put(out, std::string_view("\r\n"));
 }
 
 /* What a line needs besides its pieces. */
@@ -84,30 +95,22 @@ void XMLBuffer::addTo(int level, const BQString* format, va_list arguments) {
   BQStringAppend(text_.get(), BQSTR("\r\n"));
 }
 
-void XMLBuffer::addLine(int level, std::initializer_list<std::string_view> pieces) {
-  size_t size = kLineRoom;
-  for (std::string_view piece : pieces) size += piece.size();
-  char* start = reserve(size);
-  char* end = putIndent(start, level);
-  for (std::string_view piece : pieces) end = put(end, piece);
-  commit(start, putLineEnd(end));
+void XMLBuffer::addLine(int level, Pieces pieces) {
+  char* start = reserve(kLineRoom + sizeOf(pieces));
+  commit(start, putLineEnd(put(putIndent(start, level), pieces)));
 }
 
-void XMLBuffer::addEncodedLine(int level, std::string_view before, const BQString* text,
-                               std::string_view after) {
+void XMLBuffer::addEncodedLine(int level, Pieces before, const BQString* text, Pieces after) {
   std::string_view content = textOf(text);
-  char* start = reserve(kLineRoom + before.size() + entityEncodedRoom(content) + after.size());
+  char* start = reserve(kLineRoom + sizeOf(before) + entityEncodedRoom(content) + sizeOf(after));
   char* end = put(putIndent(start, level), before);
-  end = entityEncode(content, end);
-  commit(start, putLineEnd(put(end, after)));
+  commit(start, putLineEnd(put(entityEncode(content, end), after)));
 }
 
-void XMLBuffer::addBase64Line(int level, std::string_view before, const BQData* data, int indent,
-                              std::string_view after) {
-  char* start = reserve(kLineRoom + before.size() + base64Length(data, indent) + after.size());
+void XMLBuffer::addBase64Line(int level, Pieces before, const BQData* data, int indent, Pieces after) {
+  char* start = reserve(kLineRoom + sizeOf(before) + base64Length(data, indent) + sizeOf(after));
   char* end = put(putIndent(start, level), before);
-  end = writeBase64(data, indent, end);
-  commit(start, putLineEnd(put(end, after)));
+  commit(start, putLineEnd(put(writeBase64(data, indent, end), after)));
 }
 
 bool XMLBuffer::enterContainer() {

@@ -65,7 +65,7 @@ TEST(Base64, IsLaidOutByIndentForEverySize) {
       std::string expected = layoutOf(plain, indent);
       ASSERT_EQ(encoded(plain, indent), expected) << length << " bytes, indent " << indent;
       vx::XMLBuffer buffer(kBQStringEncodingUTF8);
-      buffer.addBase64Line(0, "<", blob(plain), indent, ">");
+      buffer.addBase64Line(0, {"<"}, blob(plain), indent, {">"});
       ASSERT_EQ(bytes(Value::adopt(buffer.copyData())).substr(40), "<" + expected + ">\r\n");
       ASSERT_EQ(decoded(expected), plain);
     }

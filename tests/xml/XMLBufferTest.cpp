@@ -50,7 +50,7 @@ TEST(XMLBuffer, LinesEndWithCRLF) {
   EXPECT_EQ(documentOf(buffer), kDeclaration + "  \r\n  5 2.5 <&> %\r\n");
   buffer.addTo(0, BQSTR("\u00e9\nsecond %s"), "part");
   buffer.addLine(0, {});
-  buffer.addEncodedLine(1, "<a>", BQSTR("<'b'>"), "</a>");
+  buffer.addEncodedLine(1, {"<a>"}, BQSTR("<'b'>"), {"</a>"});
   EXPECT_EQ(documentOf(buffer).substr(kDeclaration.size()),
             "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n  <a>&lt;&apos;b&apos;&gt;</a>\r\n");
 }

@@ -75,6 +75,11 @@ bool VXSerializerBase::hasSerializationOverrides() const {
          (parentSerializer_ != nullptr && parentSerializer_->hasSerializationOverrides());
 }
 
+bool VXSerializerBase::hasDeserializationOverrides() const {
+  return !deserializationOverrides_.empty() ||
+         (parentSerializer_ != nullptr && parentSerializer_->hasDeserializationOverrides());
+}
+
 const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
   Owned<const BQString> result;
   if (parentSerializer_ != nullptr) result = own(parentSerializer_->seriailizeOverride(value));

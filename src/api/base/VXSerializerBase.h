@@ -40,8 +40,9 @@ class VXSerializerBase {
   void addDeserializationOverride(const BQString* typeNamespace, const BQString* typeName,
                                   VXDeserializeOverrideFunc function, const VXClientContext* context);
 
-  /* Whether any override for writing is registered here or at a parent. */
+  /* Whether any override for writing, or for reading, is registered here or at a parent. */
   bool hasSerializationOverrides() const;
+  bool hasDeserializationOverrides() const;
 
   /* The text of the override for a value, owned by the caller, or null. */
   const BQString* seriailizeOverride(const void* value);

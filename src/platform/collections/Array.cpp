@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "platform/collections/ContainerComparison.h"
 #include "platform/object/Classes.h"
-#include "platform/object/DepthGuard.h"
 #include "platform/object/Object.h"
 
 /* `values` lie right behind an immutable array and in memory of their own for a mutable one. */
@@ -19,6 +19,8 @@ namespace {
 
 constexpr uint16_t kMutable = kClassFlag;
 constexpr uint64_t kSmallestCapacity = 4;
+/* No memory holds more; beyond, the size of an array would overflow. */
+constexpr BQIndex kMaximumCount = PTRDIFF_MAX / 16;
 
 struct MutableArray : BQArray {
   uint64_t capacity;
@@ -42,15 +44,16 @@ BQTypeRef* slotAt(MutableArray* array, BQIndex index) {
   return inRange ? array->values + index : nullptr;
 }
 
-bool equalArrays(BQTypeRef first, BQTypeRef second) {
+bool equalValues(BQTypeRef first, BQTypeRef second) {
   const BQArray *left = asArray(first), *right = asArray(second);
-  if (left->count != right->count) return false;
-  DepthGuard guard;
-  if (guard.tooDeep()) return false;
   for (uint64_t i = 0; i < left->count; ++i) {
     if (!BQEqual(left->values[i], right->values[i])) return false;
   }
   return true;
+}
+
+bool equalArrays(BQTypeRef first, BQTypeRef second) {
+  return asArray(first)->count == asArray(second)->count && compareContainers(first, second, equalValues);
 }
 
 BQHashCode hashArray(BQTypeRef object) {
@@ -100,7 +103,7 @@ BQTypeID BQArrayGetTypeID(void) {
 }
 
 const BQArray* BQArrayCreate(const BQTypeRef* values, BQIndex count) {
-  if (count < 0 || (values == nullptr && count > 0)) return nullptr;
+  if (count < 0 || count > bq::kMaximumCount || (values == nullptr && count > 0)) return nullptr;
   auto size = static_cast<uint64_t>(count);
   void* memory = bq::allocate(sizeof(BQArray) + size * sizeof(BQTypeRef));
   auto* inside = reinterpret_cast<BQTypeRef*>(static_cast<char*>(memory) + sizeof(BQArray));

@@ -64,6 +64,14 @@ void ensureCapacity(MutableData* data, uint64_t capacity) {
   data->bytes = static_cast<uint8_t*>(reallocate(data->bytes, data->capacity));
 }
 
+/* Makes room for bytes, which may be some of the data itself, and gives where they then stand. */
+const uint8_t* growFor(MutableData* data, const uint8_t* bytes, uint64_t size) {
+  auto offset = reinterpret_cast<uintptr_t>(bytes) - reinterpret_cast<uintptr_t>(data->bytes);
+  bool isInside = offset < data->capacity;
+  ensureCapacity(data, data->length + size);
+  return isInside ? data->bytes + offset : bytes;
+}
+
 bool isUsable(const void* bytes, BQIndex length) {
   return length >= 0 && (bytes != nullptr || length == 0);
 }
@@ -138,8 +146,8 @@ void BQDataAppendBytes(BQData* data, const void* bytes, BQIndex length) {
   MutableData* target = bq::asMutable(data);
   if (target == nullptr || bytes == nullptr || length <= 0) return;
   auto size = static_cast<uint64_t>(length);
-  bq::ensureCapacity(target, target->length + size);
-  std::memcpy(target->bytes + target->length, bytes, size);
+  const uint8_t* source = bq::growFor(target, static_cast<const uint8_t*>(bytes), size);
+  std::memmove(target->bytes + target->length, source, size);
   target->length += size;
 }
 

@@ -7,9 +7,9 @@
 
 #include <BQ/BQString.h>
 
+#include "platform/collections/ContainerComparison.h"
 #include "platform/collections/HashIndex.h"
 #include "platform/object/Classes.h"
-#include "platform/object/DepthGuard.h"
 #include "platform/object/Object.h"
 #include "platform/text/StringImpl.h"
 
@@ -154,16 +154,19 @@ bool isMutable(BQDictionary* dictionary) {
   return isDictionary(dictionary) && dictionary->hasFlag(kMutable);
 }
 
-bool equalDictionaries(BQTypeRef first, BQTypeRef second) {
-  const BQDictionary *left = asDictionary(first), *right = asDictionary(second);
-  if (left->count() != right->count()) return false;
-  DepthGuard guard;
-  if (guard.tooDeep()) return false;
+bool equalPairs(BQTypeRef first, BQTypeRef second) {
+  const BQDictionary* right = asDictionary(second);
   bool equal = true;
-  left->forEach([right, &equal](BQTypeRef key, BQTypeRef value) {
-    equal = equal && right->contains(key) && BQEqual(value, right->valueFor(key));
+  asDictionary(first)->forEach([right, &equal](BQTypeRef key, BQTypeRef value) {
+    equal =
+        equal && BQEqual(value, right->valueFor(key)); /* null, and so unlike any value, if there is none */
   });
   return equal;
+}
+
+bool equalDictionaries(BQTypeRef first, BQTypeRef second) {
+  return asDictionary(first)->count() == asDictionary(second)->count() &&
+         compareContainers(first, second, equalPairs);
 }
 
 BQHashCode hashDictionary(BQTypeRef object) {

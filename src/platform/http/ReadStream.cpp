@@ -163,7 +163,7 @@ void BQReadStream::joinMode(const BQString* mode) {
 }
 
 void BQReadStream::onChange(void* context) {
-  BQRunLoopSourceSignal(static_cast<BQReadStream*>(context)->source_.get());
+  static_cast<BQReadStream*>(context)->signal();
 }
 
 /* The thread ends. */
@@ -189,15 +189,23 @@ BQStreamEventType BQReadStream::nextEvent() const {
 void BQReadStream::signalIfPending() {
   BQStreamEventType event = nextEvent();
   bool isUnwanted = event == kBQStreamEventHasBytesAvailable && !client_.wants(event);
-  if (event != kBQStreamEventNone && !isUnwanted) BQRunLoopSourceSignal(source_.get());
+  if (event != kBQStreamEventNone && !isUnwanted) signal();
+}
+
+/* A transfer has news several times in a row, and a signal takes a lock. */
+void BQReadStream::signal() {
+  if (!std::exchange(isSignalled_, true)) BQRunLoopSourceSignal(source_.get());
 }
 
 /* Every report may close, reschedule or release the stream, or run the loop. */
 void BQReadStream::deliver() {
   auto self = Ref<BQReadStream>::retain(this);
+  isSignalled_ = false;
   if (nextEvent() == kBQStreamEventOpenCompleted) {
     isOpenReported_ = true;
     report(kBQStreamEventOpenCompleted);
+    bool wasReleased = BQGetRetainCount(this) == 1;
+    if (wasReleased) return;
   }
   BQStreamEventType event = nextEvent();
   if (event == kBQStreamEventHasBytesAvailable) {

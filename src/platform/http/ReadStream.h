@@ -62,6 +62,7 @@ struct BQReadStream : bq::Object {
   void joinMode(const BQString* mode);
   BQStreamEventType nextEvent() const;
   void signalIfPending();
+  void signal();
   void deliver();
   void report(BQStreamEventType event);
   void endTransfer(BQStreamStatus status);
@@ -81,6 +82,7 @@ struct BQReadStream : bq::Object {
   bq::TransferEngine* engine_ = nullptr;
   bq::Transfer* transfer_ = nullptr;
   bq::Ref<BQRunLoopSource> source_;
+  bool isSignalled_ = false;
 
   /* What is left afterwards. */
   BQStreamStatus status_ = kBQStreamStatusNotOpen;

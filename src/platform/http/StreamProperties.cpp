@@ -100,16 +100,16 @@ BQTypeRef StreamProperties::get(const BQString* key) const {
 
 BQStreamError StreamProperties::readInto(TransferOptions& options) const {
   if (BQTypeRef proxy = values_[kProxy].get()) {
-    options.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
-    if (options.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
+    options.connection.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
+    if (options.connection.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
   }
   BQTypeRef size = values_[kMaximumReplySize].get();
   if (size != nullptr && !readSize(size, options.maximumReplySize))
     return {kBQStreamErrorDomainPOSIX, EINVAL};
   options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
-  options.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
+  options.connection.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
   const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());
-  options.certificateAuthorityFile = Ref<const BQString>::retain(file);
+  options.connection.certificateAuthorityFile = textOf(file);
   return kNoError;
 }
 

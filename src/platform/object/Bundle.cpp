@@ -1,6 +1,7 @@
 #include <BQ/BQBundle.h>
 
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include <BQ/BQDictionary.h>
@@ -27,6 +28,7 @@ struct Registry {
   std::vector<BQBundle*> bundles;
 
   BQBundle* find(const BQString* identifier) {
+    if (!isInstance(identifier, kStringTypeID)) return nullptr;
     for (BQBundle* bundle : bundles) {
       if (BQEqual(bundle->identifier.get(), identifier)) return bundle;
     }
@@ -51,7 +53,9 @@ BQTypeID BQBundleGetTypeID(void) {
 }
 
 void BQBundleRegister(const BQString* identifier, const BQDictionary* info) {
-  if (identifier == nullptr || info == nullptr) return;
+  if (!bq::isInstance(identifier, bq::kStringTypeID) || !bq::isInstance(info, bq::kDictionaryTypeID)) return;
+  /* Outside of the lock go the copy and, at the end, what it replaced: its values may look for bundles. */
+  auto copy = bq::Ref<const BQDictionary>::adopt(BQDictionaryCreateCopy(info));
   bq::Registry& registry = bq::registry();
   std::lock_guard<std::mutex> lock(registry.mutex);
   BQBundle* bundle = registry.find(identifier);
@@ -60,7 +64,7 @@ void BQBundleRegister(const BQString* identifier, const BQDictionary* info) {
     bundle->identifier = bq::Ref<const BQString>::adopt(BQStringCreateCopy(identifier));
     registry.bundles.push_back(bundle);
   }
-  bundle->info = bq::Ref<const BQDictionary>::adopt(BQDictionaryCreateCopy(info));
+  std::swap(bundle->info, copy);
 }
 
 BQBundle* BQBundleGetBundleWithIdentifier(const BQString* identifier) {

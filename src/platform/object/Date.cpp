@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cmath>
 #include <functional>
+#include <limits>
 
 #include "platform/object/Classes.h"
 #include "platform/object/Object.h"
@@ -25,8 +26,6 @@ constexpr int64_t kDaysPerCycle = 146097;
 constexpr int64_t kYearsPerCycle = 400;
 constexpr double kSecondsPerDay = 86400.0;
 constexpr sys_days kReferenceDay = year{2001} / 1 / 1;
-/* Times beyond year 2 thousand million would overflow the year field. */
-constexpr double kLatestTime = 6.3e16;
 
 int64_t floorDivide(int64_t value, int64_t divisor) {
   int64_t quotient = value / divisor;
@@ -44,6 +43,17 @@ int64_t daysToMonth(int64_t anyYear, int64_t anyMonth) {
   auto yearOfCycle = static_cast<int>(anyYear - cycle * kYearsPerCycle);
   sys_days day = year{yearOfCycle} / std::chrono::month{monthOfYear} / 1;
   return (day - kReferenceDay).count() + cycle * kDaysPerCycle;
+}
+
+/* The times that the year field can hold: whole days, exact as doubles, and the double before the end. */
+double earliestTime() {
+  static const auto day = static_cast<double>(daysToMonth(std::numeric_limits<int32_t>::min(), 1));
+  return day * kSecondsPerDay;
+}
+double latestTime() {
+  static const auto end =
+      static_cast<double>(daysToMonth(int64_t{std::numeric_limits<int32_t>::max()} + 1, 1));
+  return std::nextafter(end * kSecondsPerDay, 0);
 }
 
 bool equalDates(BQTypeRef first, BQTypeRef second) {
@@ -86,7 +96,7 @@ BQAbsoluteTime BQGregorianDateGetAbsoluteTime(BQGregorianDate date) {
 
 BQGregorianDate BQAbsoluteTimeGetGregorianDate(BQAbsoluteTime time) {
   if (std::isnan(time)) time = 0;
-  time = std::fmin(std::fmax(time, -bq::kLatestTime), bq::kLatestTime);
+  time = std::fmin(std::fmax(time, bq::earliestTime()), bq::latestTime());
   double wholeDays = std::floor(time / bq::kSecondsPerDay);
   double secondOfDay = time - wholeDays * bq::kSecondsPerDay;
   if (secondOfDay >= bq::kSecondsPerDay) {

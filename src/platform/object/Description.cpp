@@ -1,3 +1,5 @@
+#include "platform/object/Description.h"
+
 #include <cstdio>
 
 #include <charconv>
@@ -13,7 +15,6 @@
 #include <BQ/BQString.h>
 
 #include "platform/object/Classes.h"
-#include "platform/object/DepthGuard.h"
 #include "platform/object/Object.h"
 #include "platform/text/StringImpl.h"
 
@@ -23,22 +24,49 @@ namespace {
 /* Data longer than this shows only its beginning. */
 constexpr BQIndex kMaximumBytesShown = 64;
 
-/* Appends descriptions to one text, so that nesting does not copy what is inside. */
-class Describer {
- public:
-  explicit Describer(BQString* out) : out_(out) {}
+using InstanceDescriber = const BQString* (*)(BQTypeRef);
 
-  /* What stands alone: a string shows as it is. */
-  void describe(BQTypeRef object) {
-    if (isInstance(object, kStringTypeID)) {
-      BQStringAppend(out_, static_cast<const BQString*>(object));
-    } else {
-      describeNested(object);
-    }
+/*
+ * An object whose inside is being described, from here to the end of the scope, by a function of its
+ * class or without one. Descriptions within descriptions, by way of such functions, count as well.
+ */
+class OpenObject {
+ public:
+  explicit OpenObject(BQTypeRef object, InstanceDescriber describer = nullptr)
+      : object_(object),
+        describer_(describer),
+        outer_(innermost_),
+        depth_(outer_ == nullptr ? 1 : outer_->depth_ + 1) {
+    innermost_ = this;
+  }
+  ~OpenObject() { innermost_ = outer_; }
+  OpenObject(const OpenObject&) = delete;
+  OpenObject& operator=(const OpenObject&) = delete;
+
+  /* Whether to leave the inside out: the object is inside itself, or too deep. */
+  bool mustBeCut() const {
+    if (depth_ > kMaximumDepth) return true;
+    const OpenObject* open = outer_;
+    while (open != nullptr && !(open->object_ == object_ && open->describer_ == describer_))
+      open = open->outer_;
+    return open != nullptr;
   }
 
  private:
-  void describeNested(BQTypeRef object) {
+  static inline thread_local const OpenObject* innermost_ = nullptr;
+
+  BQTypeRef object_;
+  InstanceDescriber describer_;
+  const OpenObject* outer_;
+  int depth_;
+};
+
+/* Appends descriptions to one text, so that nesting does not copy what is inside. */
+class Describer {
+ public:
+  explicit Describer(MutableString* out) : out_(out) {}
+
+  void describe(BQTypeRef object) {
     if (object == nullptr) return add("(null)");
     switch (baseOf(object)->typeID) {
       case kStringTypeID:
@@ -58,16 +86,30 @@ class Describer {
       case kDictionaryTypeID:
         return addDictionary(static_cast<const BQDictionary*>(object));
       default:
-        return addInstance(object);
+        return addInstance(object, describerOf(classOf(baseOf(object)->typeID)));
     }
   }
 
-  void add(std::string_view text) {
-    BQStringAppendUTF8(out_, text.data(), static_cast<BQIndex>(text.size()));
+  static InstanceDescriber describerOf(const BQRuntimeClass* runtimeClass) {
+    return runtimeClass->copyDebugDesc != nullptr ? runtimeClass->copyDebugDesc
+                                                  : runtimeClass->copyFormattingDesc;
   }
 
+  /* The text that a class' function gives, or the class and the address. */
+  void addInstance(BQTypeRef object, InstanceDescriber describer) {
+    OpenObject open(object, describer);
+    if (open.mustBeCut()) return add("...");
+    Ref<const BQString> text;
+    if (describer != nullptr) text = Ref<const BQString>::adopt(describer(object));
+    if (text) return BQStringAppend(out_, text.get());
+    BQStringAppendFormat(out_, BQSTR("<%s %p>"), classOf(baseOf(object)->typeID)->className, object);
+  }
+
+ private:
+  void add(std::string_view text) { appendText(out_, text); }
+
   void addQuoted(const BQString* string) {
-    std::string_view text(BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string)));
+    std::string_view text = viewOf(string);
     add("\"");
     size_t start = 0;
     for (size_t i = 0; i < text.size(); ++i) {
@@ -138,53 +180,58 @@ class Describer {
   }
 
   void addArray(const BQArray* array) {
-    DepthGuard guard;
-    if (guard.tooDeep()) return add("...");
+    OpenObject open(array);
+    if (open.mustBeCut()) return add("...");
     add("[");
     for (BQIndex i = 0; i < BQArrayGetCount(array); ++i) {
       if (i > 0) add(", ");
-      describeNested(BQArrayGetValueAtIndex(array, i));
+      describe(BQArrayGetValueAtIndex(array, i));
     }
     add("]");
   }
 
   void addDictionary(const BQDictionary* dictionary) {
-    DepthGuard guard;
-    if (guard.tooDeep()) return add("...");
+    OpenObject open(dictionary);
+    if (open.mustBeCut()) return add("...");
     auto count = static_cast<size_t>(BQDictionaryGetCount(dictionary));
     std::vector<BQTypeRef> keys(count), values(count);
     BQDictionaryGetKeysAndValues(dictionary, keys.data(), values.data());
     add("{");
     for (size_t i = 0; i < count; ++i) {
       if (i > 0) add(", ");
-      describeNested(keys[i]);
+      describe(keys[i]);
       add(": ");
-      describeNested(values[i]);
+      describe(values[i]);
     }
     add("}");
   }
 
-  void addInstance(BQTypeRef object) {
-    const BQRuntimeClass* runtimeClass = classOf(baseOf(object)->typeID);
-    auto describeInstance = runtimeClass->copyFormattingDesc != nullptr ? runtimeClass->copyFormattingDesc
-                                                                        : runtimeClass->copyDebugDesc;
-    Ref<const BQString> text;
-    if (describeInstance != nullptr) text = Ref<const BQString>::adopt(describeInstance(object));
-    if (text) return BQStringAppend(out_, text.get());
-    BQStringAppendFormat(out_, BQSTR("<%s %p>"), runtimeClass->className, object);
-  }
-
-  BQString* out_;
+  MutableString* out_;
 };
 
 }  // namespace
+
+void appendFormattingDescription(MutableString* out, BQTypeRef object) {
+  if (isString(object)) return BQStringAppend(out, static_cast<const BQString*>(object));
+  if (isInstance(object, kArrayTypeID) || isInstance(object, kDictionaryTypeID)) {
+    auto text = Ref<const BQString>::adopt(BQCopyDescription(object)); /* `out` may be in the container */
+    return BQStringAppend(out, text.get());
+  }
+  const BQRuntimeClass* runtimeClass = object == nullptr ? nullptr : classOf(baseOf(object)->typeID);
+  if (runtimeClass != nullptr && runtimeClass->copyFormattingDesc != nullptr) {
+    Describer(out).addInstance(object, runtimeClass->copyFormattingDesc);
+  } else {
+    Describer(out).describe(object);
+  }
+}
+
 }  // namespace bq
 
 const BQString* BQCopyDescription(BQTypeRef object) {
   if (bq::isInstance(object, bq::kStringTypeID))
     return BQStringCreateCopy(static_cast<const BQString*>(object));
   BQString* text = BQStringCreateMutable(0);
-  bq::Describer(text).describe(object);
+  bq::Describer(bq::asMutableString(text)).describe(object);
   return bq::freeze(text);
 }
 

@@ -107,12 +107,9 @@ bool storeInteger(const BQNumber* number, void* out) {
 template <class T>
 bool storeReal(const BQNumber* number, void* out) {
   double value = number->isFloat() ? number->real : static_cast<double>(number->integer);
-  bool overflows =
-      std::isfinite(value) && std::abs(value) > static_cast<double>(std::numeric_limits<T>::max());
-  T result = overflows ? std::copysign(std::numeric_limits<T>::infinity(), static_cast<T>(value > 0 ? 1 : -1))
-                       : static_cast<T>(value);
+  T result = static_cast<T>(value);
   std::memcpy(out, &result, sizeof result);
-  return !overflows;
+  return !std::isinf(result) || std::isinf(value);
 }
 
 BQComparisonResult order(bool less, bool greater) {

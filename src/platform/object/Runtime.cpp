@@ -144,7 +144,7 @@ BQTypeID _BQRuntimeRegisterClass(const BQRuntimeClass* runtimeClass) {
 
 BQTypeRef _BQRuntimeCreateInstance(BQTypeID typeID, BQIndex extraBytes) {
   const BQRuntimeClass* runtimeClass = bq::classOf(typeID);
-  if (runtimeClass == nullptr || extraBytes < 0) return nullptr;
+  if (runtimeClass == nullptr || typeID < bq::kFixedTypeCount || extraBytes < 0) return nullptr;
   void* memory = std::calloc(1, sizeof(BQRuntimeBase) + static_cast<size_t>(extraBytes));
   if (memory == nullptr) return nullptr;
   new (memory) BQRuntimeBase{static_cast<uint16_t>(typeID), 0, 1};

@@ -44,8 +44,6 @@ class BQRunLoop::Run {
   std::atomic<bool> stopped_{false};
 };
 
-BQRunLoop::BQRunLoop(BQTypeID typeID) : Object(typeID), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
 BQRunLoop::~BQRunLoop() {
   if (wakeUp_ >= 0) close(wakeUp_);
 }
@@ -134,6 +132,7 @@ BQRunLoopRunResult BQRunLoop::run(const BQString* modeName, BQTimeInterval secon
   if (mode == nullptr || isEmpty(*mode)) return kBQRunLoopRunFinished;
   const Nanoseconds limit =
       seconds > 0 ? bq::addClamped(bq::monotonicTime(), bq::nanosecondsOf(seconds)) : bq::kLongAgo;
+  openWakeUp();
   Run run(*this, *mode);
   for (;;) {
     const bool handled = pass(run, limit);
@@ -197,7 +196,10 @@ bool BQRunLoop::collectSignals(RunLoopMode& mode, std::vector<bq::PendingSignal>
 
 bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
   Nanoseconds timeout = until;
-  if (until != bq::kForever && until != bq::kLongAgo) timeout = until - bq::monotonicTime();
+  if (until != bq::kForever && until != bq::kLongAgo) {
+    const Nanoseconds now = bq::monotonicTime();
+    timeout = until > now ? until - now : 0;
+  }
   bq::DescriptorSet& descriptors = run.mode().descriptors;
   bq::ReadyDescriptors ready;
   if (timeout > 0 && fallAsleep(run)) {
@@ -210,6 +212,12 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
 }
 
 /* Sleep. */
+
+/* Tried again with each run where the process had no file descriptors left. */
+void BQRunLoop::openWakeUp() {
+  const std::lock_guard lock(mutex_);
+  if (wakeUp_ < 0) wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+}
 
 void BQRunLoop::stop() {
   const std::lock_guard lock(mutex_);

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include <BQ/BQObject.h>
 #include <BQ/BQString.h>
 
+#include "platform/object/Description.h"
 #include "platform/text/CLocale.h"
 #include "platform/text/Encoding.h"
 #include "platform/text/Replacement.h"
@@ -94,7 +94,7 @@ class Formatter {
       case '%':
         return appendText(out_, "%");
       case '@':
-        return writeObject(va_arg(arguments_, BQTypeRef));
+        return appendFormattingDescription(out_, va_arg(arguments_, BQTypeRef));
       case 'd':
       case 'i':
         return writeSigned(conversion);
@@ -122,15 +122,6 @@ class Formatter {
       default:
         return writeReal(conversion);
     }
-  }
-
-  void writeObject(BQTypeRef object) {
-    if (isString(object)) {
-      BQStringAppend(out_, static_cast<const BQString*>(object));
-      return;
-    }
-    auto description = Ref<const BQString>::adopt(BQCopyDescription(object));
-    appendText(out_, viewOf(description.get()));
   }
 
   void writeText(const Conversion& conversion, const char* text) {
@@ -182,7 +173,6 @@ class Formatter {
   }
 
   void writeReal(const Conversion& conversion) {
-    CLocale locale;
     if (conversion.length == Length::L) return print(conversion, va_arg(arguments_, long double));
     print(conversion, va_arg(arguments_, double));
   }
@@ -193,6 +183,7 @@ class Formatter {
     char specification[64];
     std::memcpy(specification, conversion.text.data(), conversion.text.size());
     specification[conversion.text.size()] = '\0';
+    CLocale locale;
     char small[128];
     int length = callPrint(small, sizeof small, specification, conversion.stars, argument);
     if (length < 0) return appendText(out_, "\xEF\xBF\xBD");
@@ -255,5 +246,7 @@ void BQStringAppendFormat(BQString* string, const BQString* format, ...) {
 void BQStringAppendFormatAndArguments(BQString* string, const BQString* format, va_list arguments) {
   bq::MutableString* target = bq::asMutableString(string);
   if (target == nullptr || !bq::isString(format)) return;
-  bq::Formatter(target, arguments).format(bq::viewOf(format));
+  bool isTarget = format == string; /* whose bytes may move */
+  auto kept = isTarget ? bq::Ref<const BQString>::adopt(BQStringCreateCopy(format)) : nullptr;
+  bq::Formatter(target, arguments).format(bq::viewOf(isTarget ? kept.get() : format));
 }

@@ -22,6 +22,14 @@ void ensureCapacity(MutableString* string, uint64_t capacity) {
   string->bytes = static_cast<char*>(reallocate(string->bytes, string->capacity + 1));
 }
 
+/* Makes room for a text, which may be a part of the string itself, and gives where it then stands. */
+std::string_view growFor(MutableString* string, std::string_view text) {
+  auto offset = reinterpret_cast<uintptr_t>(text.data()) - reinterpret_cast<uintptr_t>(string->bytes);
+  bool isInside = offset <= string->capacity;
+  ensureCapacity(string, string->length + text.size());
+  return isInside ? std::string_view(string->bytes + offset, text.size()) : text;
+}
+
 MutableString* makeMutableString(uint64_t capacity) {
   if (capacity < kSmallestCapacity) capacity = kSmallestCapacity;
   char* bytes = static_cast<char*>(allocate(capacity + 1));
@@ -47,7 +55,7 @@ const BQString* freeze(BQString* string) {
 }
 
 void appendText(MutableString* string, std::string_view text) {
-  ensureCapacity(string, string->length + text.size());
+  if (text.size() > string->capacity - string->length) text = growFor(string, text);
   if (!text.empty()) std::memmove(string->bytes + string->length, text.data(), text.size());
   setLength(string, string->length + text.size());
 }
@@ -73,7 +81,6 @@ BQString* BQStringCreateMutableCopy(const BQString* string) {
 void BQStringAppend(BQString* string, const BQString* appended) {
   MutableString* target = asMutableString(string);
   if (target == nullptr || !isString(appended)) return;
-  bq::ensureCapacity(target, target->length + appended->length); /* `appended` may be the same string */
   bq::appendText(target, viewOf(appended));
 }
 

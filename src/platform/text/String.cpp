@@ -1,8 +1,10 @@
 #include <BQ/BQString.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
+#include <atomic>
 #include <charconv>
 #include <string>
 
@@ -11,6 +13,7 @@
 #include "platform/object/Classes.h"
 #include "platform/text/CLocale.h"
 #include "platform/text/Encoding.h"
+#include "platform/text/EncodingUTF8.h"
 #include "platform/text/StringHash.h"
 #include "platform/text/StringImpl.h"
 
@@ -29,18 +32,39 @@ BQHashCode hashString(BQTypeRef object) {
   return hashText(viewOf(asString(object)));
 }
 
+/* Somebody else's bytes have no NUL behind them: who asks for one gets a copy, made when first asked for. */
+struct BorrowingString : BQString {
+  mutable std::atomic<char*> terminated;
+};
+
+const BorrowingString* asBorrowing(const BQString* string) {
+  bool borrows = (string->base.flags & kStringBorrowsBytes) != 0;
+  return borrows ? static_cast<const BorrowingString*>(string) : nullptr;
+}
+
+/* On any thread: the string is shared as an immutable one. */
+const char* terminatedBytes(const BorrowingString* string) {
+  char* known = string->terminated.load(std::memory_order_acquire);
+  if (known != nullptr) return known;
+  char* made = static_cast<char*>(allocate(string->length + 1));
+  std::memcpy(made, string->bytes, string->length);
+  made[string->length] = '\0';
+  if (string->terminated.compare_exchange_strong(known, made, std::memory_order_acq_rel)) return made;
+  std::free(made);
+  return known;
+}
+
 void finalizeString(BQTypeRef object) {
-  if ((asString(object)->base.flags & kStringOwnsBytes) != 0) std::free(asString(object)->bytes);
+  const BQString* string = asString(object);
+  if ((string->base.flags & kStringOwnsBytes) != 0) std::free(string->bytes);
+  if (const BorrowingString* borrowing = asBorrowing(string)) std::free(borrowing->terminated.load());
 }
 
 /* The bytes of a text in an encoding that are UTF-8 as they stand, or a conversion of them. */
 bool isUTF8AsItStands(const char* bytes, size_t length, BQStringEncoding encoding) {
   if (encoding == kBQStringEncodingUTF8) return isWellFormedUTF8(bytes, length);
   if (!isASCIISuperset(encoding)) return false;
-  for (size_t i = 0; i < length; ++i) {
-    if (static_cast<unsigned char>(bytes[i]) >= 0x80) return false;
-  }
-  return true;
+  return countASCIIPrefix(bytes, length) == length;
 }
 
 const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding encoding) {
@@ -49,16 +73,9 @@ const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding 
   return makeString(text);
 }
 
-/* The part of the text that a range names; empty for an invalid range. */
-std::string_view partOf(const BQString* string, BQRange range) {
-  std::string_view text = viewOf(string);
-  if (!isValidRange(text, range)) return {};
-  return text.substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length));
-}
-
-size_t characterLength(char first) {
-  auto byte = static_cast<unsigned char>(first);
-  return byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+bool isLetterOrDigit(char character) {
+  char folded = foldCase(character);
+  return (folded >= 'a' && folded <= 'z') || (folded >= '0' && folded <= '9');
 }
 
 }  // namespace
@@ -101,12 +118,13 @@ const BQString* BQStringCreateWithBytes(const void* bytes, BQIndex length, BQStr
 }
 
 const BQString* BQStringCreateWithBytesNoCopy(const void* bytes, BQIndex length, BQStringEncoding encoding) {
-  if (length < 0 || bytes == nullptr) return nullptr;
+  if (length <= 0 || bytes == nullptr) return BQStringCreateWithBytes(bytes, length, encoding);
   const char* text = static_cast<const char*>(bytes);
   auto size = static_cast<size_t>(length);
   if (!bq::isUTF8AsItStands(text, size, encoding)) return BQStringCreateWithBytes(bytes, length, encoding);
-  return new (bq::allocate(sizeof(BQString)))
-      BQString{{bq::kStringTypeID, bq::kStringBorrowsBytes, 1}, size, const_cast<char*>(text)};
+  BQRuntimeBase base = {bq::kStringTypeID, bq::kStringBorrowsBytes, 1};
+  return new (bq::allocate(sizeof(bq::BorrowingString)))
+      bq::BorrowingString{{base, size, const_cast<char*>(text)}, nullptr};
 }
 
 const BQString* BQStringCreateFromExternalRepresentation(const BQData* data, BQStringEncoding encoding) {
@@ -130,7 +148,8 @@ const BQString* BQStringCreateCopy(const BQString* string) {
 
 const BQString* BQStringCreateSubstring(const BQString* string, BQRange range) {
   if (!isString(string) || !bq::isValidRange(viewOf(string), range)) return nullptr;
-  return bq::makeString(bq::partOf(string, range));
+  return bq::makeString(
+      viewOf(string).substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length)));
 }
 
 BQIndex BQStringGetLength(const BQString* string) {
@@ -138,39 +157,9 @@ BQIndex BQStringGetLength(const BQString* string) {
 }
 
 const char* BQStringGetUTF8Ptr(const BQString* string) {
-  return isString(string) ? string->bytes : nullptr;
-}
-
-BQIndex BQStringGetBytes(const BQString* string, BQRange range, BQStringEncoding encoding, uint8_t lossByte,
-                         uint8_t* buffer, BQIndex size, BQIndex* used) {
-  if (used != nullptr) *used = 0;
-  if (!isString(string)) return 0;
-  std::string_view text = bq::partOf(string, range);
-  std::string converted;
-  size_t consumed = 0, made = 0;
-  while (consumed < text.size()) {
-    size_t length = bq::characterLength(text[consumed]);
-    converted.clear();
-    if (!bq::encodeText(text.data() + consumed, length, encoding, lossByte, converted)) break;
-    if (buffer != nullptr) {
-      if (made + converted.size() > static_cast<size_t>(size < 0 ? 0 : size)) break;
-      std::memcpy(buffer + made, converted.data(), converted.size());
-    }
-    made += converted.size();
-    consumed += length;
-  }
-  if (used != nullptr) *used = static_cast<BQIndex>(made);
-  return static_cast<BQIndex>(consumed);
-}
-
-const BQData* BQStringCreateExternalRepresentation(const BQString* string, BQStringEncoding encoding,
-                                                   uint8_t lossByte) {
   if (!isString(string)) return nullptr;
-  if (encoding == kBQStringEncodingUTF8)
-    return BQDataCreate(string->bytes, static_cast<BQIndex>(string->length));
-  std::string bytes;
-  if (!bq::encodeText(string->bytes, string->length, encoding, lossByte, bytes)) return nullptr;
-  return BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size()));
+  const bq::BorrowingString* borrowing = bq::asBorrowing(string);
+  return borrowing == nullptr ? string->bytes : bq::terminatedBytes(borrowing);
 }
 
 double BQStringGetDoubleValue(const BQString* string) {
@@ -187,5 +176,8 @@ double BQStringGetDoubleValue(const BQString* string) {
     bq::CLocale locale; /* zero or infinity: strtod knows which */
     value = std::strtod(std::string(start, result.ptr).c_str(), nullptr);
   }
+  bool isWord = result.ec == std::errc() && !std::isfinite(value);
+  if (isWord && result.ptr < end && bq::isLetterOrDigit(*result.ptr))
+    return 0; /* "information" is not infinite */
   return negative ? -value : value;
 }

@@ -11,8 +11,8 @@
 #include "platform/object/Object.h"
 
 /*
- * The layout of BQConstantString. `bytes` are well-formed UTF-8 with a NUL behind them: right
- * behind the object, in memory of their own, or the memory of somebody else.
+ * The layout of BQConstantString. `bytes` are well-formed UTF-8: right behind the object or in memory
+ * of their own, with a NUL behind them, or in the memory of somebody else, without.
  */
 struct BQString {
   BQRuntimeBase base;

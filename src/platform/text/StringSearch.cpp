@@ -13,26 +13,10 @@ bool matchesAt(std::string_view text, size_t position, std::string_view part, bo
   return ignoreCase ? equalIgnoringCase(candidate, part) : candidate == part;
 }
 
-char otherCase(char character) {
-  if (character >= 'a' && character <= 'z') return static_cast<char>(character - 32);
-  return foldCase(character);
-}
-
-/* The next position from `start` on at which either character stands. */
-size_t findEither(std::string_view text, size_t start, char first, char second) {
-  size_t position = text.find(first, start);
-  if (first == second) return position;
-  size_t limit = position == std::string_view::npos ? text.size() : position;
-  size_t other = text.substr(0, limit).find(second, start);
-  return other == std::string_view::npos ? position : other;
-}
-
 size_t findIgnoringCase(std::string_view text, std::string_view part, size_t start) {
-  while (start + part.size() <= text.size()) {
-    size_t position = findEither(text, start, part[0], otherCase(part[0]));
-    if (position == std::string_view::npos || position + part.size() > text.size()) break;
-    if (matchesAt(text, position, part, true)) return position;
-    start = position + 1;
+  char first = foldCase(part[0]);
+  for (size_t position = start; position + part.size() <= text.size(); ++position) {
+    if (foldCase(text[position]) == first && matchesAt(text, position, part, true)) return position;
   }
   return std::string_view::npos;
 }

@@ -17,8 +17,10 @@ class Peer:
     def url(self, path="/RPC2"):
         return "%s://127.0.0.1:%d%s" % (self.scheme, self.port, path)
 
-    def proxy(self):
-        return xmlrpc.client.ServerProxy(self.url())
+    def ask(self, method):
+        """The answer of a method without parameters, over a connection of its own."""
+        with xmlrpc.client.ServerProxy(self.url()) as proxy:
+            return getattr(proxy, method)()
 
     def stop(self):
         """The end of its standard input ends the server."""
