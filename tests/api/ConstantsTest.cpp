@@ -17,54 +17,46 @@ TEST(Constants, AreSetBeforeAnyInitialiserRuns) {
 }
 
 TEST(Constants, HaveTheirDocumentedTexts) {
-  std::string texts;
-  for (const BQString* constant : {kVXXMLRPCProtocol,
-                                   kVXSOAP1999Protocol,
-                                   kVXSOAP2001Protocol,
-                                   kVXMethodInvocationResult,
-                                   kVXFaultString,
-                                   kVXFaultCode,
-                                   kVXFaultExtra,
-                                   kVXNetworkStreamFaultString,
-                                   kVXStreamErrorMessage,
-                                   kVXStreamErrorDomain,
-                                   kVXStreamErrorError,
-                                   kVXHTTPMessage,
-                                   kVXHTTPResponseMessage,
-                                   kVXPostingMethod,
-                                   kVXHTTPVersion,
-                                   kVXHTTPFollowsRedirects,
-                                   kVXHTTPProxy,
-                                   kVXHTTPExtraHeaders,
-                                   kVXAuthInfo,
-                                   kVXAuthInfo_user,
-                                   kVXAuthInfo_password,
-                                   kVXAuthInfo_authScheme,
-                                   kVXAuthInfo_forProxy,
-                                   kVXDebugOutgoingHeaders,
-                                   kVXDebugOutgoingBody,
-                                   kVXDebugIncomingHeaders,
-                                   kVXDebugIncomingBody,
-                                   kVXSOAPMessageHeaders,
-                                   kVXSOAPMethodNamespaceURI,
-                                   kVXSOAPBodyEncodingStyle,
-                                   kVXSOAPStyleRPC,
-                                   kVXSOAPStyleDoc,
-                                   kVXRecordParameterOrder,
-                                   kVXRecordNamespaceURI,
-                                   kVXRecordType,
-                                   kVXMethodInvocationResultParameterName,
-                                   kVXMethodInvocationTimeoutValue}) {
-    texts += text(constant) + " ";
-  }
-  EXPECT_EQ(texts,
-            "XML-RPC SOAP-1999 SOAP-2001 /Result /FaultString /FaultCode /FaultExtra /BQStreamFault msg "
-            "domain error /kVXHTTPMessage /kVXHTTPResponseMessage /VXPostingMethod /VXHTTPVersion "
-            "/VXHTTPFollowsRedirects /VXHTTPProxy /VXHTTPExtraHeaders /VXHTTPAuthInfo username password "
-            "authScheme forProxy /VXDebugOutHeaders /VXDebugOutBody /VXDebugInHeaders /VXDebugInBody "
-            "/VXHTTPMessageHeaders /VXSOAPMethodNamespaceURI /VXSOAPBodyEncodingStyle rpc doc "
-            "/VXRecordParamOrder /VXRecordNamespaceURI /VXRecordType /VXResultParamName "
-            "kVXMethodInvocationTimeoutValue ");
+  const std::pair<const BQString*, const char*> rows[] = {
+      {kVXXMLRPCProtocol, "XML-RPC"},
+      {kVXSOAP1999Protocol, "SOAP-1999"},
+      {kVXSOAP2001Protocol, "SOAP-2001"},
+      {kVXMethodInvocationResult, "/Result"},
+      {kVXFaultString, "/FaultString"},
+      {kVXFaultCode, "/FaultCode"},
+      {kVXFaultExtra, "/FaultExtra"},
+      {kVXNetworkStreamFaultString, "/BQStreamFault"},
+      {kVXStreamErrorMessage, "msg"},
+      {kVXStreamErrorDomain, "domain"},
+      {kVXStreamErrorError, "error"},
+      {kVXHTTPMessage, "/kVXHTTPMessage"},
+      {kVXHTTPResponseMessage, "/kVXHTTPResponseMessage"},
+      {kVXPostingMethod, "/VXPostingMethod"},
+      {kVXHTTPVersion, "/VXHTTPVersion"},
+      {kVXHTTPFollowsRedirects, "/VXHTTPFollowsRedirects"},
+      {kVXHTTPProxy, "/VXHTTPProxy"},
+      {kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders"},
+      {kVXAuthInfo, "/VXHTTPAuthInfo"},
+      {kVXAuthInfo_user, "username"},
+      {kVXAuthInfo_password, "password"},
+      {kVXAuthInfo_authScheme, "authScheme"},
+      {kVXAuthInfo_forProxy, "forProxy"},
+      {kVXDebugOutgoingHeaders, "/VXDebugOutHeaders"},
+      {kVXDebugOutgoingBody, "/VXDebugOutBody"},
+      {kVXDebugIncomingHeaders, "/VXDebugInHeaders"},
+      {kVXDebugIncomingBody, "/VXDebugInBody"},
+      {kVXSOAPMessageHeaders, "/VXHTTPMessageHeaders"},
+      {kVXSOAPMethodNamespaceURI, "/VXSOAPMethodNamespaceURI"},
+      {kVXSOAPBodyEncodingStyle, "/VXSOAPBodyEncodingStyle"},
+      {kVXSOAPStyleRPC, "rpc"},
+      {kVXSOAPStyleDoc, "doc"},
+      {kVXRecordParameterOrder, "/VXRecordParamOrder"},
+      {kVXRecordNamespaceURI, "/VXRecordNamespaceURI"},
+      {kVXRecordType, "/VXRecordType"},
+      {kVXMethodInvocationResultParameterName, "/VXResultParamName"},
+      {kVXMethodInvocationTimeoutValue, "kVXMethodInvocationTimeoutValue"},
+  };
+  for (auto [constant, value] : rows) EXPECT_EQ(text(constant), value);
 }
 
 }  // namespace

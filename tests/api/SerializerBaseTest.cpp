@@ -152,31 +152,27 @@ TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
   }
 }
 
-TEST(SerializerBase, TheFirstOverrideForReadingDecides) {
+TEST(SerializerBase, TheFirstOverrideForReadingDecidesBehindTheParents) {
   VXSerializerBase parent, child;
   auto returnInfo = [](BQTypeRef, const BQTree*, const BQTree*, void* info) -> BQTypeRef {
     return BQRetain(info);
   };
   Value first = string("first"), second = string("second"), inherited = string("inherited");
-  auto context = [](const Value& value) {
-    return VXClientContext{0, value.as<void>(), nullptr, nullptr, nullptr};
+  auto add = [&](VXSerializerBase& base, const char* name, const Value& value) {
+    VXClientContext context = {0, value.as<void>(), nullptr, nullptr, nullptr};
+    base.addDeserializationOverride(BQSTR("*"), string(name), returnInfo, &context);
   };
-  VXClientContext contexts[] = {context(first), context(second), context(inherited)};
-  child.addDeserializationOverride(BQSTR("*"), BQSTR("a"), returnInfo, &contexts[0]);
-  child.addDeserializationOverride(BQSTR("*"), BQSTR("*"), returnInfo, &contexts[1]);
-  child.addDeserializationOverride(BQSTR("*"), BQSTR("a"), nullptr, nullptr);
-  parent.addDeserializationOverride(BQSTR("*"), BQSTR("b"), returnInfo, &contexts[2]);
+  add(child, "a", first);
+  add(child, "*", second);
+  add(parent, "b", inherited);
   auto read = [&](const char* document) {
     Value parsed = tree(document);
-    return notation(Value::adopt(child.deserilizeOverride(BQTreeGetFirstChild(parsed), vx::AutoDict(),
-                                                          BQSTR("t"), parsed))
-                        .get());
+    const BQTree* root = BQTreeGetFirstChild(parsed);
+    return notation(Value::adopt(child.deserilizeOverride(root, vx::AutoDict(), nullptr, parsed)).get());
   };
-  EXPECT_EQ(read("<a/>"), "'first'");
-  EXPECT_EQ(read("<b/>"), "'second'");
+  EXPECT_EQ(read("<a/>") + read("<b/>"), "'first''second'");
   child.setParentSerializer(&parent);
-  EXPECT_EQ(read("<a/>"), "'first'");
-  EXPECT_EQ(read("<b/>"), "'inherited'");
+  EXPECT_EQ(read("<a/>") + read("<b/>"), "'first''inherited'");
 }
 
 /* Registers many more overrides on the serializer that the info is. */
