@@ -201,6 +201,7 @@ void BQReadStream::signal() {
 void BQReadStream::deliver() {
   auto self = Ref<BQReadStream>::retain(this);
   isSignalled_ = false;
+  if (transfer_ != nullptr && transfer_->isFinished()) stopDriving();
   if (nextEvent() == kBQStreamEventOpenCompleted) {
     isOpenReported_ = true;
     report(kBQStreamEventOpenCompleted);
@@ -229,13 +230,17 @@ void BQReadStream::close() {
   if (wasOpened_) status_ = kBQStreamStatusClosed;
 }
 
+/* What has arrived whole needs no descriptor, which every pass would have to look at. */
+void BQReadStream::stopDriving() {
+  if (!std::exchange(isDriven_, false)) return;
+  for (const auto& mode : modes_) engine_->releaseMode(mode.get());
+}
+
 void BQReadStream::endTransfer(BQStreamStatus status) {
   status_ = status;
   response_ = transfer_->response();
   error_ = transfer_->error();
-  if (std::exchange(isDriven_, false)) {
-    for (const auto& mode : modes_) engine_->releaseMode(mode.get());
-  }
+  stopDriving();
   engine_->release(std::exchange(transfer_, nullptr));
   engine_ = nullptr;
   BQRunLoopSourceInvalidate(source_.get());

@@ -65,6 +65,7 @@ struct BQReadStream : bq::Object {
   void signal();
   void deliver();
   void report(BQStreamEventType event);
+  void stopDriving();
   void endTransfer(BQStreamStatus status);
 
   bq::Ref<BQHTTPMessage> request_;

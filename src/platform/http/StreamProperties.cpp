@@ -32,6 +32,7 @@ namespace bq {
 namespace {
 
 constexpr int64_t kDefaultProxyPort = 80;
+constexpr BQStreamError kUnusable = {kBQStreamErrorDomainPOSIX, EINVAL};
 
 bool isUsableHost(std::string_view host) {
   return !host.empty() && host.find_first_of("/?#@") == std::string_view::npos;
@@ -104,11 +105,11 @@ BQStreamError StreamProperties::readInto(TransferOptions& options) const {
     if (options.connection.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
   }
   BQTypeRef size = values_[kMaximumReplySize].get();
-  if (size != nullptr && !readSize(size, options.maximumReplySize))
-    return {kBQStreamErrorDomainPOSIX, EINVAL};
+  if (size != nullptr && !readSize(size, options.maximumReplySize)) return kUnusable;
   options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
   options.connection.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
   const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());
+  if (file != nullptr && textOf(file).empty()) return kUnusable;
   options.connection.certificateAuthorityFile = textOf(file);
   return kNoError;
 }

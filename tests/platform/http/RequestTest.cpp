@@ -184,9 +184,11 @@ TEST(Request, UnusableOnesAreRefusedWhenOpened) {
     EXPECT_FALSE(exchange.open());
     EXPECT_EQ(exchange.error(), "http 5");
   }
-  Exchange exchange("http://127.0.0.1/");
-  exchange.property(kBQStreamPropertyHTTPMaximumReplySize, number(-1).get());
-  EXPECT_FALSE(exchange.open());
+  Exchange unlimited("http://127.0.0.1/"), untrusting("http://127.0.0.1/");
+  unlimited.property(kBQStreamPropertyHTTPMaximumReplySize, number(-1).get());
+  EXPECT_FALSE(unlimited.open());
+  untrusting.property(kBQStreamPropertyTLSCertificateAuthorityFile, BQSTR(""));
+  EXPECT_FALSE(untrusting.open());
 }
 
 }  // namespace
