@@ -54,7 +54,8 @@ TEST(MethodResult, ALaterFaultReplacesTheEntriesOfAnEarlierOne) {
             "{/kVXResultIsFault: true, /FaultString: '/BQStreamFault', /FaultCode: -65794, "
             "/FaultExtra: {msg: 'message', domain: -2147483648, error: 2147483647}}");
   result.becomeFault(static_cast<const BQString*>(nullptr));
-  EXPECT_EQ(notation(BQDictionaryGetValue(result.resultDictionary.get(), kVXFaultExtra)), "{}") << "no message";
+  EXPECT_EQ(notation(BQDictionaryGetValue(result.resultDictionary.get(), kVXFaultExtra)), "{}")
+      << "no message";
 }
 
 }  // namespace
