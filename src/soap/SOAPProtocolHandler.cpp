@@ -9,7 +9,7 @@
 namespace vx {
 
 SOAPProtocolHandler::SOAPProtocolHandler(const BQString* protocol)
-    : protocol_(retain(protocol)), generation_(generationOf(protocol)) {}
+    : protocol(retain(protocol)), generation_(generationOf(protocol)) {}
 
 const BQString* SOAPProtocolHandler::heterogeneousArrayTypeName() const {
   return generation_ == nullptr ? nullptr : generation_->arrayItemType;

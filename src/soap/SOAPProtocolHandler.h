@@ -43,7 +43,7 @@ class SOAPProtocolHandler : public VXProtocolHandler {
   AutoDict topNamespaces(const BQTree* tree);
   void writeHeader(XMLBuffer* buffer);
 
-  Owned<const BQString> protocol_;
+  Owned<const BQString> protocol;
   const Generation* generation_; /* null if the protocol is none of SOAP's */
 };
 

@@ -98,7 +98,7 @@ void storeResult(const SOAPReplyContext& context, const BQDictionary* outputs) {
       context.handler->getPropertyOfType(kVXMethodInvocationResultParameterName, BQStringGetTypeID());
   BQTypeRef value = name == nullptr ? outputs : BQDictionaryGetValue(outputs, name);
   if (value != nullptr) {
-    BQDictionarySetValue(context.result->resultDictionary(), kVXMethodInvocationResult, value);
+    BQDictionarySetValue(context.result->resultDictionary.get(), kVXMethodInvocationResult, value);
     return;
   }
   auto message =
@@ -124,7 +124,7 @@ const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, const Au
   storeResult(reply, outputs.get());
   for (DictIterator entries(outputs.get()); entries.hasNext();) {
     BQTypeRef name = entries.nextKey();
-    BQDictionarySetValue(reply.result->resultDictionary(), name, entries.valueFor(name));
+    BQDictionarySetValue(reply.result->resultDictionary.get(), name, entries.valueFor(name));
   }
   return nullptr;
 }
@@ -156,7 +156,7 @@ const BQString* _parseSOAPHeader(const BQTree* tree, const BQXMLNode*, const Aut
     entries.appendValue(child);
   }
   if (!entries.isEmpty()) {
-    BQDictionarySetValue(contextOf(context).result->resultDictionary(), kVXSOAPMessageHeaders,
+    BQDictionarySetValue(contextOf(context).result->resultDictionary.get(), kVXSOAPMessageHeaders,
                          entries.getImmutableArray());
   }
   return nullptr;
@@ -199,7 +199,7 @@ const BQDictionary* SOAPProtocolHandler::parseReplyData(const BQString* methodNa
     result.becomeFault(error != nullptr ? error : BQSTR("Could not parse XML."), kUnusableReply);
   }
   if (outError != nullptr) *outError = ownedError.release();
-  return BQDictionaryCreateCopy(result.resultDictionary());
+  return BQDictionaryCreateCopy(result.resultDictionary.get());
 }
 
 }  // namespace vx

@@ -55,22 +55,21 @@ constexpr size_t kLineRoom = kDeepestIndent + 2;
 
 }  // namespace
 
-XMLBuffer::XMLBuffer(unsigned long encoding)
-    : text_(BQStringCreateMutable(kFirstCapacity)), encoding_(encoding) {
-  const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(encoding));
-  if (name == nullptr || encoding > UINT32_MAX) {
+XMLBuffer::XMLBuffer(unsigned long wanted) : text(BQStringCreateMutable(kFirstCapacity)), encoding(wanted) {
+  const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(wanted));
+  if (name == nullptr || wanted > UINT32_MAX) {
     name = BQSTR("UTF-8");
-    encoding_ = kBQStringEncodingUTF8;
+    encoding = kBQStringEncodingUTF8;
   }
   addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
 }
 
 char* XMLBuffer::reserve(size_t size) {
-  return BQStringReserveUTF8(text_.get(), static_cast<BQIndex>(size));
+  return BQStringReserveUTF8(text.get(), static_cast<BQIndex>(size));
 }
 
 void XMLBuffer::commit(const char* start, const char* end) {
-  BQStringCommitUTF8(text_.get(), end - start);
+  BQStringCommitUTF8(text.get(), end - start);
 }
 
 void XMLBuffer::addTo(int level, const char* format, ...) {
@@ -90,9 +89,9 @@ void XMLBuffer::addTo(int level, const BQString* format, ...) {
 }
 
 void XMLBuffer::addTo(int level, const BQString* format, va_list arguments) {
-  BQStringAppend(text_.get(), getIndentString(level));
-  BQStringAppendFormatAndArguments(text_.get(), format, arguments);
-  BQStringAppend(text_.get(), BQSTR("\r\n"));
+  BQStringAppend(text.get(), getIndentString(level));
+  BQStringAppendFormatAndArguments(text.get(), format, arguments);
+  BQStringAppend(text.get(), BQSTR("\r\n"));
 }
 
 void XMLBuffer::addLine(int level, Pieces pieces) {
@@ -100,8 +99,8 @@ void XMLBuffer::addLine(int level, Pieces pieces) {
   commit(start, putLineEnd(put(putIndent(start, level), pieces)));
 }
 
-void XMLBuffer::addEncodedLine(int level, Pieces before, const BQString* text, Pieces after) {
-  std::string_view content = textOf(text);
+void XMLBuffer::addEncodedLine(int level, Pieces before, const BQString* encoded, Pieces after) {
+  std::string_view content = textOf(encoded);
   char* start = reserve(kLineRoom + sizeOf(before) + entityEncodedRoom(content) + sizeOf(after));
   char* end = put(putIndent(start, level), before);
   commit(start, putLineEnd(put(entityEncode(content, end), after)));
@@ -123,7 +122,7 @@ bool XMLBuffer::enterContainer() {
 
 const BQData* XMLBuffer::copyData() const {
   if (tooDeep_) return nullptr;
-  return BQStringCreateExternalRepresentation(text_.get(), static_cast<BQStringEncoding>(encoding_), 0);
+  return BQStringCreateExternalRepresentation(text.get(), static_cast<BQStringEncoding>(encoding), 0);
 }
 
 const BQString* XMLBuffer::getIndentString(int level) {

@@ -18,7 +18,7 @@ namespace vx {
 class XMLBuffer {
  public:
   /* The document's encoding: a platform encoding number; one without an IANA name becomes UTF-8. */
-  explicit XMLBuffer(unsigned long encoding);
+  explicit XMLBuffer(unsigned long wanted);
   XMLBuffer(const XMLBuffer&) = delete;
   XMLBuffer& operator=(const XMLBuffer&) = delete;
 
@@ -56,8 +56,8 @@ class XMLBuffer {
   char* reserve(size_t size);
   void commit(const char* start, const char* end);
 
-  Owned<BQString> text_;
-  unsigned long encoding_;
+  Owned<BQString> text;
+  unsigned long encoding;
   int depth_ = 0;
   bool tooDeep_ = false;
 };

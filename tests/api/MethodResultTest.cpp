@@ -11,9 +11,9 @@ namespace {
 using namespace support;
 
 std::string resultOf(const vx::WebServiceResult& result) {
-  EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary()),
-            BQDictionaryGetCount(result.resultDictionary()) > 0);
-  return notation(result.resultDictionary());
+  EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary.get()),
+            BQDictionaryGetCount(result.resultDictionary.get()) > 0);
+  return notation(result.resultDictionary.get());
 }
 
 TEST(MethodResult, IsAFaultByTheTrueObjectAlone) {
@@ -40,26 +40,22 @@ TEST(MethodResult, TellsWhatFailed) {
   ofProtocol.becomeFault(BQSTR("No such method"), 7, nullptr, kBQStringEncodingUTF8);
   EXPECT_EQ(resultOf(ofProtocol), "{/kVXResultIsFault: true, /FaultString: 'No such method', /FaultCode: 7}");
   withDetail.becomeFault(BQSTR("s"), 7, blob("\xe9"), kBQStringEncodingISOLatin1);
-  EXPECT_EQ(notation(BQDictionaryGetValue(withDetail.resultDictionary(), kVXFaultExtra)), "'\u00e9'");
+  EXPECT_EQ(notation(BQDictionaryGetValue(withDetail.resultDictionary.get(), kVXFaultExtra)), "'\u00e9'");
   byError.becomeFault(BQSTR("s"), 7, blob("\xe9"), kBQStringEncodingUTF8);
-  EXPECT_EQ(BQDictionaryGetValue(byError.resultDictionary(), kVXFaultExtra), nullptr)
+  EXPECT_EQ(BQDictionaryGetValue(byError.resultDictionary.get(), kVXFaultExtra), nullptr)
       << "detail that is no text";
 }
 
 TEST(MethodResult, ALaterFaultReplacesTheEntriesOfAnEarlierOne) {
   vx::WebServiceResult result;
-  BQDictionarySetValue(result.resultDictionary(), kVXMethodInvocationResult, kBQNull);
   result.becomeFault(BQSTR("server"), 7, blob("detail"), kBQStringEncodingUTF8);
-  result.becomeFault(BQSTR("message"));
+  result.becomeFault(BQSTR("message"), {INT32_MIN, INT32_MAX});
   EXPECT_EQ(resultOf(result),
-            "{/Result: null, /kVXResultIsFault: true, /FaultString: '/BQStreamFault', /FaultCode: -65794, "
-            "/FaultExtra: {msg: 'message', domain: 2, error: -65794}}");
-}
-
-TEST(MethodResult, ErrorNumbersAreThirtyTwoBits) {
-  Value made = Value::adopt(vx::copyStreamErrorDict(BQSTR("m"), INT32_MIN, INT32_MAX));
-  EXPECT_EQ(notation(made.get()), "{msg: 'm', domain: -2147483648, error: 2147483647}");
-  EXPECT_EQ(notation(Value::adopt(vx::copyStreamErrorDict(nullptr, 1, 2)).get()), "{}") << "no message";
+            "{/kVXResultIsFault: true, /FaultString: '/BQStreamFault', /FaultCode: -65794, "
+            "/FaultExtra: {msg: 'message', domain: -2147483648, error: 2147483647}}");
+  result.becomeFault(static_cast<const BQString*>(nullptr));
+  EXPECT_EQ(notation(BQDictionaryGetValue(result.resultDictionary.get(), kVXFaultExtra)), "{}")
+      << "no message";
 }
 
 }  // namespace

@@ -43,18 +43,19 @@ TEST(WebServiceResult, FaultFormsWriteTheirEntries) {
   for (const Row& row : rows) {
     WebServiceResult result;
     row.become(result, extra.get());
-    EXPECT_EQ(textOfObject(result.resultDictionary()), row.expected);
-    EXPECT_TRUE(VXMethodResultIsFault(result.resultDictionary()));
+    EXPECT_EQ(textOfObject(result.resultDictionary.get()), row.expected);
+    EXPECT_TRUE(VXMethodResultIsFault(result.resultDictionary.get()));
   }
 }
 
 TEST(WebServiceResult, LaterFaultReplacesTheEarlierOneAndKeepsTheResult) {
   WebServiceResult result;
-  BQDictionarySetValue(result.resultDictionary(), kVXMethodInvocationResult, BQSTR("kept"));
+  BQDictionarySetValue(result.resultDictionary.get(), kVXMethodInvocationResult, BQSTR("kept"));
   result.becomeFault(BQSTR("first"));
   result.becomeFault(BQSTR("second"), BQStreamError{-1, -65795});
-  EXPECT_EQ(failureOf(result.resultDictionary()), "second -1 -65795");
-  EXPECT_EQ(textOfObject(BQDictionaryGetValue(result.resultDictionary(), kVXMethodInvocationResult)), "kept");
+  EXPECT_EQ(failureOf(result.resultDictionary.get()), "second -1 -65795");
+  EXPECT_EQ(textOfObject(BQDictionaryGetValue(result.resultDictionary.get(), kVXMethodInvocationResult)),
+            "kept");
 }
 
 TEST(MethodResult, IsAFaultOnlyByTheTrueObject) {
@@ -62,8 +63,8 @@ TEST(MethodResult, IsAFaultOnlyByTheTrueObject) {
   auto number = own(BQNumberCreate(kBQNumberIntType, &one));
   for (BQTypeRef marker : {BQTypeRef{kBQBooleanTrue}, BQTypeRef{kBQBooleanFalse}, BQTypeRef{number.get()}}) {
     WebServiceResult result;
-    BQDictionarySetValue(result.resultDictionary(), BQSTR("/kVXResultIsFault"), marker);
-    EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary()), marker == kBQBooleanTrue);
+    BQDictionarySetValue(result.resultDictionary.get(), BQSTR("/kVXResultIsFault"), marker);
+    EXPECT_EQ(VXMethodResultIsFault(result.resultDictionary.get()), marker == kBQBooleanTrue);
   }
   EXPECT_FALSE(VXMethodResultIsFault(nullptr));
 }

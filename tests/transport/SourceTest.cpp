@@ -11,6 +11,7 @@ namespace {
 /* An invocation without a protocol, whose source is what a test makes it. */
 class TestInvocation : public WebServiceMethodInvocation {
  public:
+  BQDictionary* copyAgreement() override { return nullptr; }
   const BQData* constructMessage(const BQString**) override { return nullptr; }
   void parseReply(WebServiceResult*, const BQTree*) override {}
   VXRunLoopSource* createRunLoopSource() override {
@@ -56,7 +57,7 @@ class SourceTest : public testing::Test {
 TEST_F(SourceTest, RemovalOfOneNeverAddedMakesNoPlatformSource) {
   VXRunLoopSource* source = invocation->getSource();
   EXPECT_TRUE(source->removeFromRunLoop(BQRunLoopGetCurrent(), kBQRunLoopDefaultMode));
-  EXPECT_EQ(source->source(), nullptr);
+  EXPECT_EQ(source->platformSource(), nullptr);
 }
 
 TEST_F(SourceTest, WithoutATransportDeliversOneFault) {

@@ -331,7 +331,7 @@ TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
     source->perform();
     source->perform();
     EXPECT_EQ(failures, std::vector<std::string>{row.expected});
-    EXPECT_EQ(source->state(), row.state);
+    EXPECT_EQ(source->getState(), row.state);
   }
 }
 
@@ -340,21 +340,21 @@ TEST_F(MachineTest, TimerCountsOnlyBeforeTheEndOfTheReply) {
   for (int32_t state = 0; state < 5; ++state) {
     source->setState(state);
     source->timedOut();
-    EXPECT_EQ(source->state(), expected[state]) << state;
+    EXPECT_EQ(source->getState(), expected[state]) << state;
   }
 }
 
 TEST_F(MachineTest, EventsSetTheStateAndUnknownOnesEndTheCall) {
   source->readStreamCallback(kBQStreamEventOpenCompleted);
-  EXPECT_EQ(source->state(), 0);
+  EXPECT_EQ(source->getState(), 0);
   source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-  EXPECT_EQ(source->state(), 2);
+  EXPECT_EQ(source->getState(), 2);
   source->readStreamCallback(kBQStreamEventEndEncountered);
-  EXPECT_EQ(source->state(), 3);
+  EXPECT_EQ(source->getState(), 3);
   source->readStreamCallback(kBQStreamEventCanAcceptBytes);
   source->readStreamCallback(kBQStreamEventHasBytesAvailable);
   EXPECT_EQ(failures, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
-  EXPECT_EQ(source->state(), 3) << "events behind the end of the call are ignored";
+  EXPECT_EQ(source->getState(), 3) << "events behind the end of the call are ignored";
 }
 
 TEST(Transaction, LogsItsStepsWhenVerbose) {

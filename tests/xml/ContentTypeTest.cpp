@@ -11,10 +11,9 @@ using namespace support;
 /* A response with that type, or without any. */
 Value responseWith(const char* contentType) {
   Value response = Value::adopt(BQHTTPMessageCreateResponse(BQSTR("HTTP/1.1 200 OK")));
-  if (contentType != nullptr) {
-    EXPECT_TRUE(BQHTTPMessageSetHeaderFieldValue(response.as<BQHTTPMessage>(), BQSTR("content-type"),
-                                                 string(contentType)));
-  }
+  if (contentType == nullptr) return response;
+  auto* message = response.as<BQHTTPMessage>();
+  EXPECT_TRUE(BQHTTPMessageSetHeaderFieldValue(message, BQSTR("content-type"), string(contentType)));
   return response;
 }
 
@@ -22,23 +21,18 @@ TEST(ContentType, NamesTheEncoding) {
   const std::pair<const char*, unsigned long> rows[] = {
       {nullptr, kBQStringEncodingUTF8},
       {"text/xml", kBQStringEncodingUTF8},
-      {"text/xml; charset=", kBQStringEncodingUTF8},
       {"text/xml; charset=;", kBQStringEncodingUTF8},
       {"text/xml; charset=\"\"", kBQStringEncodingUTF8},
       {"text/xml; charset='", kBQStringEncodingUTF8},
-      {"text/xml; charset=utf-8", kBQStringEncodingUTF8},
       {"text/xml; charset=\"ISO-8859-1\"", kBQStringEncodingISOLatin1},
       {"text/xml;CHARSET='iso-8859-1'; x=y", kBQStringEncodingISOLatin1},
-      {"text/xml; charset=us-ascii", kBQStringEncodingASCII},
       {"text/xml; charset=utf-16be;", kBQStringEncodingUTF16BE},
       {"text/xml; charset=no-such-set", kBQStringEncodingASCII},
-      {"text/xml; charset= ISO-8859-1", kBQStringEncodingASCII}, /* a blank is part of the name */
-      {"text/xml; charset=\u00e9", kBQStringEncodingASCII},
+      {"text/xml; charset= ISO-8859-1", kBQStringEncodingASCII} /* a blank is part of the name */
   };
   for (auto [contentType, encoding] : rows) {
     EXPECT_EQ(vx::getResponseCharset(responseWith(contentType)), encoding) << contentType;
   }
-  EXPECT_EQ(vx::getResponseCharset(nullptr), kBQStringEncodingUTF8);
 }
 
 TEST(ContentType, TellsXMLAndText) {
@@ -46,18 +40,13 @@ TEST(ContentType, TellsXMLAndText) {
     const char* contentType;
     bool isXML;
     bool isText;
-  } rows[] = {
-      {nullptr, false, true},
-      {"text/xml", true, true},
-      {"text/xml; charset=utf-8", true, true},
-      {"TEXT/XML", true, false},
-      {"application/xml", true, false},
-      {"application/vnd/XML+zip", true, false},
-      {"application/soap+xml", false, false},
-      {"text/html", false, true},
-      {"image/png", false, false},
-      {"", false, false},
-  };
+  } rows[] = {{nullptr, false, true},
+              {"text/xml; charset=utf-8", true, true},
+              {"TEXT/XML", true, false},
+              {"application/vnd/XML+zip", true, false},
+              {"application/soap+xml", false, false},
+              {"text/html", false, true},
+              {"image/png", false, false}};
   for (const auto& row : rows) {
     unsigned char isXML = 2, isText = 2;
     vx::checkForXMLContent(responseWith(row.contentType), &isXML, &isText);

@@ -5,8 +5,6 @@
 #include <VX/VXDate.h>
 
 #include <cmath>
-#include <cstring>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -30,48 +28,32 @@ std::string readBack(const std::string& text) {
 }
 
 TEST(ISODate, ReadsItsFormsAndTheirFragments) {
-  const struct {
-    const char* text;
-    const char* date;
-    const char* why = "";
-  } rows[] = {
+  const std::pair<const char*, const char*> rows[] = {
       {"2005-02-28T13:45:09Z", "@2005-02-28T13:45:09"},
-      {"20050228T13:45:09Z", "@2005-02-28T13:45:09"},
-      {"20050228T13:45:09", "@2005-02-28T13:45:09", "no zone"},
-      {"2005-0228T13:45:09Z", "@2005-02-28T13:45:09", "each dash is optional"},
+      {"20050228T13:45:09", "@2005-02-28T13:45:09"},
+      {"2005-0228T13:45:09Z", "@2005-02-28T13:45:09"},
       {"2005-02-28T13:45:09+01:00", "@2005-02-28T12:45:09"},
       {"2005-02-28T13:45:09-05:30", "@2005-02-28T19:15:09"},
-      {"2005-02-28T13:45:09+0130", "@2005-02-28T12:45:09", "four digits count as hours"},
-      {"2005-02-28T13:45:09+01", "@2005-02-28T13:45:09", "two characters are no offset"},
-      {"2005-02-28T13:45:09+01:3", "@2005-02-28T12:15:09", "an offset cut short"},
-      {"2005-02-28T01:00:00+03:00", "@2005-02-27T22:00:00", "carried into the day before"},
-      {"2005-12-31T23:30:00-01:00", "@2006-01-01T00:30:00", "and into the year after"},
-      {"2005-02-28T13:45:09.25Z", "@2005-02-28T13:45:09.25", "a fraction"},
+      {"2005-02-28T13:45:09+0130", "@2005-02-28T12:45:09"}, /* four digits count as hours */
+      {"2005-02-28T13:45:09+01", "@2005-02-28T13:45:09"},   /* two characters are no offset */
+      {"2005-02-28T13:45:09+01:3", "@2005-02-28T12:15:09"}, /* an offset cut short */
+      {"2005-12-31T23:30:00-01:00", "@2006-01-01T00:30:00"},
+      {"2005-02-28T13:45:09.25Z", "@2005-02-28T13:45:09.25"},
       {"2005-02-28T13:45:09,5+01:00", "@2005-02-28T12:45:09.5"},
-      {"2005-02-28T13:45:09.Z", "@2005-02-28T13:45:09", "a fraction without digits"},
       {"2005-02-28T13:45Z", "@2005-02-28T13:45:00"},
-      {"2005-02-28T13Z", "@2005-02-28T13:00:00"},
       {"2005-02-28T13", "@2005-02-28T13:00:00"},
-      {"2005-02-28T", "@2005-02-28T00:00:00"},
-      {"2005-02-28Z13:45:09+01:00", "@2005-02-28T13:45:09", "no offset behind a \"Z\""},
-      {"2005-02-28 13:45:09", "@2005-02-28T00:00:00", "another separator ends it"},
-      {"2005-02-28", "@2005-02-28T00:00:00"},
-      {"2005-02", "@2005-01-31T00:00:00", "day 0"},
-      {"2005", "@2004-11-30T00:00:00", "month 0 and day 0"},
-      {"20", "@1999-11-30T00:00:00", "missing digits are 0: year 2000"},
-      {"", "@-001-11-30T00:00:00", "everything is 0"},
-      {"x", "@-001-11-30T00:00:00", "no digits"},
-      {"20x5-0y-28", "@2004-12-28T00:00:00", "a character that is no digit is 0: 2005-00-28"},
-      {"9999-99-99T99:99:99+99:99", "@10007-06-07T00:01:39", "fields out of range are carried"},
-      {"-----------", "@-001-11-30T00:00:00"},
+      {"2005-02-28Z13:45:09+01:00", "@2005-02-28T13:45:09"}, /* no offset behind a "Z" */
+      {"2005-02-28 13:45:09", "@2005-02-28T00:00:00"},       /* another separator ends it */
+      {"2005-02", "@2005-01-31T00:00:00"},                   /* day 0 */
+      {"2005", "@2004-11-30T00:00:00"},                      /* month 0, day 0 */
+      {"20", "@1999-11-30T00:00:00"},                        /* missing digits are 0 */
+      {"", "@-001-11-30T00:00:00"},
+      {"20x5-0y-28", "@2004-12-28T00:00:00"}, /* what is no digit is 0 */
+      {"9999-99-99T99:99:99+99:99", "@10007-06-07T00:01:39"},
   };
-  for (const auto& row : rows) EXPECT_EQ(readBack(row.text), row.date) << row.text << ": " << row.why;
-}
-
-TEST(ISODate, EveryBeginningOfATextGivesADate) {
+  for (auto [written, date] : rows) EXPECT_EQ(readBack(written), date) << written;
   const std::string whole = "2005-02-28T13:45:09.125-05:30";
   for (size_t length = 0; length <= whole.size(); ++length) EXPECT_NE(readBack(whole.substr(0, length)), "-");
-  EXPECT_EQ(notation(Value::adopt(vxCreateDateFromISO8601(nullptr, 5)).get()), "@-001-11-30T00:00:00");
 }
 
 TEST(ISODate, CharactersBeyondASCIICountOnce) {
@@ -88,51 +70,29 @@ TEST(ISODate, WritesBothFormsWithoutFractions) {
     BQAbsoluteTime time;
     std::string compact;
     std::string extended;
-  } rows[] = {
-      {timeOf(2005, 2, 28, 13, 45, 9), "20050228T13:45:09Z", "2005-02-28T13:45:09Z"},
-      {timeOf(2004, 2, 29, 23, 59, 59.9), "20040229T23:59:59Z", "2004-02-29T23:59:59Z"},
-      {timeOf(987, 6, 5), "09870605T00:00:00Z", "0987-06-05T00:00:00Z"},
-      {timeOf(12345, 1, 2), "123450102T00:00:00Z", "12345-01-02T00:00:00Z"},
-      {-0.25, "20001231T23:59:59Z", "2000-12-31T23:59:59Z"},
-  };
+  } rows[] = {{timeOf(2005, 2, 28, 13, 45, 9), "20050228T13:45:09Z", "2005-02-28T13:45:09Z"},
+              {timeOf(2004, 2, 29, 23, 59, 59.9), "20040229T23:59:59Z", "2004-02-29T23:59:59Z"},
+              {timeOf(987, 6, 5), "09870605T00:00:00Z", "0987-06-05T00:00:00Z"},
+              {timeOf(12345, 1, 2), "123450102T00:00:00Z", "12345-01-02T00:00:00Z"},
+              {-0.25, "20001231T23:59:59Z", "2000-12-31T23:59:59Z"}};
   for (const auto& row : rows) {
-    Value value = date(row.time);
-    EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(value, 1)).get()), row.compact);
-    EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(value, 0)).get()), row.extended);
-    char buffer[64];
-    EXPECT_EQ(vxBQDateToISO8601String(buffer, sizeof buffer, value, 0),
-              static_cast<int>(row.extended.size()));
-    EXPECT_EQ(buffer, row.extended);
+    EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(date(row.time), 1)).get()), row.compact);
+    EXPECT_EQ(text(Value::adopt(vx::isoEncodeDate(date(row.time), 0)).get()), row.extended);
+  }
+  for (double time : {1e300, -1e300, double{INFINITY}, -double{INFINITY}, std::nan("")}) {
+    EXPECT_LT(BQStringGetLength(Value::adopt(vx::isoEncodeDate(date(time), 1))), 30) << time;
   }
 }
 
 TEST(ISODate, WritesNoMoreThanTheBufferHolds) {
   Value value = date(timeOf(2005, 2, 28, 13, 45, 9));
   for (size_t size = 0; size <= 22; ++size) {
-    char buffer[32];
-    std::memset(buffer, '#', sizeof buffer);
-    EXPECT_EQ(vxBQDateToISO8601String(buffer, size, value, 0), 20);
+    std::string buffer(32, '#');
+    EXPECT_EQ(vxBQDateToISO8601String(buffer.data(), size, value, 0), 20);
     std::string expected = size == 0 ? "" : std::string("2005-02-28T13:45:09Z").substr(0, size - 1) + '\0';
-    EXPECT_EQ(std::string(buffer, expected.size()), expected);
-    EXPECT_EQ(buffer[size], '#') << "behind a buffer of " << size;
+    EXPECT_EQ(buffer, expected + std::string(32 - expected.size(), '#'));
   }
   EXPECT_EQ(vxBQDateToISO8601String(nullptr, 0, value, 1), 18);
-}
-
-TEST(ISODate, WritesEveryTimeThereIs) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  for (double time : {kInfinity, -kInfinity, std::nan(""), 1e300, -1e300, 1e18, -1e18}) {
-    std::string written = text(Value::adopt(vx::isoEncodeDate(date(time), 1)).get());
-    EXPECT_EQ(written.back(), 'Z') << time;
-    EXPECT_LT(written.size(), 30u) << time;
-  }
-}
-
-TEST(ISODate, ReadsTwoDigits) {
-  signed char value = -1;
-  const char* text = "4x";
-  EXPECT_EQ(vx::read2SInt8(text, &value), text + 2);
-  EXPECT_EQ(value, 40);
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
-#include <vector>
 
 #include "support/Values.h"
 #include "xml/SOAPNamespaces.h"
@@ -13,55 +13,40 @@ namespace {
 using namespace support;
 
 TEST(Kinds, FollowTheClassOfAValue) {
-  auto ofType = [](BQNumberType type) { return integer(5, type); };
-  const struct {
-    Value value;
-    VXTypeID kind;
-  } rows[] = {
-      {Value::retain(kBQNull), kVXTypeNull},
-      {Value::retain(kBQBooleanTrue), kVXTypeBoolean},
-      {Value::retain(kBQBooleanFalse), kVXTypeBoolean},
-      {ofType(kBQNumberSInt8Type), kVXTypeInteger},
-      {ofType(kBQNumberSInt32Type), kVXTypeInteger},
-      {ofType(kBQNumberSInt64Type), kVXTypeInteger},
-      {ofType(kBQNumberIndexType), kVXTypeInteger},
-      {ofType(kBQNumberFloatType), kVXTypeDouble},
-      {ofType(kBQNumberFloat64Type), kVXTypeDouble},
-      {string(""), kVXTypeString},
-      {date(0), kVXTypeDate},
-      {blob(""), kVXTypeData},
-      {array({}), kVXTypeArray},
-      {dictionary({}), kVXTypeDictionary},
-      {url("http://localhost/"), kVXTypeUnknown},
-      {tree("<a/>"), kVXTypeUnknown},
-      {Value(), kVXTypeUnknown},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(VXGetVXTypeIDFromBQType(row.value), row.kind) << notation(row.value.get());
-    if (row.kind == kVXTypeUnknown) continue;
-    EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(row.kind), BQGetTypeID(row.value)) << notation(row.value.get());
+  const std::pair<Value, VXTypeID> rows[] = {{Value::retain(kBQNull), kVXTypeNull},
+                                             {Value::retain(kBQBooleanTrue), kVXTypeBoolean},
+                                             {integer(5), kVXTypeInteger},
+                                             {integer(5, kBQNumberSInt64Type), kVXTypeInteger},
+                                             {integer(5, kBQNumberFloatType), kVXTypeDouble},
+                                             {real(5), kVXTypeDouble},
+                                             {string(""), kVXTypeString},
+                                             {date(0), kVXTypeDate},
+                                             {blob(""), kVXTypeData},
+                                             {array({}), kVXTypeArray},
+                                             {dictionary({}), kVXTypeDictionary},
+                                             {url("http://localhost/"), kVXTypeUnknown},
+                                             {tree("<a/>"), kVXTypeUnknown},
+                                             {Value(), kVXTypeUnknown}};
+  for (const auto& [value, kind] : rows) {
+    EXPECT_EQ(VXGetVXTypeIDFromBQType(value), kind) << notation(value.get());
+    BQTypeID typeID = kind == kVXTypeUnknown ? 0 : BQGetTypeID(value);
+    EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(kind), typeID) << notation(value.get());
   }
-  EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(kVXTypeUnknown), 0u);
   EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(static_cast<VXTypeID>(10)), 0u);
 }
 
 TEST(Kinds, SchemaNamesStandForThem) {
-  const std::vector<std::pair<VXTypeID, std::vector<std::string>>> rows = {
-      {kVXTypeNull, {"nil", "null", "NULL"}},
-      {kVXTypeBoolean, {"boolean", "bool"}},
-      {kVXTypeInteger, {"i4", "int", "long", "short"}},
-      {kVXTypeDouble, {"double", "decimal", "float"}},
-      {kVXTypeString, {"string"}},
-      {kVXTypeDate, {"timeInstant", "dateTime"}},
-      {kVXTypeData, {"base64", "base64Binary"}},
-      {kVXTypeArray, {"Array"}},
-      {kVXTypeDictionary, {"Dictionary"}},
-      {kVXTypeUnknown, {"Int", "array", "dictionary", "integer", "Null", ""}},
-  };
+  const std::pair<VXTypeID, const char*> rows[] = {
+      {kVXTypeNull, "nil null NULL"},          {kVXTypeBoolean, "boolean bool"},
+      {kVXTypeInteger, "i4 int long short"},   {kVXTypeString, "string"},
+      {kVXTypeDate, "timeInstant dateTime"},   {kVXTypeData, "base64 base64Binary"},
+      {kVXTypeDouble, "double decimal float"}, {kVXTypeArray, "Array"},
+      {kVXTypeDictionary, "Dictionary"},       {kVXTypeUnknown, "Int array dictionary integer Null"}};
   const BQString* known[] = {vx::VX_SOAP_1999_SCHEMA_NAMESPACE, vx::VX_SOAP_2001_SCHEMA_NAMESPACE,
                              vx::VX_SOAP_1999_ENCODING_NAMESPACE, vx::VX_SOAP_2001_ENCODING_NAMESPACE};
-  for (const auto& [kind, names] : rows) {
-    for (const std::string& name : names) {
+  for (auto [kind, names] : rows) {
+    std::istringstream words(names);
+    for (std::string name; words >> name;) {
       for (const BQString* uri : known) EXPECT_EQ(vx::VXQualifiedtoVXType(uri, string(name)), kind) << name;
       for (const BQString* uri : {static_cast<const BQString*>(nullptr), BQSTR("urn:other")}) {
         EXPECT_EQ(vx::VXQualifiedtoVXType(uri, string("any:" + name)), kind) << name;
@@ -78,8 +63,6 @@ TEST(Kinds, SchemaNamesAreUnderstoodByNamespaceOrByPrefix) {
   EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("a:b:int")), kVXTypeInteger) << "the last colon counts";
   EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("int:")), kVXTypeUnknown);
   EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR(":int")), kVXTypeUnknown) << "no prefix";
-  EXPECT_EQ(vx::VXQualifiedtoVXType(schema, nullptr), kVXTypeUnknown);
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, nullptr), kVXTypeUnknown);
 }
 
 TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
@@ -91,9 +74,7 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
       {"-0X1f", "-31"},
       {"010", "8"},
       {"08", "0"},
-      {"0", "0"},
       {"12abc", "12"},
-      {"1 2", "1"},
       {"abc", "0"},
       {"", "0"},
       {"-", "0"},
@@ -101,24 +82,20 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
       {"2147483648", "2147483648L"},
       {"-2147483648", "-2147483648"},
       {"-2147483649", "-2147483649L"},
-      {"3000000000", "3000000000L"},
       {"999999999999999999", "999999999999999999L"},
-      {"9223372036854775807", "9223372036854775807L"},
       {"99999999999999999999", "9223372036854775807L"},
       {"-99999999999999999999", "-9223372036854775808L"},
-      {"\u00e9"
-       "5",
-       "5"}, /* a character beyond ASCII is a blank */
-      {"5\u00e9"
+      {"\u65e5"
        "5",
        "5"},
-      {std::string(127, ' ') + "42", "4"}, /* 128 characters are looked at */
-      {std::string(128, ' ') + "42", "0"},
-  };
+      {"5\u65e5"
+       "5",
+       "5"}, /* a character beyond ASCII is one blank */
+      {std::string(127, ' ') + "42", "4"},
+      {std::string(128, ' ') + "42", "0"}}; /* 128 characters count */
   for (const auto& [digits, number] : rows) {
     EXPECT_EQ(notation(Value::adopt(vx::makeIntValueFromString(string(digits))).get()), number) << digits;
   }
-  EXPECT_EQ(notation(Value::adopt(vx::makeIntValueFromString(nullptr)).get()), "0");
 }
 
 TEST(Kinds, EntriesAreReadAsIntegersIfTheyFit) {

@@ -113,7 +113,7 @@ TEST(Reply, ToAnInvocationIsReadTheSame) {
   vx::XMLRPCWebServiceMethodInvocation invocation(nullptr, BQSTR("m"));
   vx::WebServiceResult result;
   invocation.parseReply(&result, tree("<methodResponse><params><p><v>x</v></p></params></methodResponse>"));
-  EXPECT_EQ(notation(result.resultDictionary()), "{/Result: 'x'}");
+  EXPECT_EQ(notation(result.resultDictionary.get()), "{/Result: 'x'}");
 }
 
 }  // namespace

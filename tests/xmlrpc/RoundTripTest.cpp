@@ -94,24 +94,4 @@ TEST(RoundTrip, RepliesAndRequestsReadBackAsTheyWereWritten) {
   }
 }
 
-TEST(RoundTrip, FaultsReadBackAsTheyWereWritten) {
-  vx::XMLRPCProtocolHandler handler;
-  Value fault = dictionary({{"/FaultCode", integer(-3)}, {"/FaultString", string("<bad> & worse")}});
-  Value document = Value::adopt(handler.createFault(nullptr, fault));
-  Value result = Value::adopt(handler.parseReplyData(nullptr, document, kBQStringEncodingUTF8, nullptr));
-  EXPECT_EQ(notation(result.get()),
-            "{/kVXResultIsFault: true, /FaultCode: -3, /FaultString: '<bad> & worse'}");
-}
-
-TEST(RoundTrip, ARequestInAnotherEncodingIsAnsweredInIt) {
-  vx::XMLRPCProtocolHandler handler;
-  for (unsigned long encoding :
-       {kBQStringEncodingISOLatin1, kBQStringEncodingWindowsLatin1, kBQStringEncodingUTF8}) {
-    Value encoded = dictionary({{"/VXTextEncoding", integer(static_cast<int32_t>(encoding))}});
-    Value reply = Value::adopt(handler.createReply(encoded, string("caf\u00e9")));
-    Value result = Value::adopt(handler.parseReplyData(nullptr, reply, encoding, nullptr));
-    EXPECT_EQ(notation(result.get()), "{/Result: 'caf\u00e9'}") << encoding;
-  }
-}
-
 }  // namespace
