@@ -145,7 +145,7 @@ class RPCCases:
         self.assertEqual([full[key] for key in ("/Result", "quotient", "remainder")], [3, 3, 2])
         self.assertEqual(self.value("nothing"), {})
         self.assert_complaint(self.run_call("--result", "product", "divide", 17, 5), 3,
-                              "Can't find method result parameter 'product' in reply")
+                              "is not usable: Can't find method result parameter 'product' in reply")
 
     def test_faults_have_their_text(self):
         run = self.run_call("fault", "Client.Authentication", "string:no <way> & out")
