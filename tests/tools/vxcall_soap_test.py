@@ -135,6 +135,11 @@ class RPCCases:
         # Perl knows scalars only: which of them are numbers depends on their use.
         self.assertEqual(text.replace('"', ""), "[1,0,-7,a=<b>,ABC,2005-02-28T13:45:09Z,[[1],[]],{k:{l:[]}}]")
 
+    def test_value_that_is_referred_to_stands_at_each_place(self):
+        run = self.run_call("--result", "value", "-v", "twice", 7)
+        self.assertEqual(json.loads(run.stdout), [{"x": 1, "list": [7]}] * 2)
+        self.assertGreaterEqual(run.stderr.decode().count('href="#'), 2)
+
     def test_nil_is_beyond_this_server(self):
         self.assert_complaint(self.run_call("received", "nil:"), 1, "Unspecified namespace for type 'nil'")
 

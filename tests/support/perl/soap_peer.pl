@@ -42,6 +42,12 @@ sub received {
 # A structure of a named type becomes an object of a class of that name.
 sub Dictionary::TO_JSON { return {%{$_[0]}} }
 
+# One structure at two places of an array: the reply refers to it.
+sub twice {
+    my $shared = {x => 1, list => [$_[1]]};
+    return SOAP::Data->name(value => [$shared, $shared]);
+}
+
 sub divide {
     my (undef, $dividend, $divisor) = @_;
     return (SOAP::Data->name('quotient')->type(int => int($dividend / $divisor)),
