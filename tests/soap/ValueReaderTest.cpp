@@ -117,7 +117,8 @@ TEST(SOAPValue, WithoutATypeHasTheKindOfItsShape) {
       {"<v enc:arrayType='xsd:int[9]'>\n <a>1</a>\n <a><b>2</b></a>\n</v>", "['1', {b: '2'}]"},
       {"<v enc:arrayType='xsd:int[9]' xsi:type='s:List'><a>1</a></v>", "['1']"},
       {"<v enc:arrayType='x[2000000000]' xsi:type='enc:Array'><a xsi:type='xsd:int'>1</a></v>", "[1]"},
-      {"<v s:type='xsd:int'>5</v>", "'5'"},
+      {"<v s:type='xsd:int'>5</v>", "5"},
+      {"<v xmlns='urn:other' s:type='xsd:int'>5</v>", "'5'"},
       {"<v xmlns='urn:service' s:type='xsd:int'>5</v>", "5"},
       {"<v xmlns:xsd='urn:other' xsi:type='xsd:int'>5</v>", "'5'"},
       {"<v><a xsi:type='xsd:int'>1</a><a>2</a><b/><a>3</a></v>", "{a: [1, '2', '3'], b: null}"},
@@ -147,7 +148,7 @@ TEST(SOAPValue, MayStandElsewhere) {
       {"<v href='#'/><r id=''/>", "! Can't locate anchor element in reply"},
       {"<v href='#a'/><r><q id='a'/></r>", "! Can't locate anchor element in reply"},
       {"<v><w><u href='#a'/></w><x>y</x></v>", "! Can't locate anchor element in reply"},
-      {"<v s:href='#a'/>", "null"},
+      {"<v xmlns='urn:other' s:href='#a'/>", "null"},
   };
   for (auto [elements, value] : rows) EXPECT_EQ(read(elements), value) << elements;
 }
