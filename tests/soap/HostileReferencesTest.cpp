@@ -20,11 +20,11 @@ Value readReply(const std::string& content) {
                              kBQStringEncodingUTF8, nullptr));
 }
 
-/* The message of the fault; the result dictionary if there is none. */
+/* The message of the fault; the start of the result dictionary if there is none. */
 std::string messageOf(const std::string& content) {
   Value result = readReply(content);
   BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
-  if (extra == nullptr) return notation(result.get());
+  if (extra == nullptr) return notation(result.get()).substr(0, 200);
   return text(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), kVXStreamErrorMessage));
 }
 
