@@ -125,7 +125,9 @@ class Formatter {
   }
 
   void writeText(const Conversion& conversion, const char* text) {
-    print(conversion, text == nullptr ? "(null)" : text);
+    if (text == nullptr) text = "(null)";
+    if (conversion.text == "%s") return append(text);
+    print(conversion, text);
   }
 
   /* Would let a format write to memory; shows as it stands. */
