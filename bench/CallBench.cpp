@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 
+#include "Codec.h"
 #include "Payload.h"
 #include "Responder.h"
 
@@ -12,7 +13,8 @@ namespace {
 class EchoCall {
  public:
   explicit EchoCall(const Payload& payload)
-      : parameters_(makeParameters(payload)), responder_(bytesOf(checkedReply(payload).get())) {}
+      : parameters_(makeParameters(payload)),
+        responder_(bytesOf(Codec::xmlRPC().checkedReply(payload).get())) {}
 
   std::string url() const { return responder_.url(); }
 
@@ -30,8 +32,8 @@ class EchoCall {
   }
 
   Owned<const BQData> makeRequest() const {
-    return own(VXProtocolHandlerCopyRequestDocument(sharedHandler(), BQSTR("echo"), parameters_.get(),
-                                                    nullptr, nullptr));
+    return own(VXProtocolHandlerCopyRequestDocument(Codec::xmlRPC().handler(), BQSTR("echo"),
+                                                    parameters_.get(), nullptr, nullptr));
   }
 
  private:

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "AllocationMeter.h"
+#include "Codec.h"
 #include "Payload.h"
 
 namespace bench {
@@ -20,19 +21,19 @@ void print(const char* kind, const Payload& payload, size_t documentLength, cons
 void measureEncode(const Payload& payload, size_t documentLength) {
   const auto value = payload.makeValue();
   const AllocationMeter meter;
-  const auto document = encodeReply(value.get());
+  const auto document = Codec::xmlRPC().encodeReply(value.get());
   print("encode", payload, documentLength, meter);
 }
 
 void measureDecode(const Payload& payload, const BQData* document) {
   const AllocationMeter meter;
-  const auto result = decodeReply(document);
+  const auto result = Codec::xmlRPC().decodeReply(document);
   print("decode", payload, bytesOf(document).size(), meter);
 }
 
 /* On threads of their own, so that what a thread keeps for its next document counts, too. */
 void measure(const Payload& payload) {
-  const auto document = checkedReply(payload);
+  const auto document = Codec::xmlRPC().checkedReply(payload);
   std::thread(measureEncode, std::cref(payload), bytesOf(document.get()).size()).join();
   std::thread(measureDecode, std::cref(payload), document.get()).join();
 }

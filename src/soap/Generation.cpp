@@ -8,8 +8,6 @@
 namespace vx {
 namespace {
 
-BQ_DEFINE_STATIC_STRING(placeholderMethodNamespace, "urn:vx:method");
-
 const Generation& generation1999() {
   static const Generation generation = {kVXSOAP1999Protocol,
                                         VX_SOAP_1999_SCHEMA_NAMESPACE,
@@ -40,7 +38,7 @@ const Generation& generation2001() {
 
 }  // namespace
 
-const BQString* const kPlaceholderMethodNamespace = placeholderMethodNamespace;
+BQ_DEFINE_STRING(kPlaceholderMethodNamespace, "urn:vx:method");
 
 const Generation* generationOf(const BQString* protocol) {
   if (protocol == kVXSOAP1999Protocol) return &generation1999();

@@ -30,7 +30,8 @@ struct SOAPReplyContext {
   SOAPProtocolHandler* handler;
   const BQString* methodName;
   WebServiceResult* result;
-  const BQTree* body;
+  ReferenceBudget budget{};
+  SOAPValueReader* reader = nullptr; /* of the Body that is being read */
 };
 
 SOAPReplyContext& contextOf(void* context) {
@@ -46,7 +47,7 @@ long integerAtStart(std::string_view text) {
   size_t start = text.find_first_not_of(" \t\n\v\f\r");
   if (start == std::string_view::npos) return 0;
   text.remove_prefix(start);
-  if (text.starts_with('+')) text.remove_prefix(1);
+  if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
   int32_t value = 0;
   auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::result_out_of_range) return text.starts_with('-') ? INT32_MIN : INT32_MAX;
@@ -110,7 +111,7 @@ const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, const Au
                                   void* context) {
   logEntry("in _parseMethodReply\n");
   SOAPReplyContext& reply = contextOf(context);
-  SOAPValueReader reader(reply.body, reply.handler);
+  SOAPValueReader& reader = *reply.reader;
   auto outputs = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
   for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
@@ -133,7 +134,8 @@ const BQString* _parseSOAPBody(const BQTree* tree, const BQXMLNode*, const AutoD
                                void* context) {
   logEntry("in _parseSOAPBody\n");
   SOAPReplyContext& reply = contextOf(context);
-  reply.body = tree;
+  SOAPValueReader reader(tree, reply.handler, &reply.budget);
+  reply.reader = &reader;
   const BQString* methodNamespace = reply.handler->methodNamespace();
   const BQString* name = reply.methodName;
   auto responseName = own(BQStringCreateWithFormat(BQSTR("%@Response"), name));
@@ -179,7 +181,7 @@ const BQString* _parseSOAPEnvelope(const BQTree* tree, const BQXMLNode*, const A
 void SOAPProtocolHandler::parseReply(WebServiceResult* result, const BQString* methodName,
                                      const BQTree* tree) {
   if (gVXDebugVerbose != 0) dumpXMLTree(tree, 0);
-  SOAPReplyContext context = {this, methodName, result, nullptr};
+  SOAPReplyContext context = {this, methodName, result};
   const XMLElementInterrogator table[] = {
       {VX_SOAP_1999_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseSOAPEnvelope, &context},
       {VX_SOAP_2001_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseSOAPEnvelope, &context},

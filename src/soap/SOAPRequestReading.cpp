@@ -21,7 +21,7 @@ namespace {
 struct SOAPRequestContext {
   SOAPProtocolHandler* handler;
   AutoDict* request;
-  const BQTree* body;
+  ReferenceBudget budget{};
 };
 
 SOAPRequestContext& contextOf(void* context) {
@@ -32,11 +32,10 @@ void logEntry(const char* text) {
   if (gVXDebugVerbose != 0) _vxLogf(text);
 }
 
-/* Reads the parameters of a method element whose namespaces are given; returns a message if one cannot be
- * read. */
-const BQString* readParameters(const SOAPRequestContext& context, const BQTree* method,
+/* Reads the parameters of a method element whose namespaces are given; a message if one cannot be read. */
+const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, const BQTree* method,
                                const AutoDict& namespaces) {
-  SOAPValueReader reader(context.body, context.handler);
+  SOAPValueReader reader(body, context.handler, &context.budget);
   auto parameters = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
   auto order = own(BQArrayCreateMutable(0));
   for (const BQTree* child = BQTreeGetFirstChild(method); child != nullptr;
@@ -56,7 +55,6 @@ const BQString* _parseReqSOAPBody(const BQTree* tree, const BQXMLNode*, const Au
                                   void* context) {
   logEntry("in _parseReqSOAPBody\n");
   SOAPRequestContext& request = contextOf(context);
-  request.body = tree;
   const BQTree* method = BQTreeGetFirstChild(tree);
   if (method == nullptr) return BQSTR("Body missing method");
   AutoDict methodNamespaces(namespaces);
@@ -68,7 +66,7 @@ const BQString* _parseReqSOAPBody(const BQTree* tree, const BQXMLNode*, const Au
   auto ownedLocal = own(local);
   request.request->addValue(kRequestMethodName, local);
   request.request->addValue(kVXSOAPMethodNamespaceURI, uri);
-  return readParameters(request, method, methodNamespaces);
+  return readParameters(request, tree, method, methodNamespaces);
 }
 
 const BQString* _parseReqSOAPHeader(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
@@ -99,7 +97,7 @@ const BQDictionary* SOAPProtocolHandler::parsePostData(const BQData* data, unsig
   if (outError != nullptr) *outError = ownedError.release();
   if (tree == nullptr) return nullptr;
   AutoDict request;
-  SOAPRequestContext context = {this, &request, nullptr};
+  SOAPRequestContext context = {this, &request};
   const XMLElementInterrogator table[] = {
       {VX_SOAP_1999_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseReqSOAPEnvelope, &context},
       {VX_SOAP_2001_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseReqSOAPEnvelope, &context},

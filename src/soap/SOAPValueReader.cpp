@@ -1,7 +1,6 @@
 #include "soap/SOAPValueReader.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 #include <BQ/BQ.h>
 
@@ -20,9 +19,8 @@
 namespace vx {
 namespace {
 
-/* Bounds on what a document may make the reader do through references. */
-constexpr size_t kMaximumDepth = 512;
-constexpr long kMaximumReadByReference = 1000000;
+constexpr size_t kMaximumDepth = 512;  /* with references followed */
+constexpr long kBytesPerAttribute = 8; /* what looking at one again is charged as */
 
 /* The types of elements that do not tell theirs. */
 BQ_DEFINE_STATIC_STRING(arrayType, "http://www.w3.org/2001/XMLSchema|Array");
@@ -59,6 +57,17 @@ bool isInNamespace(const BQString* name, const AutoDict& namespaces, const BQStr
   auto ownedURI = own(uri);
   auto ownedLocal = own(local);
   return BQStringEqualsIgnoringCase(uri, namespaceURI);
+}
+
+/* The bytes that reading an element looks at, apart from its child elements. */
+long bytesIn(const BQTree* element) {
+  const BQXMLElementInfo* info = treeGetElementInfo(element);
+  long bytes = info == nullptr ? 0 : kBytesPerAttribute * BQArrayGetCount(info->attributeOrder);
+  for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
+    if (!treeIsElement(child)) bytes += BQStringGetLength(getElementName(child));
+  }
+  return bytes;
 }
 
 std::string_view localPart(std::string_view name) {
@@ -127,9 +136,10 @@ bool isArray(const BQTree* element, const AutoDict& namespaces) {
          getNodeAttribute(element, namespaces, VX_SOAP_2001_ENCODING_NAMESPACE, "arrayType") != nullptr;
 }
 
-SOAPValueReader::SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler)
+SOAPValueReader::SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget)
     : root_(root),
       handler_(*handler),
+      budget_(*budget),
       hasOverrides_(handler->hasDeserializationOverrides()),
       anchors_(root) {}
 
@@ -155,15 +165,25 @@ void SOAPValueReader::fail(const BQString* message) {
 
 /* Bounds the work on a document; a failure has set the message. */
 bool SOAPValueReader::enter(const BQTree* element) {
-  if (inProgress_.size() >= kMaximumDepth) {
-    fail(BQSTR("Values are nested too deep"));
-  } else if (references_ > 0 && ++readByReference_ > kMaximumReadByReference) {
-    fail(BQSTR("Too many elements are read through references"));
-  } else {
-    inProgress_.push_back(element);
-    return true;
+  const BQString* message =
+      inProgress_.size() >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
+  if (message != nullptr) {
+    fail(message);
+    return false;
   }
-  return false;
+  inProgress_.push_back(element);
+  return true;
+}
+
+/* Takes an element from the budget; a message if that is spent. */
+const BQString* SOAPValueReader::spendOn(const BQTree* element) {
+  if (references_ > 0 && --budget_.elements < 0) {
+    return BQSTR("Too many elements are read through references");
+  }
+  if (repeats_ > 0 && (budget_.repeatedBytes -= bytesIn(element)) < 0) {
+    return BQSTR("Too much text is read through repeated references");
+  }
+  return nullptr;
 }
 
 Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, const AutoDict& namespaces) {
@@ -183,7 +203,7 @@ Owned<const void> SOAPValueReader::readElement(const BQTree* element, AutoDict& 
     return readSubject({element, namespaces});
   }
   if (const BQString* reference = getSoapNodeAttribute(element, namespaces, "href")) {
-    return readReference(element, reference, namespaces);
+    return readReference(reference, namespaces);
   }
   if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
   return own<const void>(kBQNull);
@@ -194,27 +214,32 @@ Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const A
   return own(handler_.deserilizeOverride(element, namespaces, getElementName(element), root_));
 }
 
-Owned<const void> SOAPValueReader::readReference(const BQTree*, const BQString* reference,
-                                                 AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::readReference(const BQString* reference, AutoDict& namespaces) {
   BQIndex length = BQStringGetLength(reference);
   BQIndex start = textOf(reference).starts_with('#') ? 1 : 0;
   auto id = own(BQStringCreateSubstring(reference, BQRangeMake(start, length - start)));
   const BQTree* anchor = anchors_.find(id.get(), namespaces);
   if (anchor == nullptr) {
     fail(BQSTR("Can't locate anchor element in reply"));
-    return nullptr;
-  }
-  if (std::find(inProgress_.begin(), inProgress_.end(), anchor) != inProgress_.end()) {
+  } else if (std::find(inProgress_.begin(), inProgress_.end(), anchor) != inProgress_.end()) {
     fail(BQSTR("A reference leads back to the element that holds it"));
-    return nullptr;
+  } else {
+    return readAnchor(anchor, namespaces);
   }
+  return nullptr;
+}
+
+Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, AutoDict& namespaces) {
+  int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
   ++references_;
+  repeats_ += repeat;
   Owned<const void> value;
   if (enter(anchor)) {
     xmlGetElementNamespaces(anchor, &namespaces);
     value = readSubject({anchor, namespaces});
     inProgress_.pop_back();
   }
+  repeats_ -= repeat;
   --references_;
   return value;
 }

@@ -7,9 +7,11 @@
 #include <VX/VXTypes.h>
 
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "soap/AnchorTable.h"
+#include "soap/ReferenceBudget.h"
 #include "soap/TypeCache.h"
 #include "values/AutoDict.h"
 #include "values/Owned.h"
@@ -36,8 +38,8 @@ const BQString* getSoapNodeAttribute(const BQTree* element, const AutoDict& name
  */
 class SOAPValueReader {
  public:
-  /* Neither is owned. The root is the Body. */
-  SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler);
+  /* Nothing is owned. The root is the Body, the budget the message's. */
+  SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget);
 
   /* The value of an element in the namespaces of its parent; null, and a message, if it cannot be read. */
   Owned<const void> parseSOAPType(const BQTree* element, const AutoDict& namespaces);
@@ -62,7 +64,8 @@ class SOAPValueReader {
 
   Owned<const void> readElement(const BQTree* element, AutoDict& namespaces);
   Owned<const void> readSubject(const Subject& subject);
-  Owned<const void> readReference(const BQTree* element, const BQString* reference, AutoDict& namespaces);
+  Owned<const void> readReference(const BQString* reference, AutoDict& namespaces);
+  Owned<const void> readAnchor(const BQTree* anchor, AutoDict& namespaces);
   Owned<const void> readByOverride(const BQTree* element, const AutoDict& namespaces);
   Owned<const void> readKind(VXTypeID kind, const Subject& subject);
   Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject);
@@ -72,17 +75,21 @@ class SOAPValueReader {
   Owned<const void> parseSOAPDictionary(const Subject& subject);
   const BQString* typeNameOf(const Subject& subject);
   bool enter(const BQTree* element);
+  const BQString* spendOn(const BQTree* element);
   void fail(const BQString* message);
 
   const BQTree* const root_;
   SOAPProtocolHandler& handler_;
+  ReferenceBudget& budget_;
   const bool hasOverrides_;
   AnchorTable anchors_;
   TypeCache types_;
   NameCache names_;
   std::vector<const BQTree*> inProgress_;
-  int references_ = 0; /* how many of the elements in progress were reached by reference */
-  long readByReference_ = 0;
+  std::unordered_set<const BQTree*> readAnchors_;
+  /* How many of the elements in progress were reached by reference, and by a further reference. */
+  int references_ = 0;
+  int repeats_ = 0;
   Owned<const BQString> error_;
 };
 

@@ -3,13 +3,12 @@
 #include <BQ/BQBundle.h>
 #include <BQ/BQString.h>
 
-#include "values/ConstantString.h"
 #include "values/Construction.h"
 #include "values/Owned.h"
 
 namespace vx {
 
-VX_DEFINE_STRING(kLibraryBundleIdentifier, "orvane.vx");
+BQ_DEFINE_STRING(kLibraryBundleIdentifier, "orvane.vx");
 
 void registerLibraryBundle() {
   static bool didRegister = false;

@@ -3,7 +3,6 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "values/ConstantString.h"
 #include "values/Construction.h"
 
 namespace vx {
@@ -16,7 +15,7 @@ Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
 
 }  // namespace
 
-VX_DEFINE_STRING(kResultIsFault, "/kVXResultIsFault");
+BQ_DEFINE_STRING(kResultIsFault, "/kVXResultIsFault");
 
 BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain domain, long error) {
   auto errorNumber = makeNumber(kBQNumberSInt32Type, error);

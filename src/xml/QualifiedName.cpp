@@ -5,7 +5,6 @@
 #include <BQ/BQObject.h>
 #include <BQ/BQString.h>
 
-#include "values/ConstantString.h"
 #include "values/Owned.h"
 #include "xml/Text.h"
 
@@ -29,7 +28,7 @@ size_t findSeparator(const BQString* name, char separator) {
 
 }  // namespace
 
-VX_DEFINE_STRING(kDefaultNamespaceKey, "__defaultNamespace");
+BQ_DEFINE_STRING(kDefaultNamespaceKey, "__defaultNamespace");
 
 void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
                                 const BQString** outLocalName) {

@@ -8,7 +8,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support", "python"))
 
-from peer_process import Peer  # noqa: E402
+from peer_process import Peer, SOAPPeer  # noqa: E402
 
 EXAMPLES = os.environ["EXAMPLES"]
 
@@ -53,8 +53,15 @@ class ExamplesTest(unittest.TestCase):
         run = run_example("concurrent_calls", self.peer.url("/hang-up"))
         self.assert_run(run, 1, "100 answers, 100 faults, sum 0\n")
 
+    def test_values_of_another_class_go_to_a_soap_server_and_back(self):
+        peer = SOAPPeer()
+        self.addCleanup(peer.stop)
+        self.assert_run(run_example("soap_points", peer.url(), "3", "-4.5"), 0, "(-4.5, 3)\n")
+        self.assert_run(run_example("soap_points", self.peer.url("/status/404"), "1", "2"), 1,
+                        "failed: /BQStreamFault\n")
+
     def test_wrong_arguments_show_the_usage(self):
-        for name in ("call", "call_in_c", "concurrent_calls"):
+        for name in ("call", "call_in_c", "concurrent_calls", "soap_points"):
             self.assertTrue(re.search("usage", run_example(name).stderr), name)
 
 

@@ -3,22 +3,12 @@
 #include <BQ/BQString.h>
 
 namespace vx {
-namespace {
 
-BQ_DEFINE_STATIC_STRING(protocolType, "ProtocolType");
-BQ_DEFINE_STATIC_STRING(methodName, "MethodName");
-BQ_DEFINE_STATIC_STRING(serviceURL, "ServiceURL");
-BQ_DEFINE_STATIC_STRING(paramOrder, "ParamOrder");
-BQ_DEFINE_STATIC_STRING(paramValues, "ParamValues");
-BQ_DEFINE_STATIC_STRING(properties, "Properties");
-
-}  // namespace
-
-const BQString* const kAgreementProtocolType = protocolType;
-const BQString* const kAgreementMethodName = methodName;
-const BQString* const kAgreementServiceURL = serviceURL;
-const BQString* const kAgreementParamOrder = paramOrder;
-const BQString* const kAgreementParamValues = paramValues;
-const BQString* const kAgreementProperties = properties;
+BQ_DEFINE_STRING(kAgreementProtocolType, "ProtocolType");
+BQ_DEFINE_STRING(kAgreementMethodName, "MethodName");
+BQ_DEFINE_STRING(kAgreementServiceURL, "ServiceURL");
+BQ_DEFINE_STRING(kAgreementParamOrder, "ParamOrder");
+BQ_DEFINE_STRING(kAgreementParamValues, "ParamValues");
+BQ_DEFINE_STRING(kAgreementProperties, "Properties");
 
 }  // namespace vx

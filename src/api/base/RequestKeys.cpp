@@ -1,12 +1,12 @@
 #include "api/base/RequestKeys.h"
 
-#include "values/ConstantString.h"
+#include <BQ/BQString.h>
 
 namespace vx {
 
-VX_DEFINE_STRING(kRequestTextEncoding, "/VXTextEncoding");
-VX_DEFINE_STRING(kRequestMethodName, "/VXMethodName");
-VX_DEFINE_STRING(kRequestMethodParameters, "/VXMethodParameters");
-VX_DEFINE_STRING(kRequestMethodParameterOrder, "/VXMethodParameterOrder");
+BQ_DEFINE_STRING(kRequestTextEncoding, "/VXTextEncoding");
+BQ_DEFINE_STRING(kRequestMethodName, "/VXMethodName");
+BQ_DEFINE_STRING(kRequestMethodParameters, "/VXMethodParameters");
+BQ_DEFINE_STRING(kRequestMethodParameterOrder, "/VXMethodParameterOrder");
 
 }  // namespace vx

@@ -3,6 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <algorithm>
+#include <utility>
+
 #include "platform/collections/ContainerComparison.h"
 #include "platform/object/Classes.h"
 #include "platform/object/Object.h"
@@ -80,7 +83,7 @@ MutableArray* makeMutable(uint64_t capacity) {
 /* Room for one more value. */
 void grow(MutableArray* array) {
   if (array->count < array->capacity) return;
-  array->capacity *= 2;
+  array->capacity = std::max(2 * array->capacity, kSmallestCapacity);
   array->values = static_cast<BQTypeRef*>(reallocate(array->values, array->capacity * sizeof(BQTypeRef)));
 }
 
@@ -187,9 +190,10 @@ void BQArrayRemoveValueAtIndex(BQArray* array, BQIndex index) {
 void BQArrayRemoveAllValues(BQArray* array) {
   MutableArray* target = bq::asMutable(array);
   if (target == nullptr) return;
-  MutableArray* removed = bq::makeMutable(0);
-  std::swap(removed->values, target->values);
-  std::swap(removed->count, target->count);
-  std::swap(removed->capacity, target->capacity);
-  BQRelease(removed);
+  /* What goes may look at the array, or put something into it. */
+  BQTypeRef* values = std::exchange(target->values, nullptr);
+  uint64_t count = std::exchange(target->count, 0);
+  target->capacity = 0;
+  for (uint64_t i = 0; i < count; ++i) BQRelease(values[i]);
+  std::free(values);
 }

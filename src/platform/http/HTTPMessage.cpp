@@ -12,10 +12,8 @@
 
 using Field = BQHTTPMessage::Field;
 
-BQ_DEFINE_STATIC_STRING(version1_0, "HTTP/1.0");
-BQ_DEFINE_STATIC_STRING(version1_1, "HTTP/1.1");
-const BQString* const kBQHTTPVersion1_0 = version1_0;
-const BQString* const kBQHTTPVersion1_1 = version1_1;
+BQ_DEFINE_STRING(kBQHTTPVersion1_0, "HTTP/1.0");
+BQ_DEFINE_STRING(kBQHTTPVersion1_1, "HTTP/1.1");
 
 namespace bq {
 namespace {

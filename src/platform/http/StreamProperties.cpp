@@ -6,27 +6,20 @@
 #include <BQ/BQDictionary.h>
 #include <BQ/BQNumber.h>
 #include <BQ/BQReadStream.h>
+#include <BQ/BQString.h>
 #include <BQ/BQURL.h>
 
 #include "platform/http/Text.h"
 
-BQ_DEFINE_STATIC_STRING(httpProxy, "kBQStreamPropertyHTTPProxy");
-BQ_DEFINE_STATIC_STRING(httpProxyHost, "kBQStreamPropertyHTTPProxyHost");
-BQ_DEFINE_STATIC_STRING(httpProxyPort, "kBQStreamPropertyHTTPProxyPort");
-BQ_DEFINE_STATIC_STRING(httpShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
-BQ_DEFINE_STATIC_STRING(httpResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
-BQ_DEFINE_STATIC_STRING(httpMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
-BQ_DEFINE_STATIC_STRING(tlsVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
-BQ_DEFINE_STATIC_STRING(tlsCertificateAuthorityFile, "kBQStreamPropertyTLSCertificateAuthorityFile");
-
-const BQString* const kBQStreamPropertyHTTPProxy = httpProxy;
-const BQString* const kBQStreamPropertyHTTPProxyHost = httpProxyHost;
-const BQString* const kBQStreamPropertyHTTPProxyPort = httpProxyPort;
-const BQString* const kBQStreamPropertyHTTPShouldAutoredirect = httpShouldAutoredirect;
-const BQString* const kBQStreamPropertyHTTPResponseHeader = httpResponseHeader;
-const BQString* const kBQStreamPropertyHTTPMaximumReplySize = httpMaximumReplySize;
-const BQString* const kBQStreamPropertyTLSVerifyPeer = tlsVerifyPeer;
-const BQString* const kBQStreamPropertyTLSCertificateAuthorityFile = tlsCertificateAuthorityFile;
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxy, "kBQStreamPropertyHTTPProxy");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxyHost, "kBQStreamPropertyHTTPProxyHost");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxyPort, "kBQStreamPropertyHTTPProxyPort");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
+BQ_DEFINE_STRING(kBQStreamPropertyTLSVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
+BQ_DEFINE_STRING(kBQStreamPropertyTLSCertificateAuthorityFile,
+                 "kBQStreamPropertyTLSCertificateAuthorityFile");
 
 namespace bq {
 namespace {
@@ -73,11 +66,11 @@ bool readSize(BQTypeRef number, int64_t& size) {
 
 /* In the order of the indices. */
 const std::array<StreamProperties::Kind, StreamProperties::kCount> StreamProperties::kKinds = {{
-    {httpProxy, kDictionaryTypeID},
-    {httpShouldAutoredirect, kBooleanTypeID},
-    {httpMaximumReplySize, kNumberTypeID},
-    {tlsVerifyPeer, kBooleanTypeID},
-    {tlsCertificateAuthorityFile, kStringTypeID},
+    {kBQStreamPropertyHTTPProxy, kDictionaryTypeID},
+    {kBQStreamPropertyHTTPShouldAutoredirect, kBooleanTypeID},
+    {kBQStreamPropertyHTTPMaximumReplySize, kNumberTypeID},
+    {kBQStreamPropertyTLSVerifyPeer, kBooleanTypeID},
+    {kBQStreamPropertyTLSCertificateAuthorityFile, kStringTypeID},
 }};
 
 const StreamProperties::Kind* StreamProperties::kindOf(const BQString* key) {

@@ -1,5 +1,7 @@
 #include "platform/runloop/RunLoop.h"
 
+#include <BQ/BQString.h>
+
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -310,8 +312,7 @@ RunLoopMode* findOrCreateMode(BQRunLoop* runLoop, const BQString* name) {
 
 }  // namespace bq
 
-static const BQConstantString defaultMode = BQ_CONSTANT_STRING_INIT("kBQRunLoopDefaultMode");
-const BQString* const kBQRunLoopDefaultMode = reinterpret_cast<const BQString*>(&defaultMode);
+BQ_DEFINE_STRING(kBQRunLoopDefaultMode, "kBQRunLoopDefaultMode");
 
 BQTypeID BQRunLoopGetTypeID(void) {
   static const BQRuntimeClass runLoopClass = {

@@ -1,7 +1,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include <string>
+#include <string_view>
+#include <utility>
 
 #include <BQ/BQString.h>
 
@@ -41,6 +42,12 @@ MutableString* makeMutableString(uint64_t capacity) {
 void setLength(MutableString* string, uint64_t length) {
   string->length = length;
   string->bytes[length] = '\0';
+}
+
+void swapTexts(MutableString* first, MutableString* second) {
+  std::swap(first->length, second->length);
+  std::swap(first->bytes, second->bytes);
+  std::swap(first->capacity, second->capacity);
 }
 
 bool isSpace(char character) {
@@ -119,22 +126,22 @@ BQIndex BQStringFindAndReplace(BQString* string, const BQString* text, const BQS
   if (text->length == 0 || !bq::isValidRange(viewOf(target), range)) return 0;
   bool ignoreCase = (options & kBQCompareCaseInsensitive) != 0;
   std::string_view whole = viewOf(target);
-  size_t end = static_cast<size_t>(range.location) + static_cast<size_t>(range.length);
-  std::string_view searched = whole.substr(0, end);
-  std::string result;
+  std::string_view searched = whole.substr(0, static_cast<size_t>(range.location + range.length));
+  size_t position = bq::findText(searched, viewOf(text), static_cast<size_t>(range.location), ignoreCase);
+  if (position == std::string_view::npos) return 0;
+  MutableString* result = bq::makeMutableString(target->length);
   BQIndex count = 0;
   size_t copied = 0;
-  size_t position = bq::findText(searched, viewOf(text), static_cast<size_t>(range.location), ignoreCase);
   while (position != std::string_view::npos) {
-    result.append(whole, copied, position - copied).append(viewOf(replacement));
+    bq::appendText(result, whole.substr(copied, position - copied));
+    bq::appendText(result, viewOf(replacement));
     copied = position + text->length;
     ++count;
     position = bq::findText(searched, viewOf(text), copied, ignoreCase);
   }
-  if (count == 0) return 0;
-  result.append(whole, copied);
-  bq::setLength(target, 0);
-  bq::appendText(target, result);
+  bq::appendText(result, whole.substr(copied));
+  bq::swapTexts(target, result);
+  BQRelease(result);
   return count;
 }
 

@@ -1,31 +1,16 @@
 #include "platform/text/Replacement.h"
 
-#include "platform/text/Encoding.h"
+#include "platform/text/EncodingUTF8.h"
 
 namespace bq {
-namespace {
-
-/* The length of the well-formed character at the start of `bytes`; 0 if there is none. */
-size_t wellFormedLength(std::string_view bytes) {
-  for (size_t length = 1; length <= 4 && length <= bytes.size(); ++length) {
-    if (isWellFormedUTF8(bytes.data(), length)) return length;
-  }
-  return 0;
-}
-
-}  // namespace
 
 std::string replaceMalformed(std::string_view bytes) {
   std::string result;
+  result.reserve(bytes.size());
   while (!bytes.empty()) {
-    size_t length = wellFormedLength(bytes);
-    if (length == 0) {
-      result += "\xEF\xBF\xBD";
-      length = 1;
-    } else {
-      result.append(bytes.substr(0, length));
-    }
-    bytes.remove_prefix(length);
+    size_t length = measureUTF8Character(bytes.data(), bytes.size());
+    result.append(length == 0 ? "\xEF\xBF\xBD" : bytes.substr(0, length));
+    bytes.remove_prefix(length == 0 ? 1 : length);
   }
   return result;
 }

@@ -60,11 +60,10 @@ void finalizeString(BQTypeRef object) {
   if (const BorrowingString* borrowing = asBorrowing(string)) std::free(borrowing->terminated.load());
 }
 
-/* The bytes of a text in an encoding that are UTF-8 as they stand, or a conversion of them. */
+/* Whether the bytes of a text in an encoding are UTF-8 as they stand. */
 bool isUTF8AsItStands(const char* bytes, size_t length, BQStringEncoding encoding) {
   if (encoding == kBQStringEncodingUTF8) return isWellFormedUTF8(bytes, length);
-  if (!isASCIISuperset(encoding)) return false;
-  return countASCIIPrefix(bytes, length) == length;
+  return isASCIISuperset(encoding) && countASCIIPrefix(bytes, length) == length;
 }
 
 const BQString* convertBytes(const char* bytes, size_t length, BQStringEncoding encoding) {

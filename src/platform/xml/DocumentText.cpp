@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/text/StringImpl.h"
+
 namespace bq {
 namespace {
 
@@ -90,7 +92,7 @@ void DocumentText::convert(std::string_view bytes, BQStringEncoding encoding, st
   }
   converted_ = decoded(bytes, encoding);
   if (!converted_) return fail(BQSTR("The bytes are not text in the encoding \"%.80s\""), name);
-  text_ = {BQStringGetUTF8Ptr(converted_.get()), static_cast<size_t>(BQStringGetLength(converted_.get()))};
+  text_ = viewOf(converted_.get());
   /* A declaration that could be read in ASCII can name an encoding that is nothing like it. */
   if (!text_.starts_with('<') && bytes.starts_with('<'))
     fail(BQSTR("The document is not in the encoding \"%.80s\""), name);
@@ -105,7 +107,7 @@ void DocumentText::convertUTF16(std::string_view bytes) {
   BQString* joined = BQStringCreateMutableCopy(first.get());
   BQStringAppend(joined, second.get());
   converted_ = Ref<const BQString>::adopt(joined);
-  text_ = {BQStringGetUTF8Ptr(joined), static_cast<size_t>(BQStringGetLength(joined))};
+  text_ = viewOf(joined);
 }
 
 void DocumentText::fail(const BQString* format, std::string_view name) {
