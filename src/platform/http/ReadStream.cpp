@@ -226,7 +226,7 @@ void BQReadStream::report(BQStreamEventType event) {
 }
 
 void BQReadStream::close() {
-  if (transfer_ != nullptr) endTransfer(kBQStreamStatusClosed);
+  endTransfer(kBQStreamStatusClosed);
   if (wasOpened_) status_ = kBQStreamStatusClosed;
 }
 
@@ -237,6 +237,7 @@ void BQReadStream::stopDriving() {
 }
 
 void BQReadStream::endTransfer(BQStreamStatus status) {
+  if (transfer_ == nullptr) return;
   status_ = status;
   response_ = transfer_->response();
   error_ = transfer_->error();
