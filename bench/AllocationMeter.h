@@ -7,8 +7,8 @@
 namespace bench {
 
 /*
- * What was allocated since the meter was made, on one thread. Only a program that is there to measure
- * memory links it: counting slows every allocation.
+ * What was allocated since the meter was made. Only one thread may allocate meanwhile. Only a program
+ * that is there to measure memory links it: counting slows every allocation.
  */
 class AllocationMeter {
  public:

@@ -2,59 +2,67 @@
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 
+#include "Codec.h"
 #include "Payload.h"
 #include "Responder.h"
 
 namespace bench {
 namespace {
 
-const Payload& smallPayload() {
-  return payloads().back();
-}
+/* A call of a server that answers with the argument that it was sent. */
+class EchoCall {
+ public:
+  explicit EchoCall(const Payload& payload)
+      : parameters_(makeParameters(payload)),
+        responder_(bytesOf(Codec::xmlRPC().checkedReply(payload).get())) {}
 
-/* One server for all call benchmarks, started by the first of them. */
-const Responder& sharedResponder() {
-  static const Responder responder(bytesOf(checkedReply(smallPayload()).get()));
-  return responder;
-}
+  std::string url() const { return responder_.url(); }
 
-Owned<const BQDictionary> makeParameters() {
-  const auto value = smallPayload().makeValue();
-  const void* name = BQSTR("record");
-  const void* values[] = {value.get()};
-  return own(BQDictionaryCreate(&name, values, 1));
-}
+  Owned<const BQURL> makeURL() const {
+    const std::string text = url();
+    const auto string = own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+    return own(BQURLCreateWithString(string.get(), nullptr));
+  }
 
-/* An invocation is a pointer to an opaque type without a base: void is what can be released. */
-Owned<void> makeInvocation(const BQURL* url, const BQDictionary* parameters) {
-  VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("bench"), kVXXMLRPCProtocol);
-  VXMethodInvocationSetParameters(invocation, parameters, nullptr);
-  return Owned<void>(invocation);
-}
+  /* An invocation is a pointer to an opaque type without a base: void is what can be released. */
+  Owned<void> makeInvocation(const BQURL* url) const {
+    VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("echo"), kVXXMLRPCProtocol);
+    VXMethodInvocationSetParameters(invocation, parameters_.get(), nullptr);
+    return Owned<void>(invocation);
+  }
+
+  Owned<const BQData> makeRequest() const {
+    return own(VXProtocolHandlerCopyRequestDocument(Codec::xmlRPC().handler(), BQSTR("echo"),
+                                                    parameters_.get(), nullptr, nullptr));
+  }
+
+ private:
+  static Owned<const BQDictionary> makeParameters(const Payload& payload) {
+    const auto value = payload.makeValue();
+    const void* name = BQSTR("value");
+    const void* values[] = {value.get()};
+    return own(BQDictionaryCreate(&name, values, 1));
+  }
+
+  Owned<const BQDictionary> parameters_;
+  Responder responder_;
+};
 
 bool invoke(const Owned<void>& invocation) {
   const auto result = own(VXMethodInvocationInvoke(static_cast<VXMethodInvocationRef>(invocation.get())));
   return !VXMethodResultIsFault(result.get());
 }
 
-Owned<const BQURL> makeURL() {
-  const std::string url = sharedResponder().url();
-  const auto text = own(BQStringCreateWithUTF8(url.data(), static_cast<BQIndex>(url.size())));
-  return own(BQURLCreateWithString(text.get(), nullptr));
-}
-
-void callWithNewInvocations(benchmark::State& state) {
-  const auto url = makeURL();
-  const auto parameters = makeParameters();
+/* As most programs call: an invocation per call. */
+void callWithNewInvocations(benchmark::State& state, const EchoCall& call) {
+  const auto url = call.makeURL();
   for (auto _ : state) {
-    if (!invoke(makeInvocation(url.get(), parameters.get()))) return state.SkipWithError("fault");
+    if (!invoke(call.makeInvocation(url.get()))) return state.SkipWithError("fault");
   }
 }
 
-void callWithOneInvocation(benchmark::State& state) {
-  const auto url = makeURL();
-  const auto parameters = makeParameters();
-  const auto invocation = makeInvocation(url.get(), parameters.get());
+void callWithOneInvocation(benchmark::State& state, const EchoCall& call) {
+  const auto invocation = call.makeInvocation(call.makeURL().get());
   for (auto _ : state) {
     if (!invoke(invocation)) return state.SkipWithError("fault");
   }
@@ -65,16 +73,13 @@ size_t countReceived(char*, size_t size, size_t count, void* total) {
   return size * count;
 }
 
-void callWithCurl(benchmark::State& state) {
-  const auto parameters = makeParameters();
-  const auto request = own(VXProtocolHandlerCopyRequestDocument(sharedHandler(), BQSTR("bench"),
-                                                                parameters.get(), nullptr, nullptr));
-  const std::string url = sharedResponder().url();
+void callWithCurl(benchmark::State& state, const EchoCall& call) {
+  const auto request = call.makeRequest();
   const std::string_view body = bytesOf(request.get());
   size_t received = 0;
   CURL* handle = curl_easy_init();
   curl_slist* headers = curl_slist_append(nullptr, "Content-Type: text/xml");
-  curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(handle, CURLOPT_URL, call.url().c_str());
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
   curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.data());
   curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
@@ -92,9 +97,34 @@ void callWithCurl(benchmark::State& state) {
   curl_easy_cleanup(handle);
 }
 
-BENCHMARK(callWithNewInvocations)->Name("call/new")->UseRealTime();
-BENCHMARK(callWithOneInvocation)->Name("call/repeated")->UseRealTime();
-BENCHMARK(callWithCurl)->Name("call/curl")->UseRealTime();
+struct Kind {
+  const char* prefix;
+  void (*run)(benchmark::State& state, const EchoCall& call);
+};
+
+constexpr Kind kKinds[] = {
+    {"call/", callWithNewInvocations}, {"call-again/", callWithOneInvocation}, {"curl/", callWithCurl}};
+
+/* The server starts with the first benchmark that needs it, and serves all of them. */
+template <const Payload& (*payload)()>
+const EchoCall& sharedCall() {
+  static const EchoCall call(payload());
+  return call;
+}
+
+const bool registered = [] {
+  for (const Kind& kind : kKinds) {
+    const auto add = [&kind](const Payload& payload, const EchoCall& (*call)()) {
+      benchmark::RegisterBenchmark((kind.prefix + payload.name).c_str(), [&kind,
+                                                                          call](benchmark::State& state) {
+        kind.run(state, call());
+      })->UseRealTime();
+    };
+    add(integerPayload(), sharedCall<integerPayload>);
+    add(structPayload(), sharedCall<structPayload>);
+  }
+  return true;
+}();
 
 }  // namespace
 }  // namespace bench

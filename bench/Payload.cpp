@@ -1,8 +1,5 @@
 #include "Payload.h"
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace bench {
 namespace {
 
@@ -69,11 +66,6 @@ Owned<const BQArray> makeStructs() {
   return array;
 }
 
-[[noreturn]] void fail(const Payload& payload, const char* what) {
-  std::fprintf(stderr, "bench: %s: %s\n", payload.name.c_str(), what);
-  std::exit(1);
-}
-
 }  // namespace
 
 const std::vector<Payload>& payloads() {
@@ -81,38 +73,19 @@ const std::vector<Payload>& payloads() {
       {"structs", [] { return makeStructs(); }},
       {"ints", [] { return makeIntegers(kIntegerCount, 31); }},
       {"data", [] { return makeData(kDataLength, 1); }},
-      {"small", [] { return makeStruct(1); }},
+      structPayload(),
   };
   return all;
 }
 
-VXProtocolHandlerRef sharedHandler() {
-  static VXProtocolHandlerRef handler = VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol);
-  return handler;
+const Payload& integerPayload() {
+  static const Payload payload = {"int", [] { return makeInteger(42); }};
+  return payload;
 }
 
-Owned<const BQData> encodeReply(BQTypeRef value) {
-  return own(VXProtocolHandlerCopyReplyDocument(sharedHandler(), nullptr, value));
-}
-
-Owned<const BQDictionary> decodeReply(const BQData* document) {
-  return own(VXProtocolHandlerCopyReplyDictionary(sharedHandler(), BQSTR("bench"), document));
-}
-
-std::string_view bytesOf(const BQData* data) {
-  return {reinterpret_cast<const char*>(BQDataGetBytePtr(data)), static_cast<size_t>(BQDataGetLength(data))};
-}
-
-Owned<const BQData> checkedReply(const Payload& payload) {
-  const auto value = payload.makeValue();
-  auto document = encodeReply(value.get());
-  if (document == nullptr) fail(payload, "no document");
-  const auto result = decodeReply(document.get());
-  if (VXMethodResultIsFault(result.get())) fail(payload, "decodes to a fault");
-  if (!BQEqual(BQDictionaryGetValue(result.get(), kVXMethodInvocationResult), value.get())) {
-    fail(payload, "decodes to another value");
-  }
-  return document;
+const Payload& structPayload() {
+  static const Payload payload = {"struct", [] { return makeStruct(1); }};
+  return payload;
 }
 
 }  // namespace bench

@@ -36,11 +36,12 @@ int main(int argc, char** argv) {
   BQRelease(values[0]);
   BQRelease(values[1]);
 
-  /* There is always a result: the method's value, or a fault if anything went wrong. */
+  /* There is always a result: the method's value, or a fault if the server or the way to it failed. */
   const BQDictionary* result = VXMethodInvocationInvoke(invocation);
   bool failed = VXMethodResultIsFault(result);
-  const BQString* shown = BQCopyDescription(failed ? BQDictionaryGetValue(result, kVXFaultString)
-                                                   : BQDictionaryGetValue(result, kVXMethodInvocationResult));
+  BQTypeRef answer = BQDictionaryGetValue(result, failed ? kVXFaultExtra : kVXMethodInvocationResult);
+  if (failed && answer == nullptr) answer = BQDictionaryGetValue(result, kVXFaultString);
+  const BQString* shown = BQCopyDescription(answer);
   std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown));
 
   BQRelease(shown);

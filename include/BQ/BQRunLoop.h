@@ -43,7 +43,10 @@ BQ_EXPORT BQTypeID BQRunLoopSourceGetTypeID(void);
 BQ_EXPORT BQTypeID BQRunLoopTimerGetTypeID(void);
 BQ_EXPORT BQTypeID BQFileDescriptorGetTypeID(void);
 
-/** The calling thread's run loop, made on first use, destroyed with the thread; borrowed. */
+/**
+ * The calling thread's run loop, made on first use, destroyed with the thread; borrowed. Sources
+ * that are on it then are released without a call to their cancel function.
+ */
 BQ_EXPORT BQRunLoop* BQRunLoopGetCurrent(void);
 
 /** The mode of the innermost run, owned by the caller; null when the loop does not run. */
@@ -60,7 +63,7 @@ BQ_EXPORT BQRunLoopRunResult BQRunLoopRunInMode(const BQString* mode, BQTimeInte
 /** Runs the current thread's loop in the default mode until it is stopped or the mode is empty. */
 BQ_EXPORT void BQRunLoopRun(void);
 
-/** Makes the innermost run return when its present pass is done. Any thread. */
+/** Makes the innermost run return when its present pass is done; no effect without one. Any thread. */
 BQ_EXPORT void BQRunLoopStop(BQRunLoop* runLoop);
 
 /** Makes a waiting loop look at everything again. Any thread. */
@@ -127,7 +130,7 @@ typedef struct BQRunLoopTimerContext {
  * A timer, owned by the caller, that fires first at `fireDate` and then every `interval` seconds;
  * with an interval of 0 or less it fires once and is then invalid. Firings that were missed are not
  * made up. Once created a timer does not follow changes of the system's clock. `flags` and `order`
- * are 0. The context may be null.
+ * are 0. The context may be null. Null for a null callback or a version other than 0.
  */
 BQ_EXPORT BQRunLoopTimer* BQRunLoopTimerCreate(BQAbsoluteTime fireDate, BQTimeInterval interval,
                                                uint32_t flags, BQIndex order, BQRunLoopTimerCallBack callback,
@@ -164,7 +167,8 @@ typedef void (*BQFileDescriptorCallBack)(BQFileDescriptor* descriptor, uint32_t 
 
 /**
  * Watches a file descriptor that stays the caller's and must be removed before it is closed.
- * `interest` holds the bits above and may be 0. Owned by the caller.
+ * `interest` holds the bits above and may be 0. A file of a kind that cannot be waited for is always
+ * ready. Owned by the caller. Null for a negative `fd` or a null callback.
  */
 BQ_EXPORT BQFileDescriptor* BQFileDescriptorCreate(int fd, uint32_t interest,
                                                    BQFileDescriptorCallBack callback, void* info);

@@ -38,9 +38,10 @@ typedef struct __BQRuntimeClass {
   bool (*equal)(BQTypeRef first, BQTypeRef second);
   /** Hash of an instance; made of its address if null. */
   BQHashCode (*hash)(BQTypeRef object);
-  /** The text that "%@" inserts, owned by the caller; `copyDebugDesc` if null. */
+  /** The text that "%@" inserts, owned by the caller; `copyDebugDesc` if null, and class name and
+   * address if both are. */
   const BQString* (*copyFormattingDesc)(BQTypeRef object);
-  /** The text that describes an instance, owned by the caller; class name and address if null. */
+  /** The text that describes an instance, owned by the caller; `copyFormattingDesc` if null. */
   const BQString* (*copyDebugDesc)(BQTypeRef object);
 } __BQRuntimeClass;
 

@@ -30,6 +30,14 @@ typedef struct BQConstantString {
   static const BQConstantString name##_storage = BQ_CONSTANT_STRING_INIT(text); \
   static const BQString* const name = (const BQString*)&name##_storage
 
+/**
+ * Defines the constant string `name`, which a header declares as `extern const BQString* const`. It
+ * is set at compile time, so that initialisers of other files may use it.
+ */
+#define BQ_DEFINE_STRING(name, text)                                            \
+  static const BQConstantString name##_storage = BQ_CONSTANT_STRING_INIT(text); \
+  const BQString* const name = (const BQString*)&name##_storage
+
 /** A constant string in an expression: the same object each time the expression is evaluated. */
 #ifdef __cplusplus
 #define BQSTR(text)                                                               \

@@ -133,6 +133,22 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
  */
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 
+/**
+ * Writes the invocation as an XML property list: its protocol, method name, endpoint, parameters
+ * with their order, and properties. The callback and the overrides are not part of it.
+ *
+ * @return The bytes, owned by the caller; null if a parameter or property is no property-list value.
+ */
+BQ_EXPORT const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation);
+
+/**
+ * Makes an invocation from bytes that VXMethodInvocationCopySerialization wrote. Any bytes are
+ * safe.
+ *
+ * @return The invocation, owned by the caller; null if the bytes are no serialized invocation.
+ */
+BQ_EXPORT VXMethodInvocationRef VXMethodInvocationCreateFromSerialization(const BQData* data);
+
 /** Whether a result dictionary is a fault. False for null. */
 BQ_EXPORT bool VXMethodResultIsFault(const BQDictionary* result);
 

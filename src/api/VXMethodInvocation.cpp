@@ -4,6 +4,7 @@
 #include <VX/VXConstants.h>
 
 #include "api/MethodInvocationHandle.h"
+#include "api/base/AgreementKeys.h"
 #include "diag/Switches.h"
 #include "soap/SOAPWebServiceMethodInvocation.h"
 #include "transport/LibraryBundle.h"
@@ -26,6 +27,16 @@ vx::WebServiceMethodInvocation* createInvocation(const BQURL* url, const BQStrin
   if (protocol == kVXXMLRPCProtocol) return new vx::XMLRPCWebServiceMethodInvocation(url, methodName);
   if (protocol == kVXSOAP1999Protocol || protocol == kVXSOAP2001Protocol) {
     return new vx::SOAPWebServiceMethodInvocation(protocol, url, methodName);
+  }
+  return nullptr;
+}
+
+/* An invocation of the protocol that a serialized form names by text; null for any other. */
+vx::WebServiceMethodInvocation* createInvocation(const BQDictionary* agreement) {
+  BQTypeRef protocol = BQDictionaryGetValue(agreement, vx::kAgreementProtocolType);
+  if (BQEqual(protocol, kVXXMLRPCProtocol)) return new vx::XMLRPCWebServiceMethodInvocation(agreement);
+  for (const BQString* constant : {kVXSOAP1999Protocol, kVXSOAP2001Protocol}) {
+    if (BQEqual(protocol, constant)) return new vx::SOAPWebServiceMethodInvocation(constant, agreement);
   }
   return nullptr;
 }
@@ -110,6 +121,22 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
   VXMethodInvocationUnscheduleFromRunLoop(invocation, runLoop, kVXSyncMode);
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
   return result;
+}
+
+const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {
+  if (invocation == nullptr) return nullptr;
+  auto agreement = vx::own(invocation->invocation->copyAgreement());
+  return agreement == nullptr ? nullptr : BQPropertyListCreateXMLData(agreement.get());
+}
+
+VXMethodInvocationRef VXMethodInvocationCreateFromSerialization(const BQData* data) {
+  vx::vxInitStatics();
+  vx::registerLibraryBundle();
+  auto value = vx::own(BQPropertyListCreateFromXMLData(data, nullptr));
+  if (BQGetTypeID(value.get()) != BQDictionaryGetTypeID()) return nullptr;
+  vx::WebServiceMethodInvocation* invocation =
+      createInvocation(static_cast<const BQDictionary*>(value.get()));
+  return invocation == nullptr ? nullptr : OpaqueVXMethodInvocationRef::wrap(invocation);
 }
 
 bool VXMethodResultIsFault(const BQDictionary* result) {

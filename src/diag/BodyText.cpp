@@ -18,7 +18,8 @@ const BQString* prettyPrintXML(const BQData* data, unsigned long encoding) {
   const BQString* text = BQStringCreateWithBytes(bytes, length, static_cast<BQStringEncoding>(encoding));
   if (text == nullptr) text = BQStringCreateWithBytes(bytes, length, kBQStringEncodingISOLatin1);
   if (text != nullptr) return text;
-  std::transform(bytes, bytes + length, bytes, [](uint8_t byte) { return static_cast<uint8_t>(byte & 0x7F); });
+  std::transform(bytes, bytes + length, bytes,
+                 [](uint8_t byte) { return static_cast<uint8_t>(byte & 0x7F); });
   return BQStringCreateWithBytes(bytes, length, kBQStringEncodingASCII);
 }
 

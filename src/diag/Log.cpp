@@ -22,9 +22,13 @@ Owned<const BQData> outputBytes(const BQString* text) {
   return own(BQStringCreateExternalRepresentation(text, kBQStringEncodingWestern, '.'));
 }
 
-const char* charsOf(const BQData* data) { return reinterpret_cast<const char*>(BQDataGetBytePtr(data)); }
+const char* charsOf(const BQData* data) {
+  return reinterpret_cast<const char*>(BQDataGetBytePtr(data));
+}
 
-int lengthOf(const BQData* data) { return static_cast<int>(BQDataGetLength(data)); }
+int lengthOf(const BQData* data) {
+  return static_cast<int>(BQDataGetLength(data));
+}
 
 }  // namespace
 
@@ -35,7 +39,8 @@ int _vxLogf(const char* format, ...) {
   auto text = own(vxCreateString(format, arguments));
   va_end(arguments);
   if (auto bytes = outputBytes(text.get())) {
-    std::fprintf(stderr, "VX (%d): %.*s\n", static_cast<int>(getpid()), lengthOf(bytes.get()), charsOf(bytes.get()));
+    std::fprintf(stderr, "VX (%d): %.*s\n", static_cast<int>(getpid()), lengthOf(bytes.get()),
+                 charsOf(bytes.get()));
   } else {
     BQShow(text.get());
   }
@@ -64,6 +69,8 @@ void vxDumpDict(const char* label, const BQDictionary* dictionary) {
                charsOf(data.get()));
 }
 
-const BQString* vxCreateString(const char* format, va_list arguments) { return bqCreateString(format, arguments); }
+const BQString* vxCreateString(const char* format, va_list arguments) {
+  return bqCreateString(format, arguments);
+}
 
 }  // namespace vx

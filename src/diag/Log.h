@@ -7,12 +7,12 @@
 namespace vx {
 
 /*
- * Writes "VX (process id): ", the formatted text and a line end, in one write, if gVXDebug is on.
+ * Writes "VX (process id): ", the formatted text and a line end, if gVXDebug is on.
  * Emitters of verbose messages test gVXDebugVerbose first. Returns 0.
  */
 int _vxLogf(const char* format, ...);
 
-/* Writes the formatted text, always, with nothing added, in one write. */
+/* Writes the formatted text, always, with nothing added. */
 void vxPrintf(const BQString* format, ...);
 
 /* Writes a dictionary as a property list, or its description if it is none, always. */

@@ -7,8 +7,8 @@
 #include <BQ/BQXMLNode.h>
 
 #include "diag/Log.h"
-#include "xml/TreeAccess.h"
 #include "values/Owned.h"
+#include "xml/TreeAccess.h"
 #include "xml/XMLBuffer.h"
 
 namespace vx {
@@ -35,13 +35,15 @@ constexpr const char* kTypeNames[] = {
 
 Owned<const BQString> typeName(BQXMLNodeTypeCode code) {
   bool known = code >= kBQXMLNodeTypeDocument && code <= kBQXMLNodeTypeAttributeListDeclaration;
-  return own(BQStringCreateWithCString(known ? kTypeNames[code] : "??unknown node type??", kBQStringEncodingUTF8));
+  return own(
+      BQStringCreateWithCString(known ? kTypeNames[code] : "??unknown node type??", kBQStringEncodingUTF8));
 }
 
 void printAttributes(const BQXMLElementInfo* info, int level) {
   BQIndex count = BQArrayGetCount(info->attributeOrder);
   if (info->attributes == nullptr || count == 0) return;
-  vxPrintf(BQSTR("%@[ -- %d ATTRIBUTES --\n"), XMLBuffer::getIndentString(level + 2), static_cast<int>(count));
+  vxPrintf(BQSTR("%@[ -- %d ATTRIBUTES --\n"), XMLBuffer::getIndentString(level + 2),
+           static_cast<int>(count));
   for (BQIndex i = 0; i < count; ++i) {
     BQTypeRef name = BQArrayGetValueAtIndex(info->attributeOrder, i);
     const BQString* indent = XMLBuffer::getIndentString(level + 3);
@@ -60,12 +62,12 @@ void describe(const BQTree* tree, int level) {
   if (code != kBQXMLNodeTypeWhitespace) {
     auto name = typeName(code);
     vxPrintf(BQSTR("%@ - 0x%x: type %@, name %@\n"), XMLBuffer::getIndentString(level),
-             static_cast<unsigned>(reinterpret_cast<uintptr_t>(node)), name.get(),
-             BQXMLNodeGetString(node));
+             static_cast<unsigned>(reinterpret_cast<uintptr_t>(node)), name.get(), BQXMLNodeGetString(node));
     const BQXMLElementInfo* info = treeGetElementInfo(tree);
     if (info != nullptr) printAttributes(info, level);
   }
-  BQTreeApplyFunctionToChildren(tree, _describeChild, reinterpret_cast<void*>(static_cast<intptr_t>(level) + 1));
+  BQTreeApplyFunctionToChildren(tree, _describeChild,
+                                reinterpret_cast<void*>(static_cast<intptr_t>(level) + 1));
 }
 
 }  // namespace
@@ -75,7 +77,8 @@ void _describeChild(const void* child, void* context) {
 }
 
 void dumpXMLTree(const BQTree* tree, int depth) {
-  BQTreeApplyFunctionToChildren(tree, _describeChild, reinterpret_cast<void*>(static_cast<intptr_t>(depth) + 1));
+  BQTreeApplyFunctionToChildren(tree, _describeChild,
+                                reinterpret_cast<void*>(static_cast<intptr_t>(depth) + 1));
 }
 
 }  // namespace vx

@@ -1,34 +1,36 @@
 #include "soap/SOAPProtocolHandler.h"
 
+#include <BQ/BQString.h>
+#include <VX/VXConstants.h>
+
+#include "xml/ElementWalk.h"
+#include "xml/QualifiedName.h"
+
 namespace vx {
 
-SOAPProtocolHandler::SOAPProtocolHandler(const BQString* protocol) : protocol_(retain(protocol)) {}
+SOAPProtocolHandler::SOAPProtocolHandler(const BQString* protocol)
+    : protocol(retain(protocol)), generation_(generationOf(protocol)) {}
 
-/* The documents of SOAP are not written and read yet: there is none. */
-
-const BQData* SOAPProtocolHandler::createRequest(const BQString*, const BQDictionary*, const BQArray*,
-                                                 const BQDictionary*) {
-  return nullptr;
+const BQString* SOAPProtocolHandler::heterogeneousArrayTypeName() const {
+  return generation_ == nullptr ? nullptr : generation_->arrayItemType;
 }
 
-const BQDictionary* SOAPProtocolHandler::parsePostData(const BQData*, unsigned long,
-                                                       const BQString** outError) {
-  if (outError != nullptr) *outError = nullptr;
-  return nullptr;
+const BQString* SOAPProtocolHandler::dateTimeEncoding() const {
+  return generation_ == nullptr ? nullptr : generation_->dateType;
 }
 
-const BQDictionary* SOAPProtocolHandler::parseReplyData(const BQString*, const BQData*, unsigned long,
-                                                        const BQString** outError) {
-  if (outError != nullptr) *outError = nullptr;
-  return nullptr;
+const BQString* SOAPProtocolHandler::methodNamespace() {
+  BQTypeRef property = getPropertyOfType(kVXSOAPMethodNamespaceURI, BQStringGetTypeID());
+  return property != nullptr ? static_cast<const BQString*>(property) : kPlaceholderMethodNamespace;
 }
 
-const BQData* SOAPProtocolHandler::createReply(const BQDictionary*, const void*) {
-  return nullptr;
-}
-
-const BQData* SOAPProtocolHandler::createFault(const BQDictionary*, const BQDictionary*) {
-  return nullptr;
+AutoDict SOAPProtocolHandler::topNamespaces(const BQTree* tree) {
+  AutoDict namespaces;
+  xmlGetElementNamespaces(tree, &namespaces);
+  if (namespaces.getValue(kDefaultNamespaceKey) == nullptr) {
+    namespaces.addValue(kDefaultNamespaceKey, methodNamespace());
+  }
+  return namespaces;
 }
 
 }  // namespace vx

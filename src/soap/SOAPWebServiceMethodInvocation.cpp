@@ -1,5 +1,9 @@
 #include "soap/SOAPWebServiceMethodInvocation.h"
 
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "api/base/AgreementKeys.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "transport/HTTPClosureSource.h"
 
@@ -8,18 +12,35 @@ namespace vx {
 SOAPWebServiceMethodInvocation::SOAPWebServiceMethodInvocation(const BQString* protocol,
                                                                const BQURL* endpoint,
                                                                const BQString* methodName)
-    : methodName_(retain(methodName)), protocol_(retain(protocol)) {
+    : methodName(retain(methodName)), protocol(retain(protocol)) {
   WebServiceMethodInvocation::setServiceEndpoint(endpoint);
 }
 
-const BQData* SOAPWebServiceMethodInvocation::constructMessage(const BQString**) {
-  SOAPProtocolHandler handler(protocol_.get());
-  handler.setParentSerializer(this);
-  return handler.createRequest(methodName_.get(), params(), paramOrder(), nullptr);
+SOAPWebServiceMethodInvocation::SOAPWebServiceMethodInvocation(const BQString* protocol,
+                                                               const BQDictionary* agreement)
+    : WebServiceMethodInvocation(agreement),
+      methodName(retain(getAgreementEntry<BQString>(agreement, kAgreementMethodName, BQStringGetTypeID()))),
+      protocol(retain(protocol)) {}
+
+BQDictionary* SOAPWebServiceMethodInvocation::copyAgreement() {
+  BQDictionary* agreement = BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys);
+  BQDictionarySetValue(agreement, kAgreementProtocolType, protocol.get());
+  BQDictionarySetValue(agreement, kAgreementMethodName, methodName.get());
+  populateAgreement(agreement);
+  return agreement;
 }
 
-/* No request is written yet, so that no reply arrives. */
-void SOAPWebServiceMethodInvocation::parseReply(WebServiceResult*, const BQTree*) {}
+const BQData* SOAPWebServiceMethodInvocation::constructMessage(const BQString**) {
+  SOAPProtocolHandler handler(protocol.get());
+  handler.setParentSerializer(this);
+  return handler.createRequest(methodName.get(), params.get(), paramOrder.get(), nullptr);
+}
+
+void SOAPWebServiceMethodInvocation::parseReply(WebServiceResult* result, const BQTree* tree) {
+  SOAPProtocolHandler handler(protocol.get());
+  handler.setParentSerializer(this);
+  handler.parseReply(result, methodName.get(), tree);
+}
 
 VXRunLoopSource* SOAPWebServiceMethodInvocation::createRunLoopSource() {
   return new HTTPClosureSource(this, getServiceURL());

@@ -9,17 +9,17 @@
 namespace vx {
 
 ClosureSource::ClosureSource(WebServiceMethodInvocation* invocation)
-    : invocation_(invocation), result_(std::make_unique<WebServiceResult>()) {}
+    : invocation(invocation), result(std::make_unique<WebServiceResult>()) {}
 
 void ClosureSource::perform() {
   if (isFinished()) return;
-  result()->becomeFault(BQSTR("ClosureSource::perform not overridden"));
+  result->becomeFault(BQSTR("ClosureSource::perform not overridden"));
   finish();
 }
 
 void ClosureSource::finish() {
-  std::unique_ptr<WebServiceResult> finished = std::move(result_);
-  if (finished != nullptr) invocation_->doCallback(finished.get());
+  std::unique_ptr<WebServiceResult> finished = std::move(result);
+  if (finished != nullptr) invocation->doCallback(finished.get());
 }
 
 }  // namespace vx

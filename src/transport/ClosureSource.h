@@ -18,19 +18,15 @@ class ClosureSource : public VXRunLoopSource {
 
   /* Fails: a transport is what a derived class adds. */
   void perform() override;
-  bool isFinished() const override { return result_ == nullptr; }
+  bool isFinished() const override { return result == nullptr; }
 
   /* Ends the call: hands the result to the invocation, which may destroy itself meanwhile. */
   virtual void finish();
 
  protected:
-  WebServiceMethodInvocation* invocation() const { return invocation_; }
+  WebServiceMethodInvocation* const invocation;
   /* The result being filled; null once the call has ended. */
-  WebServiceResult* result() const { return result_.get(); }
-
- private:
-  WebServiceMethodInvocation* const invocation_;
-  std::unique_ptr<WebServiceResult> result_;
+  std::unique_ptr<WebServiceResult> result;
 };
 
 }  // namespace vx

@@ -58,34 +58,34 @@ Owned<const BQHTTPMessage> copyResponse(BQReadStream* stream) {
 
 HTTPClosureSource::HTTPClosureSource(WebServiceMethodInvocation* invocation, const BQURL* url)
     : ClosureSource(invocation),
-      url_(retain(url)),
-      captureOutgoingHeaders_(wantsCapture(invocation, kVXDebugOutgoingHeaders)),
-      captureOutgoingBody_(wantsCapture(invocation, kVXDebugOutgoingBody)),
-      captureIncomingHeaders_(wantsCapture(invocation, kVXDebugIncomingHeaders)),
-      captureIncomingBody_(wantsCapture(invocation, kVXDebugIncomingBody)) {}
+      url(retain(url)),
+      captureOutgoingHeaders(wantsCapture(invocation, kVXDebugOutgoingHeaders)),
+      captureOutgoingBody(wantsCapture(invocation, kVXDebugOutgoingBody)),
+      captureIncomingHeaders(wantsCapture(invocation, kVXDebugIncomingHeaders)),
+      captureIncomingBody(wantsCapture(invocation, kVXDebugIncomingBody)) {}
 
 HTTPClosureSource::~HTTPClosureSource() {
-  if (readStream_ != nullptr) {
-    BQReadStreamSetClient(readStream_.get(), kReadStreamReleventEvents, nullptr, nullptr);
-    BQReadStreamUnscheduleFromRunLoop(readStream_.get(), runLoop_.get(), runLoopMode_.get());
+  if (readStream != nullptr) {
+    BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, nullptr, nullptr);
+    BQReadStreamUnscheduleFromRunLoop(readStream.get(), runLoop.get(), runLoopMode.get());
   }
   disarmTimer();
 }
 
 void HTTPClosureSource::perform() {
   if (isFinished()) return;
-  if (gVXDebugVerbose != 0) _vxLogf("HTTPClosureSource::perform state %d (%s)", state_, stateName(state_));
+  if (gVXDebugVerbose != 0) _vxLogf("HTTPClosureSource::perform state %d (%s)", state, stateName(state));
   step();
   if (gVXDebugVerbose != 0)
-    _vxLogf("HTTPClosureSource::perform new state state %d (%s)", state_, stateName(state_));
+    _vxLogf("HTTPClosureSource::perform new state state %d (%s)", state, stateName(state));
 }
 
 void HTTPClosureSource::step() {
-  switch (state_) {
+  switch (state) {
     case kUninitialized:
       if (!initConnection()) return;
-      state_ = kWaitForOpen;
-      readBuffer_ = own(BQDataCreateMutable(0));
+      state = kWaitForOpen;
+      readBuffer = own(BQDataCreateMutable(0));
       return;
     case kWaitForOpen:
       if (gVXDebugVerbose != 0) {
@@ -101,21 +101,21 @@ void HTTPClosureSource::step() {
       fail(BQSTR("Timed Out"), kErrorTimedOut);
       return finish();
     default:
-      if (gVXDebugVerbose != 0) _vxLogf("Unknown state: %d", state_);
-      result()->becomeFault(BQSTR("Uknown State"));
+      if (gVXDebugVerbose != 0) _vxLogf("Unknown state: %d", state);
+      result->becomeFault(BQSTR("Uknown State"));
       return finish();
   }
 }
 
 void HTTPClosureSource::fail(const BQString* message, int32_t error) {
-  result()->becomeFault(message, BQStreamError{kDomainLibrary, error});
+  result->becomeFault(message, BQStreamError{kDomainLibrary, error});
 }
 
 bool HTTPClosureSource::initConnection() {
   const BQString* failure = createRequest();
   if (failure == nullptr) failure = openStream();
   if (failure != nullptr) {
-    result()->becomeFault(failure);
+    result->becomeFault(failure);
     finish();
     return false;
   }
@@ -124,51 +124,51 @@ bool HTTPClosureSource::initConnection() {
 }
 
 const BQString* HTTPClosureSource::createRequest() {
-  auto host = own(BQURLCopyHostName(url_.get()));
+  auto host = own(BQURLCopyHostName(url.get()));
   if (host == nullptr) return BQSTR("Missing host in URL");
   const BQString* contentType = nullptr;
-  auto body = own(invocation()->constructMessage(&contentType));
+  auto body = own(invocation->constructMessage(&contentType));
   auto ownedContentType = own(contentType);
   if (body == nullptr) return BQSTR("Can't serialize request");
-  request_ = createHTTPRequest(invocation(), url_.get(), body.get(), contentType);
-  if (request_ == nullptr) return BQSTR("Can't create HTTP message request");
-  if (captureOutgoingBody_) requestBody_ = std::move(body);
+  request = createHTTPRequest(invocation, url.get(), body.get(), contentType);
+  if (request == nullptr) return BQSTR("Can't create HTTP message request");
+  if (captureOutgoingBody) requestBody = std::move(body);
   return nullptr;
 }
 
 const BQString* HTTPClosureSource::openStream() {
-  readStream_ = own(BQReadStreamCreateForHTTPRequest(request_.get()));
-  if (readStream_ == nullptr) return BQSTR("Can't create read stream from http message");
-  configureStream(invocation(), readStream_.get());
-  runLoop_ = retain(BQRunLoopGetCurrent());
-  runLoopMode_ = own(BQRunLoopCopyCurrentMode(runLoop_.get()));
-  BQReadStreamScheduleWithRunLoop(readStream_.get(), runLoop_.get(), runLoopMode_.get());
+  readStream = own(BQReadStreamCreateForHTTPRequest(request.get()));
+  if (readStream == nullptr) return BQSTR("Can't create read stream from http message");
+  configureStream(invocation, readStream.get());
+  runLoop = retain(BQRunLoopGetCurrent());
+  runLoopMode = own(BQRunLoopCopyCurrentMode(runLoop.get()));
+  BQReadStreamScheduleWithRunLoop(readStream.get(), runLoop.get(), runLoopMode.get());
   BQStreamClientContext context = {0, this, _nullRetain, _nullRelease, _copyDescription};
-  if (!BQReadStreamSetClient(readStream_.get(), kReadStreamReleventEvents, _readStreamCallback, &context)) {
+  if (!BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, _readStreamCallback, &context)) {
     return BQSTR("Can't set read stream client");
   }
-  return BQReadStreamOpen(readStream_.get()) ? nullptr : BQSTR("Can't issue read stream open");
+  return BQReadStreamOpen(readStream.get()) ? nullptr : BQSTR("Can't issue read stream open");
 }
 
 void HTTPClosureSource::armTimer() {
-  int32_t seconds = getTimeout(invocation());
+  int32_t seconds = getTimeout(invocation);
   if (seconds <= 0) return;
   BQRunLoopTimerContext context = {0, this, nullptr, nullptr, nullptr};
-  timer_ = own(BQRunLoopTimerCreate(BQAbsoluteTimeGetCurrent() + seconds, kBQAbsoluteTimeIntervalSince1970, 0,
-                                    0, _timerCallback, &context));
-  BQRunLoopAddTimer(runLoop_.get(), timer_.get(), runLoopMode_.get());
+  timer = own(BQRunLoopTimerCreate(BQAbsoluteTimeGetCurrent() + seconds, kBQAbsoluteTimeIntervalSince1970, 0,
+                                   0, _timerCallback, &context));
+  BQRunLoopAddTimer(runLoop.get(), timer.get(), runLoopMode.get());
 }
 
 void HTTPClosureSource::disarmTimer() {
-  if (timer_ == nullptr) return;
-  BQRunLoopRemoveTimer(runLoop_.get(), timer_.get(), runLoopMode_.get());
-  timer_.reset();
+  if (timer == nullptr) return;
+  BQRunLoopRemoveTimer(runLoop.get(), timer.get(), runLoopMode.get());
+  timer.reset();
 }
 
 void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
   if (gVXDebugVerbose != 0) {
     _vxLogf("HTTPClosureSource::readStreamCallback type %d (%s), state %s\n", static_cast<int>(event),
-            eventName(event), stateName(state_));
+            eventName(event), stateName(state));
   }
   if (isFinished()) {
     if (gVXDebugVerbose != 0) _vxLogf("We shouldn't be serviging any more callback signals");
@@ -176,18 +176,18 @@ void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
   }
   switch (event) {
     case kBQStreamEventHasBytesAvailable:
-      state_ = kReadIntoBuffer;
+      state = kReadIntoBuffer;
       return signal();
     case kBQStreamEventEndEncountered:
-      state_ = kStreamEndEncountered;
+      state = kStreamEndEncountered;
       return signal();
     case kBQStreamEventOpenCompleted:
       return;
     case kBQStreamEventErrorOccurred:
-      result()->becomeFault(BQReadStreamGetError(readStream_.get()));
+      result->becomeFault(BQReadStreamGetError(readStream.get()));
       return finish();
     default:
-      result()->becomeFault(BQSTR("Unlikely state for a read stream"));
+      result->becomeFault(BQSTR("Unlikely state for a read stream"));
       return finish();
   }
 }
@@ -196,18 +196,18 @@ void HTTPClosureSource::fillReadBuffer() {
   uint8_t chunk[kChunkSize];
   BQIndex length;
   do {
-    length = BQReadStreamRead(readStream_.get(), chunk, kChunkSize);
-    if (length > 0) BQDataAppendBytes(readBuffer_.get(), chunk, length);
+    length = BQReadStreamRead(readStream.get(), chunk, kChunkSize);
+    if (length > 0) BQDataAppendBytes(readBuffer.get(), chunk, length);
   } while (length == kChunkSize);
 }
 
 void HTTPClosureSource::processBuffer() {
   unsigned long encoding = kBQStringEncodingUTF8;
-  auto response = copyResponse(readStream_.get());
-  if (readBuffer_ == nullptr || response == nullptr) {
-    result()->becomeFault(BQSTR("Could not read any data"));
+  auto response = copyResponse(readStream.get());
+  if (readBuffer == nullptr || response == nullptr) {
+    result->becomeFault(BQSTR("Could not read any data"));
   } else {
-    BQDictionarySetValue(result()->resultDictionary(), kVXHTTPResponseMessage, response.get());
+    BQDictionarySetValue(result->resultDictionary.get(), kVXHTTPResponseMessage, response.get());
     encoding = getResponseCharset(response.get());
     judgeReply(response.get(), encoding);
   }
@@ -234,37 +234,37 @@ void HTTPClosureSource::judgeReply(const BQHTTPMessage* response, unsigned long 
 
 void HTTPClosureSource::parseReply(bool allowMissingDeclaration, unsigned long encoding) {
   const BQString* error = nullptr;
-  auto tree = own(parseXML(readBuffer_.get(), allowMissingDeclaration ? 1 : 0, encoding, &error));
+  auto tree = own(parseXML(readBuffer.get(), allowMissingDeclaration ? 1 : 0, encoding, &error));
   auto ownedError = own(error);
   if (tree != nullptr) {
-    invocation()->parseReply(result(), tree.get());
+    invocation->parseReply(result.get(), tree.get());
   } else {
     fail(error != nullptr ? error : BQSTR("Could not parse XML."), kErrorUnusableReply);
   }
 }
 
 void HTTPClosureSource::recordCaptures(const BQHTTPMessage* response, unsigned long encoding) {
-  BQDictionary* dictionary = result()->resultDictionary();
-  if (captureOutgoingHeaders_) {
+  BQDictionary* dictionary = result->resultDictionary.get();
+  if (captureOutgoingHeaders) {
     BQDictionarySetValue(dictionary, kVXDebugOutgoingHeaders,
-                         own(BQHTTPMessageCopyAllHeaderFields(request_.get())).get());
+                         own(BQHTTPMessageCopyAllHeaderFields(request.get())).get());
   }
-  if (captureIncomingHeaders_) {
+  if (captureIncomingHeaders) {
     BQDictionarySetValue(dictionary, kVXDebugIncomingHeaders,
                          own(BQHTTPMessageCopyAllHeaderFields(response)).get());
   }
-  if (captureOutgoingBody_) {
+  if (captureOutgoingBody) {
     BQDictionarySetValue(dictionary, kVXDebugOutgoingBody,
-                         own(prettyPrintXML(requestBody_.get(), kBQStringEncodingUTF8)).get());
+                         own(prettyPrintXML(requestBody.get(), kBQStringEncodingUTF8)).get());
   }
-  if (captureIncomingBody_) {
+  if (captureIncomingBody) {
     BQDictionarySetValue(dictionary, kVXDebugIncomingBody,
-                         own(prettyPrintXML(readBuffer_.get(), encoding)).get());
+                         own(prettyPrintXML(readBuffer.get(), encoding)).get());
   }
 }
 
 void HTTPClosureSource::printTransactionLog() {
-  auto copy = own(BQDictionaryCreateCopy(result()->resultDictionary()));
+  auto copy = own(BQDictionaryCreateCopy(result->resultDictionary.get()));
   auto entry = [&copy](const BQString* key) { return BQDictionaryGetValue(copy.get(), key); };
   vxPrintf(BQSTR("Transaction Log:"));
   vxPrintf(BQSTR("Outgoing Headers: %@\n"), entry(kVXDebugOutgoingHeaders));
@@ -275,9 +275,9 @@ void HTTPClosureSource::printTransactionLog() {
 }
 
 void HTTPClosureSource::timedOut() {
-  if (gVXDebugVerbose != 0) _vxLogf("closure timed out: current state is %d", state_);
-  if (state_ < kUninitialized || state_ > kReadIntoBuffer) return;
-  state_ = kTimedOut;
+  if (gVXDebugVerbose != 0) _vxLogf("closure timed out: current state is %d", state);
+  if (state < kUninitialized || state > kReadIntoBuffer) return;
+  state = kTimedOut;
   signal();
 }
 

@@ -29,8 +29,8 @@ class HTTPClosureSource : public ClosureSource {
   void perform() override;
   void finish() override;
 
-  int32_t state() const { return state_; }
-  void setState(int32_t state) { state_ = state; }
+  int32_t getState() const { return state; }
+  void setState(int32_t newState) { state = newState; }
   void readStreamCallback(BQStreamEventType event);
   void timedOut();
 
@@ -59,19 +59,19 @@ class HTTPClosureSource : public ClosureSource {
   static void _nullRelease(void* info);
   static const BQString* _copyDescription(void* info);
 
-  int32_t state_ = kUninitialized;
-  Owned<const BQURL> url_;
-  Owned<BQHTTPMessage> request_;
-  Owned<BQData> readBuffer_;
-  Owned<BQReadStream> readStream_;
-  Owned<BQRunLoop> runLoop_;
-  Owned<const BQString> runLoopMode_;
-  Owned<const BQData> requestBody_;
-  bool captureOutgoingHeaders_;
-  bool captureOutgoingBody_;
-  bool captureIncomingHeaders_;
-  bool captureIncomingBody_;
-  Owned<BQRunLoopTimer> timer_;
+  int32_t state = kUninitialized;
+  Owned<const BQURL> url;
+  Owned<BQHTTPMessage> request;
+  Owned<BQData> readBuffer;
+  Owned<BQReadStream> readStream;
+  Owned<BQRunLoop> runLoop;
+  Owned<const BQString> runLoopMode;
+  Owned<const BQData> requestBody;
+  bool captureOutgoingHeaders;
+  bool captureOutgoingBody;
+  bool captureIncomingHeaders;
+  bool captureIncomingBody;
+  Owned<BQRunLoopTimer> timer;
 };
 
 }  // namespace vx

@@ -7,13 +7,8 @@
 #include "values/Owned.h"
 
 namespace vx {
-namespace {
 
-BQ_DEFINE_STATIC_STRING(identifier, "orvane.vx");
-
-}  // namespace
-
-const BQString* const kLibraryBundleIdentifier = identifier;
+BQ_DEFINE_STRING(kLibraryBundleIdentifier, "orvane.vx");
 
 void registerLibraryBundle() {
   static bool didRegister = false;

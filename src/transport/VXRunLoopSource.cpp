@@ -5,10 +5,10 @@
 namespace vx {
 
 VXRunLoopSource::VXRunLoopSource()
-    : context_{0, this, _retain, _release, _copyDescription, _equal, _hash, _schedule, _cancel, _perform} {}
+    : context{0, this, _retain, _release, _copyDescription, _equal, _hash, _schedule, _cancel, _perform} {}
 
 VXRunLoopSource::~VXRunLoopSource() {
-  if (source_ != nullptr) BQRunLoopSourceInvalidate(source_.get());
+  if (source != nullptr) BQRunLoopSourceInvalidate(source.get());
 }
 
 void VXRunLoopSource::retire() {
@@ -28,8 +28,8 @@ void VXRunLoopSource::schedule(BQRunLoop*, const BQString*) {}
 void VXRunLoopSource::cancel(BQRunLoop*, const BQString*) {}
 
 BQRunLoopSource* VXRunLoopSource::getSourceCreatingIfNecessary() {
-  if (source_ == nullptr) source_ = own(BQRunLoopSourceCreate(0, &context_));
-  return source_.get();
+  if (source == nullptr) source = own(BQRunLoopSourceCreate(0, &context));
+  return source.get();
 }
 
 bool VXRunLoopSource::addToRunLoop(BQRunLoop* runLoop, const BQString* mode) {
@@ -38,7 +38,7 @@ bool VXRunLoopSource::addToRunLoop(BQRunLoop* runLoop, const BQString* mode) {
 }
 
 bool VXRunLoopSource::removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode) {
-  if (source_ != nullptr) BQRunLoopRemoveSource(runLoop, source_.get(), mode);
+  if (source != nullptr) BQRunLoopRemoveSource(runLoop, source.get(), mode);
   return true;
 }
 

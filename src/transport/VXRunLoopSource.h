@@ -25,14 +25,14 @@ class VXRunLoopSource {
   /* The platform's source, borrowed, made when it is first asked for. */
   BQRunLoopSource* getSourceCreatingIfNecessary();
   /* The platform's source, borrowed; null if it was not made. */
-  BQRunLoopSource* source() const { return source_.get(); }
+  BQRunLoopSource* platformSource() const { return source.get(); }
 
   /* Both return true. */
   bool addToRunLoop(BQRunLoop* runLoop, const BQString* mode);
   bool removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode);
 
   /* Asks the run loop for a perform. */
-  void signal() { BQRunLoopSourceSignal(source_.get()); }
+  void signal() { BQRunLoopSourceSignal(source.get()); }
 
   /*
    * Destroys the object; if it is in one of its own callbacks, when that returns. The owner calls
@@ -69,8 +69,8 @@ class VXRunLoopSource {
   static void _cancel(void* info, BQRunLoop* runLoop, const BQString* mode);
   static void _perform(void* info);
 
-  BQRunLoopSourceContext context_;
-  Owned<BQRunLoopSource> source_;
+  BQRunLoopSourceContext context;
+  Owned<BQRunLoopSource> source;
   int entries_ = 0;
   bool retired_ = false;
 };

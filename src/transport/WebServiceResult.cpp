@@ -8,8 +8,6 @@
 namespace vx {
 namespace {
 
-BQ_DEFINE_STATIC_STRING(resultIsFault, "/kVXResultIsFault");
-
 Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
   auto integer = static_cast<int32_t>(value);
   return own(BQNumberCreate(type, &integer));
@@ -17,7 +15,7 @@ Owned<const BQNumber> makeNumber(BQNumberType type, long value) {
 
 }  // namespace
 
-const BQString* const kResultIsFault = resultIsFault;
+BQ_DEFINE_STRING(kResultIsFault, "/kVXResultIsFault");
 
 BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain domain, long error) {
   auto errorNumber = makeNumber(kBQNumberSInt32Type, error);
@@ -27,21 +25,21 @@ BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain d
 }
 
 WebServiceResult::WebServiceResult()
-    : resultDictionary_(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys)) {}
+    : resultDictionary(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys)) {}
 
 void WebServiceResult::addNumberToResult(const BQString* key, long value) {
-  BQDictionarySetValue(resultDictionary(), key, makeNumber(kBQNumberSInt32Type, value).get());
+  BQDictionarySetValue(resultDictionary.get(), key, makeNumber(kBQNumberSInt32Type, value).get());
 }
 
 void WebServiceResult::markFault(const BQString* faultString, long faultCode) {
-  BQDictionarySetValue(resultDictionary(), kResultIsFault, kBQBooleanTrue);
-  BQDictionarySetValue(resultDictionary(), kVXFaultString, faultString);
+  BQDictionarySetValue(resultDictionary.get(), kResultIsFault, kBQBooleanTrue);
+  BQDictionarySetValue(resultDictionary.get(), kVXFaultString, faultString);
   addNumberToResult(kVXFaultCode, faultCode);
 }
 
 void WebServiceResult::becomeTransportFault(const BQString* message, BQStreamError error) {
   markFault(kVXNetworkStreamFaultString, kErrorTransport);
-  BQDictionarySetValue(resultDictionary(), kVXFaultExtra,
+  BQDictionarySetValue(resultDictionary.get(), kVXFaultExtra,
                        own(copyStreamErrorDict(message, error.domain, error.error)).get());
 }
 
@@ -50,7 +48,7 @@ void WebServiceResult::becomeFault(const BQString* faultString, long faultCode, 
   markFault(faultString, faultCode);
   if (extra == nullptr) return;
   auto text = own(BQStringCreateFromExternalRepresentation(extra, static_cast<BQStringEncoding>(encoding)));
-  BQDictionarySetValue(resultDictionary(), kVXFaultExtra, text.get());
+  BQDictionarySetValue(resultDictionary.get(), kVXFaultExtra, text.get());
 }
 
 void WebServiceResult::becomeFault(const BQStreamError& error) {

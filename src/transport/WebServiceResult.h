@@ -31,8 +31,8 @@ class WebServiceResult {
   WebServiceResult(const WebServiceResult&) = delete;
   WebServiceResult& operator=(const WebServiceResult&) = delete;
 
-  /* The dictionary, borrowed; writers set entries in it directly. */
-  BQDictionary* resultDictionary() const { return resultDictionary_.get(); }
+  /* Writers set entries in it directly. */
+  const Owned<BQDictionary> resultDictionary;
 
   /* Stores a 32-bit integer. */
   void addNumberToResult(const BQString* key, long value);
@@ -48,8 +48,6 @@ class WebServiceResult {
  private:
   void markFault(const BQString* faultString, long faultCode);
   void becomeTransportFault(const BQString* message, BQStreamError error);
-
-  Owned<BQDictionary> resultDictionary_;
 };
 
 }  // namespace vx

@@ -15,30 +15,32 @@ const BQArray* AutoArray::emptyArray() {
   return sEmptyArray;
 }
 
-AutoArray::AutoArray() : mutableArray_(BQArrayCreateMutable(0)) {}
+AutoArray::AutoArray() : mutableArray(BQArrayCreateMutable(0)) {}
 
 AutoArray::~AutoArray() {
-  BQRelease(immutableArray_);
-  BQRelease(mutableArray_);
+  BQRelease(immutableArray);
+  BQRelease(mutableArray);
 }
 
 const BQArray* AutoArray::getImmutableArray() const {
-  if (mutableArray_ != nullptr) return mutableArray_;
-  return immutableArray_ != nullptr ? immutableArray_ : emptyArray();
+  if (mutableArray != nullptr) return mutableArray;
+  return immutableArray != nullptr ? immutableArray : emptyArray();
 }
 
 BQArray* AutoArray::getMutableArray() {
-  if (mutableArray_ != nullptr) return mutableArray_;
-  if (immutableArray_ != nullptr) {
-    mutableArray_ = BQArrayCreateMutableCopy(0, immutableArray_);
-    BQRelease(std::exchange(immutableArray_, nullptr));
+  if (mutableArray != nullptr) return mutableArray;
+  if (immutableArray != nullptr) {
+    mutableArray = BQArrayCreateMutableCopy(0, immutableArray);
+    BQRelease(std::exchange(immutableArray, nullptr));
   } else {
-    mutableArray_ = BQArrayCreateMutable(0);
+    mutableArray = BQArrayCreateMutable(0);
   }
-  return mutableArray_;
+  return mutableArray;
 }
 
-BQIndex AutoArray::getCount() const { return BQArrayGetCount(getImmutableArray()); }
+BQIndex AutoArray::getCount() const {
+  return BQArrayGetCount(getImmutableArray());
+}
 
 void AutoArray::appendValue(const void* value) {
   if (value != nullptr) BQArrayAppendValue(getMutableArray(), value);

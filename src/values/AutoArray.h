@@ -11,8 +11,8 @@ class AutoArray : public AutoCountable {
   /* A new mutable array. */
   AutoArray();
   /* Both take over the caller's reference; it may be null. */
-  explicit AutoArray(BQArray* array) : mutableArray_(array) {}
-  explicit AutoArray(const BQArray* array) : immutableArray_(array) {}
+  explicit AutoArray(BQArray* array) : mutableArray(array) {}
+  explicit AutoArray(const BQArray* array) : immutableArray(array) {}
   AutoArray(const AutoArray&) = delete;
   ~AutoArray() override;
 
@@ -34,8 +34,8 @@ class AutoArray : public AutoCountable {
  private:
   static BQArray* sEmptyArray;
 
-  BQArray* mutableArray_ = nullptr;
-  const BQArray* immutableArray_ = nullptr;
+  BQArray* mutableArray = nullptr;
+  const BQArray* immutableArray = nullptr;
 };
 
 }  // namespace vx

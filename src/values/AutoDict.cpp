@@ -16,29 +16,29 @@ const BQDictionary* AutoDict::emptyDictionary() {
 }
 
 AutoDict::AutoDict(const BQDictionary* dictionary)
-    : immutableDict_(static_cast<const BQDictionary*>(BQRetain(dictionary))) {}
+    : immutableDict(static_cast<const BQDictionary*>(BQRetain(dictionary))) {}
 
 AutoDict::AutoDict(const AutoDict& other) : AutoDict(other.getImmutableDict()) {}
 
 AutoDict::~AutoDict() {
-  BQRelease(immutableDict_);
-  BQRelease(mutableDict_);
+  BQRelease(immutableDict);
+  BQRelease(mutableDict);
 }
 
 const BQDictionary* AutoDict::getImmutableDict() const {
-  if (mutableDict_ != nullptr) return mutableDict_;
-  return immutableDict_ != nullptr ? immutableDict_ : emptyDictionary();
+  if (mutableDict != nullptr) return mutableDict;
+  return immutableDict != nullptr ? immutableDict : emptyDictionary();
 }
 
 BQDictionary* AutoDict::getMutableDict() {
-  if (mutableDict_ != nullptr) return mutableDict_;
-  if (immutableDict_ != nullptr) {
-    mutableDict_ = BQDictionaryCreateMutableCopy(0, immutableDict_);
-    BQRelease(std::exchange(immutableDict_, nullptr));
+  if (mutableDict != nullptr) return mutableDict;
+  if (immutableDict != nullptr) {
+    mutableDict = BQDictionaryCreateMutableCopy(0, immutableDict);
+    BQRelease(std::exchange(immutableDict, nullptr));
   } else {
-    mutableDict_ = BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys);
+    mutableDict = BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys);
   }
-  return mutableDict_;
+  return mutableDict;
 }
 
 const BQDictionary* AutoDict::copyDict() const {
@@ -49,8 +49,12 @@ void AutoDict::addValue(const BQString* key, const void* value) {
   if (value != nullptr) BQDictionarySetValue(getMutableDict(), key, value);
 }
 
-BQTypeRef AutoDict::getValue(const BQString* key) const { return BQDictionaryGetValue(getImmutableDict(), key); }
+BQTypeRef AutoDict::getValue(const BQString* key) const {
+  return BQDictionaryGetValue(getImmutableDict(), key);
+}
 
-BQIndex AutoDict::getCount() const { return BQDictionaryGetCount(getImmutableDict()); }
+BQIndex AutoDict::getCount() const {
+  return BQDictionaryGetCount(getImmutableDict());
+}
 
 }  // namespace vx

@@ -12,7 +12,7 @@ class AutoDict : public AutoCountable {
   /* Nothing is allocated. */
   AutoDict() = default;
   /* Takes over the caller's reference; may be null. */
-  explicit AutoDict(BQDictionary* dictionary) : mutableDict_(dictionary) {}
+  explicit AutoDict(BQDictionary* dictionary) : mutableDict(dictionary) {}
   /* Retains the dictionary, if there is one. */
   explicit AutoDict(const BQDictionary* dictionary);
   /*
@@ -42,8 +42,8 @@ class AutoDict : public AutoCountable {
   static BQDictionary* sEmptyDictionary;
   static const BQDictionary* emptyDictionary();
 
-  const BQDictionary* immutableDict_ = nullptr;
-  BQDictionary* mutableDict_ = nullptr;
+  const BQDictionary* immutableDict = nullptr;
+  BQDictionary* mutableDict = nullptr;
 };
 
 }  // namespace vx

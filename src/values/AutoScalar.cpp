@@ -19,14 +19,22 @@ BQTypeRef makeInt32(long value) {
 
 }  // namespace
 
-AutoScalar::AutoScalar(int value) : value_(BQNumberCreate(kBQNumberIntType, &value)) {}
-AutoScalar::AutoScalar(long value) : value_(makeInt32(value)) {}
-AutoScalar::AutoScalar(float value) : value_(BQNumberCreate(kBQNumberFloatType, &value)) {}
-AutoScalar::AutoScalar(double value) : value_(BQNumberCreate(kBQNumberDoubleType, &value)) {}
-AutoScalar::~AutoScalar() { BQRelease(value_); }
+AutoScalar::AutoScalar(int value) : value(BQNumberCreate(kBQNumberIntType, &value)) {}
+AutoScalar::AutoScalar(long value) : value(makeInt32(value)) {}
+AutoScalar::AutoScalar(float value) : value(BQNumberCreate(kBQNumberFloatType, &value)) {}
+AutoScalar::AutoScalar(double value) : value(BQNumberCreate(kBQNumberDoubleType, &value)) {}
+AutoScalar::~AutoScalar() {
+  BQRelease(value);
+}
 
-int AutoScalar::toInt() const { return read<int32_t>(value_, kBQNumberSInt32Type); }
-float AutoScalar::toFloat() const { return read<float>(value_, kBQNumberFloatType); }
-double AutoScalar::toDouble() const { return read<double>(value_, kBQNumberDoubleType); }
+int AutoScalar::toInt() const {
+  return read<int32_t>(value, kBQNumberSInt32Type);
+}
+float AutoScalar::toFloat() const {
+  return read<float>(value, kBQNumberFloatType);
+}
+double AutoScalar::toDouble() const {
+  return read<double>(value, kBQNumberDoubleType);
+}
 
 }  // namespace vx

@@ -9,7 +9,7 @@ namespace vx {
 class AutoScalar : public AutoCountable {
  public:
   /* Takes over the caller's reference; may be null. */
-  explicit AutoScalar(const void* value) : value_(value) {}
+  explicit AutoScalar(const void* value) : value(value) {}
   /* New numbers of the number types 9, 3, 12 and 13. */
   explicit AutoScalar(int value);
   explicit AutoScalar(long value);
@@ -20,7 +20,7 @@ class AutoScalar : public AutoCountable {
 
   /* Never empty, also when it holds null. */
   bool isEmpty() const override { return false; }
-  BQTypeRef getRef() override { return value_; }
+  BQTypeRef getRef() override { return value; }
 
   /* The value as a number; 0 if it cannot be read so. */
   int toInt() const;
@@ -28,7 +28,7 @@ class AutoScalar : public AutoCountable {
   double toDouble() const;
 
  private:
-  BQTypeRef value_;
+  BQTypeRef value;
 };
 
 }  // namespace vx

@@ -14,15 +14,17 @@ namespace vx {
 AutoString::AutoString(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  value_ = bqCreateString(format, arguments);
+  value = bqCreateString(format, arguments);
   va_end(arguments);
 }
 
-AutoString::~AutoString() { BQRelease(value_); }
+AutoString::~AutoString() {
+  BQRelease(value);
+}
 
-void AutoString::setString(const BQString* value) {
-  BQRetain(value);
-  BQRelease(std::exchange(value_, value));
+void AutoString::setString(const BQString* string) {
+  BQRetain(string);
+  BQRelease(std::exchange(value, string));
 }
 
 void AutoString::append(const char* format, ...) {
@@ -30,11 +32,11 @@ void AutoString::append(const char* format, ...) {
   va_start(arguments, format);
   const BQString* piece = bqCreateString(format, arguments);
   va_end(arguments);
-  if (value_ == nullptr) {
-    value_ = piece;
+  if (value == nullptr) {
+    value = piece;
     return;
   }
-  BQRelease(std::exchange(value_, BQStringCreateWithFormat(BQSTR("%@%@"), value_, piece)));
+  BQRelease(std::exchange(value, BQStringCreateWithFormat(BQSTR("%@%@"), value, piece)));
   BQRelease(piece);
 }
 

@@ -10,25 +10,25 @@ class AutoString : public AutoCountable {
  public:
   AutoString() = default;
   /* Takes over the caller's reference; may be null. */
-  explicit AutoString(const BQString* value) : value_(value) {}
+  explicit AutoString(const BQString* string) : value(string) {}
   /* A formatted text (see bqCreateString). */
   explicit AutoString(const char* format, ...);
   AutoString(const AutoString&) = delete;
   ~AutoString() override;
 
   /* True when it holds null; the empty string is not empty. */
-  bool isEmpty() const override { return value_ == nullptr; }
-  BQTypeRef getRef() override { return value_; }
+  bool isEmpty() const override { return value == nullptr; }
+  BQTypeRef getRef() override { return value; }
 
-  const BQString* get() const { return value_; }
+  const BQString* get() const { return value; }
 
   /* Retains the new value before the old one is released, so that it may be the same. */
-  void setString(const BQString* value);
+  void setString(const BQString* string);
   /* Appends a formatted text. */
   void append(const char* format, ...);
 
  private:
-  const BQString* value_ = nullptr;
+  const BQString* value = nullptr;
 };
 
 }  // namespace vx

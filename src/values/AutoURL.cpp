@@ -8,11 +8,13 @@
 
 namespace vx {
 
-AutoURL::AutoURL(const BQString* text) : value_(BQURLCreateWithString(text, nullptr)) {}
+AutoURL::AutoURL(const BQString* text) : value(BQURLCreateWithString(text, nullptr)) {}
 
 AutoURL::AutoURL(const char* text)
     : AutoURL(own(BQStringCreateWithCString(text, kBQStringEncodingUTF8)).get()) {}
 
-AutoURL::~AutoURL() { BQRelease(value_); }
+AutoURL::~AutoURL() {
+  BQRelease(value);
+}
 
 }  // namespace vx

@@ -16,13 +16,13 @@ class AutoURL : public AutoCountable {
   AutoURL(const AutoURL&) = delete;
   ~AutoURL() override;
 
-  bool isEmpty() const override { return value_ == nullptr; }
-  BQTypeRef getRef() override { return value_; }
+  bool isEmpty() const override { return value == nullptr; }
+  BQTypeRef getRef() override { return value; }
 
-  const BQURL* get() const { return value_; }
+  const BQURL* get() const { return value; }
 
  private:
-  const BQURL* value_;
+  const BQURL* value;
 };
 
 }  // namespace vx

@@ -24,6 +24,8 @@ DictIterator::~DictIterator() {
   BQRelease(dict);
 }
 
-BQTypeRef DictIterator::valueFor(BQTypeRef key) const { return BQDictionaryGetValue(dict, key); }
+BQTypeRef DictIterator::valueFor(BQTypeRef key) const {
+  return BQDictionaryGetValue(dict, key);
+}
 
 }  // namespace vx

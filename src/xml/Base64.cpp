@@ -23,7 +23,8 @@ constexpr char __BQPLDataEncodeTable[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijkl
 constexpr std::array<signed char, 128> __BQPLDataDecodeTable = [] {
   std::array<signed char, 128> table{};
   table.fill(-1);
-  for (int i = 0; i < 64; ++i) table[static_cast<size_t>(__BQPLDataEncodeTable[i])] = static_cast<signed char>(i);
+  for (int i = 0; i < 64; ++i)
+    table[static_cast<size_t>(__BQPLDataEncodeTable[i])] = static_cast<signed char>(i);
   table['='] = 0;
   return table;
 }();
@@ -46,9 +47,9 @@ struct Layout {
 
   size_t textLength(size_t bytes) const {
     size_t characters = (bytes + 2) / 3 * 4;
-    size_t fullLines = characters / lineLength;
-    size_t lines = fullLines + (characters % lineLength != 0 ? 1 : 0);
-    return characters + lines * tabs + fullLines;
+    size_t lines = (characters + lineLength - 1) / lineLength;
+    size_t lineFeeds = bytes / bytesPerLine(); /* none behind a line that padding fills */
+    return characters + lines * tabs + lineFeeds;
   }
 };
 
@@ -83,12 +84,15 @@ char* encodeText(const uint8_t* bytes, size_t length, const Layout& layout, char
   return out;
 }
 
-bool isSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+bool isSpace(char character) {
+  return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 /* Collects the bytes of complete groups. */
 class Decoder {
  public:
-  explicit Decoder(size_t characters) : bytes_(static_cast<uint8_t*>(std::malloc(characters / 4 * 3 + 3))), end_(bytes_) {
+  explicit Decoder(size_t characters)
+      : bytes_(static_cast<uint8_t*>(std::malloc(characters / 4 * 3 + 3))), end_(bytes_) {
     if (bytes_ == nullptr) std::abort();
   }
   ~Decoder() { std::free(bytes_); }
@@ -166,7 +170,8 @@ char* writeBase64(const BQData* data, int indent, char* out) {
 const BQString* encodeBinaryData(const BQData* data, int indent) {
   auto text = own(BQDataCreateMutable(0));
   _XMLPlistAppendDataUsingBase64(text.get(), data, indent);
-  return BQStringCreateWithBytes(BQDataGetBytePtr(text.get()), BQDataGetLength(text.get()), kBQStringEncodingASCII);
+  return BQStringCreateWithBytes(BQDataGetBytePtr(text.get()), BQDataGetLength(text.get()),
+                                 kBQStringEncodingASCII);
 }
 
 void _XMLPlistAppendDataUsingBase64(BQData* out, const BQData* data, long indent) {

@@ -15,7 +15,9 @@ Owned<const BQString> contentTypeOf(const BQHTTPMessage* response) {
   return own(BQHTTPMessageCopyHeaderFieldValue(response, BQSTR("Content-Type")));
 }
 
-bool isQuote(char character) { return character == '"' || character == '\''; }
+bool isQuote(char character) {
+  return character == '"' || character == '\'';
+}
 
 /* The value of the charset parameter without its quotes. */
 std::string_view charsetOf(const BQString* contentType) {
@@ -48,7 +50,8 @@ void checkForXMLContent(const BQHTTPMessage* response, unsigned char* outIsXML, 
   if (contentType == nullptr) return;
   BQRange whole = BQRangeMake(0, BQStringGetLength(contentType.get()));
   *outIsText = BQStringHasPrefix(contentType.get(), BQSTR("text/")) ? 1 : 0;
-  *outIsXML = BQStringFind(contentType.get(), BQSTR("/xml"), whole, kBQCompareCaseInsensitive, nullptr) ? 1 : 0;
+  *outIsXML =
+      BQStringFind(contentType.get(), BQSTR("/xml"), whole, kBQCompareCaseInsensitive, nullptr) ? 1 : 0;
 }
 
 }  // namespace vx

@@ -24,17 +24,19 @@ void addDeclaration(const BQString* attribute, BQTypeRef value, AutoDict* namesp
     return;
   }
   size_t start = kDeclaration.size() + 1;
-  if (name.size() <= start || name[start - 1] != ':' || !equalIgnoringCase(name.substr(0, start - 1), kDeclaration)) {
+  if (name.size() <= start || name[start - 1] != ':' ||
+      !equalIgnoringCase(name.substr(0, start - 1), kDeclaration)) {
     return;
   }
   auto offset = static_cast<BQIndex>(start);
-  auto prefix = own(BQStringCreateSubstring(attribute, BQRangeMake(offset, BQStringGetLength(attribute) - offset)));
+  auto prefix =
+      own(BQStringCreateSubstring(attribute, BQRangeMake(offset, BQStringGetLength(attribute) - offset)));
   namespaces->addValue(prefix.get(), value);
 }
 
 /* Hands one child to the first matching row; false in `*matched` if there is none. */
-const BQString* interrogate(const BQTree* child, const AutoDict& namespaces, const XMLElementInterrogator* table,
-                            long count, bool* matched) {
+const BQString* interrogate(const BQTree* child, const AutoDict& namespaces,
+                            const XMLElementInterrogator* table, long count, bool* matched) {
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
   xmlNamespaceQualify(namespaces, getElementName(child), &uri, &local);
@@ -63,7 +65,8 @@ void xmlGetElementNamespaces(const BQTree* element, AutoDict* namespaces) {
 
 const BQString* xmlInterrogateElements(const BQTree* parent, const AutoDict& namespaces,
                                        const XMLElementInterrogator* table, long count, BQArray* unmatched) {
-  for (const BQTree* child = BQTreeGetFirstChild(parent); child != nullptr; child = BQTreeGetNextSibling(child)) {
+  for (const BQTree* child = BQTreeGetFirstChild(parent); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
     if (!treeIsElement(child)) continue;
     AutoDict childNamespaces(namespaces);
     xmlGetElementNamespaces(child, &childNamespaces);

@@ -13,8 +13,8 @@ namespace vx {
  * row's context. A message ends the walk, null lets it go on. A message is a constant or owned by
  * whoever receives it at last.
  */
-using XMLElementHandler = const BQString* (*)(const BQTree* tree, const BQXMLNode* node, const AutoDict& namespaces,
-                                              void* context);
+using XMLElementHandler = const BQString* (*)(const BQTree* tree, const BQXMLNode* node,
+                                              const AutoDict& namespaces, void* context);
 
 /* Which elements a handler is for. */
 struct XMLElementInterrogator {

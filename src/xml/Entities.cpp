@@ -22,8 +22,9 @@ const BQDictionary* entityNames() {
 }
 
 const BQDictionary* entityReferences() {
-  return bqTypeCreateDictionary(nullptr, BQSTR("&apos;"), BQSTR("'"), BQSTR("&quot;"), BQSTR("\""), BQSTR("&lt;"),
-                                BQSTR("<"), BQSTR("&gt;"), BQSTR(">"), BQSTR("&amp;"), BQSTR("&"), nullptr);
+  return bqTypeCreateDictionary(nullptr, BQSTR("&apos;"), BQSTR("'"), BQSTR("&quot;"), BQSTR("\""),
+                                BQSTR("&lt;"), BQSTR("<"), BQSTR("&gt;"), BQSTR(">"), BQSTR("&amp;"),
+                                BQSTR("&"), nullptr);
 }
 
 const BQString* lookUp(const BQDictionary* table, const BQString* entity) {
@@ -56,7 +57,9 @@ std::string_view referenceOf(char character) {
 }
 
 /* The high bit of every byte of `word` that is zero, and perhaps of the byte above such a one. */
-uint64_t zeroBytes(uint64_t word) { return (word - 0x0101010101010101u) & ~word & 0x8080808080808080u; }
+uint64_t zeroBytes(uint64_t word) {
+  return (word - 0x0101010101010101u) & ~word & 0x8080808080808080u;
+}
 
 uint64_t bytesEqualTo(uint64_t word, char character) {
   return zeroBytes(word ^ (0x0101010101010101u * static_cast<unsigned char>(character)));

@@ -17,7 +17,9 @@
 namespace vx {
 namespace {
 
-int digitOf(char character) { return character >= '0' && character <= '9' ? character - '0' : 0; }
+int digitOf(char character) {
+  return character >= '0' && character <= '9' ? character - '0' : 0;
+}
 
 /* A number with at least `digits` digits; a negative one as its 32-bit complement. */
 char* writeNumber(char* out, int32_t number, size_t digits) {
@@ -147,8 +149,8 @@ const BQString* isoEncodeDate(const BQDate* date, unsigned char compact) {
 const BQDate* isoDecodeDate(const BQString* text) {
   if (text == nullptr) return nullptr;
   std::string_view bytes = textOf(text);
-  bool isASCII =
-      std::all_of(bytes.begin(), bytes.end(), [](char character) { return static_cast<unsigned char>(character) < 0x80; });
+  bool isASCII = std::all_of(bytes.begin(), bytes.end(),
+                             [](char character) { return static_cast<unsigned char>(character) < 0x80; });
   if (isASCII) return BQDateCreate(DateReader(bytes.data(), bytes.size()).read());
   std::string converted = toASCII(bytes);
   return BQDateCreate(DateReader(converted.data(), converted.size()).read());

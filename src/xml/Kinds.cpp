@@ -109,7 +109,8 @@ VXTypeID VXQualifiedtoVXType(const BQString* namespaceURI, const BQString* typeN
   size_t colon = name.rfind(':');
   if (colon == std::string_view::npos || colon == 0) return kVXTypeUnknown;
   auto start = static_cast<BQIndex>(colon + 1);
-  auto local = own(BQStringCreateSubstring(typeName, BQRangeMake(start, BQStringGetLength(typeName) - start)));
+  auto local =
+      own(BQStringCreateSubstring(typeName, BQRangeMake(start, BQStringGetLength(typeName) - start)));
   return kindOfSchemaName(local.get());
 }
 

@@ -43,7 +43,8 @@ Owned<const BQData> withDeclaration(const BQData* data, BQStringEncoding encodin
 Owned<const BQData> documentBytes(const BQData* data, bool allowMissingDeclaration, unsigned long encoding) {
   BQIndex offset = findDeclaration(data);
   if (offset == 0) return retain(data);
-  if (offset > 0) return own(BQDataCreateView(BQDataGetBytePtr(data) + offset, BQDataGetLength(data) - offset));
+  if (offset > 0)
+    return own(BQDataCreateView(BQDataGetBytePtr(data) + offset, BQDataGetLength(data) - offset));
   if (!allowMissingDeclaration) return nullptr;
   return withDeclaration(data, static_cast<BQStringEncoding>(encoding));
 }
@@ -61,10 +62,9 @@ const BQString* describeError(const BQDictionary* error) {
   if (error == nullptr) return BQSTR("Can't even create parser for errors");
   BQTypeRef description = BQDictionaryGetValue(error, kBQXMLTreeErrorDescription);
   if (description == nullptr) description = BQSTR("Unknown parse error");
-  return BQStringCreateWithFormat(BQSTR("%@ (line %d, pos %d, status %d)"), description,
-                                  errorNumber(error, kBQXMLTreeErrorLineNumber),
-                                  errorNumber(error, kBQXMLTreeErrorLocation),
-                                  errorNumber(error, kBQXMLTreeErrorStatusCode));
+  return BQStringCreateWithFormat(
+      BQSTR("%@ (line %d, pos %d, status %d)"), description, errorNumber(error, kBQXMLTreeErrorLineNumber),
+      errorNumber(error, kBQXMLTreeErrorLocation), errorNumber(error, kBQXMLTreeErrorStatusCode));
 }
 
 }  // namespace

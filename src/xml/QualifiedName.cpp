@@ -11,9 +11,9 @@
 namespace vx {
 namespace {
 
-BQ_DEFINE_STATIC_STRING(defaultNamespaceKey, "__defaultNamespace");
-
-const BQString* retained(BQTypeRef string) { return static_cast<const BQString*>(BQRetain(string)); }
+const BQString* retained(BQTypeRef string) {
+  return static_cast<const BQString*>(BQRetain(string));
+}
 
 const BQString* copyRange(const BQString* string, size_t start, size_t end) {
   return BQStringCreateSubstring(string,
@@ -28,9 +28,10 @@ size_t findSeparator(const BQString* name, char separator) {
 
 }  // namespace
 
-const BQString* const kDefaultNamespaceKey = defaultNamespaceKey;
+BQ_DEFINE_STRING(kDefaultNamespaceKey, "__defaultNamespace");
 
-void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace, const BQString** outLocalName) {
+void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
+                                const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t bar = findSeparator(name, '|');
@@ -43,8 +44,8 @@ void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamesp
   }
 }
 
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName, const BQString** outNamespace,
-                         const BQString** outLocalName) {
+void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+                         const BQString** outNamespace, const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
   size_t colon = findSeparator(qualifiedName, ':');

@@ -14,14 +14,15 @@ namespace vx {
 extern const BQString* const kDefaultNamespaceKey;
 
 /* Splits a fully qualified name; both parts are owned by the caller. The namespace is "" without a bar. */
-void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace, const BQString** outLocalName);
+void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamespace,
+                                const BQString** outLocalName);
 
 /*
  * Resolves a prefixed name; both parts are owned by the caller. The namespace is null if the prefix
  * is not declared, or without a prefix if there is no default namespace.
  */
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName, const BQString** outNamespace,
-                         const BQString** outLocalName);
+void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+                         const BQString** outNamespace, const BQString** outLocalName);
 
 /* Replaces a prefixed name by the fully qualified one, if its namespace is known. */
 void fullyQualify(AutoString& name, const AutoDict& namespaces);

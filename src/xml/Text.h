@@ -11,7 +11,8 @@ namespace vx {
 /* The UTF-8 bytes of a string, borrowed; empty for null. */
 inline std::string_view textOf(const BQString* string) {
   const char* bytes = BQStringGetUTF8Ptr(string);
-  return bytes == nullptr ? std::string_view() : std::string_view(bytes, static_cast<size_t>(BQStringGetLength(string)));
+  return bytes == nullptr ? std::string_view()
+                          : std::string_view(bytes, static_cast<size_t>(BQStringGetLength(string)));
 }
 
 inline char foldCase(char character) {

@@ -25,8 +25,10 @@ bool hasLocalName(const BQString* name, std::string_view wanted) {
 const BQString* pieceOf(const BQXMLNode* node) {
   switch (BQXMLNodeGetTypeCode(node)) {
     case kBQXMLNodeTypeText:
-    case kBQXMLNodeTypeCDATASection: return BQXMLNodeGetString(node);
-    case kBQXMLNodeTypeEntityReference: return decodeEntityReference(BQXMLNodeGetString(node));
+    case kBQXMLNodeTypeCDATASection:
+      return BQXMLNodeGetString(node);
+    case kBQXMLNodeTypeEntityReference:
+      return decodeEntityReference(BQXMLNodeGetString(node));
     default:
       if (gVXDebugVerbose != 0) {
         _vxLogf("strange node in the middle of a string: %d\n", static_cast<int>(BQXMLNodeGetTypeCode(node)));
@@ -42,9 +44,13 @@ const BQString* copyPiece(const BQString* piece) {
 
 }  // namespace
 
-const BQXMLNode* treeGetNode(const BQTree* tree) { return BQXMLTreeGetNode(tree); }
+const BQXMLNode* treeGetNode(const BQTree* tree) {
+  return BQXMLTreeGetNode(tree);
+}
 
-bool treeIsElement(const BQTree* tree) { return BQXMLNodeGetTypeCode(treeGetNode(tree)) == kBQXMLNodeTypeElement; }
+bool treeIsElement(const BQTree* tree) {
+  return BQXMLNodeGetTypeCode(treeGetNode(tree)) == kBQXMLNodeTypeElement;
+}
 
 const BQString* getElementName(const BQTree* tree) {
   const BQXMLNode* node = treeGetNode(tree);
@@ -58,10 +64,12 @@ const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree) {
 }
 
 const BQTree* findNamedElement(const BQTree* tree, const BQString* name) {
-  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr; child = BQTreeGetNextSibling(child)) {
+  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
     if (!treeIsElement(child)) {
       if (gVXDebugVerbose != 0) {
-        _vxLogf("findNamedElement: Ignoring type %d\n", static_cast<int>(BQXMLNodeGetTypeCode(treeGetNode(child))));
+        _vxLogf("findNamedElement: Ignoring type %d\n",
+                static_cast<int>(BQXMLNodeGetTypeCode(treeGetNode(child))));
       }
       continue;
     }

@@ -30,13 +30,24 @@ char* put(char* out, std::string_view piece) {
   return out + piece.size();
 }
 
+char* put(char* out, XMLBuffer::Pieces pieces) {
+  for (std::string_view piece : pieces) out = put(out, piece);
+  return out;
+}
+
+size_t sizeOf(XMLBuffer::Pieces pieces) {
+  size_t size = 0;
+  for (std::string_view piece : pieces) size += piece.size();
+  return size;
+}
+
 char* putIndent(char* out, int level) {
   std::memcpy(out, kBlanks, kDeepestIndent); /* a fixed size is quicker; there is room */
   return out + indentOf(level);
 }
 
 char* putLineEnd(char* out) {
-  return put(out, "\r\n");
+  return put(out, std::string_view("\r\n"));
 }
 
 /* What a line needs besides its pieces. */
@@ -44,22 +55,21 @@ constexpr size_t kLineRoom = kDeepestIndent + 2;
 
 }  // namespace
 
-XMLBuffer::XMLBuffer(unsigned long encoding)
-    : text_(BQStringCreateMutable(kFirstCapacity)), encoding_(encoding) {
-  const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(encoding));
-  if (name == nullptr || encoding > UINT32_MAX) {
+XMLBuffer::XMLBuffer(unsigned long wanted) : text(BQStringCreateMutable(kFirstCapacity)), encoding(wanted) {
+  const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(wanted));
+  if (name == nullptr || wanted > UINT32_MAX) {
     name = BQSTR("UTF-8");
-    encoding_ = kBQStringEncodingUTF8;
+    encoding = kBQStringEncodingUTF8;
   }
   addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
 }
 
 char* XMLBuffer::reserve(size_t size) {
-  return BQStringReserveUTF8(text_.get(), static_cast<BQIndex>(size));
+  return BQStringReserveUTF8(text.get(), static_cast<BQIndex>(size));
 }
 
 void XMLBuffer::commit(const char* start, const char* end) {
-  BQStringCommitUTF8(text_.get(), end - start);
+  BQStringCommitUTF8(text.get(), end - start);
 }
 
 void XMLBuffer::addTo(int level, const char* format, ...) {
@@ -79,35 +89,27 @@ void XMLBuffer::addTo(int level, const BQString* format, ...) {
 }
 
 void XMLBuffer::addTo(int level, const BQString* format, va_list arguments) {
-  BQStringAppend(text_.get(), getIndentString(level));
-  BQStringAppendFormatAndArguments(text_.get(), format, arguments);
-  BQStringAppend(text_.get(), BQSTR("\r\n"));
+  BQStringAppend(text.get(), getIndentString(level));
+  BQStringAppendFormatAndArguments(text.get(), format, arguments);
+  BQStringAppend(text.get(), BQSTR("\r\n"));
 }
 
-void XMLBuffer::addLine(int level, std::initializer_list<std::string_view> pieces) {
-  size_t size = kLineRoom;
-  for (std::string_view piece : pieces) size += piece.size();
-  char* start = reserve(size);
-  char* end = putIndent(start, level);
-  for (std::string_view piece : pieces) end = put(end, piece);
-  commit(start, putLineEnd(end));
+void XMLBuffer::addLine(int level, Pieces pieces) {
+  char* start = reserve(kLineRoom + sizeOf(pieces));
+  commit(start, putLineEnd(put(putIndent(start, level), pieces)));
 }
 
-void XMLBuffer::addEncodedLine(int level, std::string_view before, const BQString* text,
-                               std::string_view after) {
-  std::string_view content = textOf(text);
-  char* start = reserve(kLineRoom + before.size() + entityEncodedRoom(content) + after.size());
+void XMLBuffer::addEncodedLine(int level, Pieces before, const BQString* encoded, Pieces after) {
+  std::string_view content = textOf(encoded);
+  char* start = reserve(kLineRoom + sizeOf(before) + entityEncodedRoom(content) + sizeOf(after));
   char* end = put(putIndent(start, level), before);
-  end = entityEncode(content, end);
-  commit(start, putLineEnd(put(end, after)));
+  commit(start, putLineEnd(put(entityEncode(content, end), after)));
 }
 
-void XMLBuffer::addBase64Line(int level, std::string_view before, const BQData* data, int indent,
-                              std::string_view after) {
-  char* start = reserve(kLineRoom + before.size() + base64Length(data, indent) + after.size());
+void XMLBuffer::addBase64Line(int level, Pieces before, const BQData* data, int indent, Pieces after) {
+  char* start = reserve(kLineRoom + sizeOf(before) + base64Length(data, indent) + sizeOf(after));
   char* end = put(putIndent(start, level), before);
-  end = writeBase64(data, indent, end);
-  commit(start, putLineEnd(put(end, after)));
+  commit(start, putLineEnd(put(writeBase64(data, indent, end), after)));
 }
 
 bool XMLBuffer::enterContainer() {
@@ -120,7 +122,7 @@ bool XMLBuffer::enterContainer() {
 
 const BQData* XMLBuffer::copyData() const {
   if (tooDeep_) return nullptr;
-  return BQStringCreateExternalRepresentation(text_.get(), static_cast<BQStringEncoding>(encoding_), 0);
+  return BQStringCreateExternalRepresentation(text.get(), static_cast<BQStringEncoding>(encoding), 0);
 }
 
 const BQString* XMLBuffer::getIndentString(int level) {

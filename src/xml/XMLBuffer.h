@@ -18,7 +18,7 @@ namespace vx {
 class XMLBuffer {
  public:
   /* The document's encoding: a platform encoding number; one without an IANA name becomes UTF-8. */
-  explicit XMLBuffer(unsigned long encoding);
+  explicit XMLBuffer(unsigned long wanted);
   XMLBuffer(const XMLBuffer&) = delete;
   XMLBuffer& operator=(const XMLBuffer&) = delete;
 
@@ -27,12 +27,14 @@ class XMLBuffer {
   void addTo(int level, const BQString* format, ...);
   void addTo(int level, const BQString* format, va_list arguments);
 
+  using Pieces = std::initializer_list<std::string_view>;
+
   /* Appends a line made of pieces of UTF-8, as they stand. */
-  void addLine(int level, std::initializer_list<std::string_view> pieces);
-  /* The same with an entity-encoded text between two pieces. */
-  void addEncodedLine(int level, std::string_view before, const BQString* text, std::string_view after);
-  /* Appends the base64 text of `data`, indented as encodeBinaryData has it, between two pieces. */
-  void addBase64Line(int level, std::string_view before, const BQData* data, int indent, std::string_view after);
+  void addLine(int level, Pieces pieces);
+  /* The same with an entity-encoded text between pieces. */
+  void addEncodedLine(int level, Pieces before, const BQString* text, Pieces after);
+  /* The same with the base64 text of `data`, indented as encodeBinaryData has it. */
+  void addBase64Line(int level, Pieces before, const BQData* data, int indent, Pieces after);
 
   /*
    * Called around the content of each container that is written. False, and the document is void,
@@ -54,8 +56,8 @@ class XMLBuffer {
   char* reserve(size_t size);
   void commit(const char* start, const char* end);
 
-  Owned<BQString> text_;
-  unsigned long encoding_;
+  Owned<BQString> text;
+  unsigned long encoding;
   int depth_ = 0;
   bool tooDeep_ = false;
 };

@@ -39,9 +39,9 @@ Owned<const BQString> readFault(WebServiceResult* result, const BQTree* fault) {
   if (BQGetTypeID(members) != BQDictionaryGetTypeID() || BQDictionaryGetCount(members) == 0) {
     return messageOr(reader, BQSTR("Can't parse <fault>."));
   }
-  BQDictionarySetValue(result->resultDictionary(), kResultIsFault, kBQBooleanTrue);
+  BQDictionarySetValue(result->resultDictionary.get(), kResultIsFault, kBQBooleanTrue);
   result->addNumberToResult(kVXFaultCode, faultCodeOf(members));
-  BQDictionarySetValue(result->resultDictionary(), kVXFaultString,
+  BQDictionarySetValue(result->resultDictionary.get(), kVXFaultString,
                        BQDictionaryGetValue(members, BQSTR("faultString")));
   return nullptr;
 }
@@ -53,7 +53,7 @@ Owned<const BQString> readParams(WebServiceResult* result, const BQTree* params)
   if (value == nullptr) return own(BQSTR("<param> must contain a single <value> entry"));
   ValueReader reader;
   auto read = reader.read(value);
-  BQDictionarySetValue(result->resultDictionary(), kVXMethodInvocationResult, read.get());
+  BQDictionarySetValue(result->resultDictionary.get(), kVXMethodInvocationResult, read.get());
   return own(reader.takeError());
 }
 
@@ -93,7 +93,7 @@ const BQDictionary* XMLRPCProtocolHandler::parseReplyData(const BQString*, const
     result.becomeFault(error != nullptr ? error : BQSTR("Could not parse XML."), kUnusableReply);
   }
   if (outError != nullptr) *outError = ownedError.release();
-  return BQDictionaryCreateCopy(result.resultDictionary());
+  return BQDictionaryCreateCopy(result.resultDictionary.get());
 }
 
 }  // namespace vx

@@ -180,15 +180,9 @@ void ValueReader::checkStructChild(const BQTree* child, Owned<const BQString>& n
 }
 
 Owned<const BQString> ValueReader::readName(const BQTree* text) {
-  if (text == nullptr || BQTreeGetNextSibling(text) != nullptr || treeIsElement(text)) {
-    return own(copyXMLStringFromTree(text));
-  }
-  std::string_view name = textOf(getElementName(text));
-  size_t slot =
-      name.empty() ? 0 : (name.size() * 7 + static_cast<unsigned char>(name.back())) % kNameCacheSize;
-  if (names_[slot] == nullptr || textOf(names_[slot].get()) != name)
-    names_[slot] = own(copyXMLStringFromTree(text));
-  return retain(names_[slot].get());
+  bool isPlain = BQXMLNodeGetTypeCode(treeGetNode(text)) == kBQXMLNodeTypeText;
+  if (!isPlain || BQTreeGetNextSibling(text) != nullptr) return own(copyXMLStringFromTree(text));
+  return names_.copyOf(getElementName(text));
 }
 
 void ValueReader::fail(const BQString* message) {

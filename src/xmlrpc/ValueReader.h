@@ -4,10 +4,8 @@
 
 #include <BQ/BQBase.h>
 
-#include <array>
-#include <string_view>
-
 #include "values/Owned.h"
+#include "xml/NameCache.h"
 
 namespace vx {
 
@@ -41,9 +39,7 @@ class ValueReader {
   Owned<const BQString> readName(const BQTree* text);
   void fail(const BQString* message);
 
-  /* The member names seen last, so that an array of structs shares its names. */
-  static constexpr size_t kNameCacheSize = 32;
-  std::array<Owned<const BQString>, kNameCacheSize> names_;
+  NameCache names_; /* an array of structs shares its member names */
   Owned<const BQString> error_;
 };
 

@@ -61,7 +61,8 @@ void ValueWriter::writeContent(int level, BQTypeRef value) {
     case kVXTypeDouble:
       return writeDouble(level, static_cast<const BQNumber*>(value));
     case kVXTypeString:
-      return buffer_.addEncodedLine(level + 1, "<string>", static_cast<const BQString*>(value), "</string>");
+      return buffer_.addEncodedLine(level + 1, {"<string>"}, static_cast<const BQString*>(value),
+                                    {"</string>"});
     case kVXTypeDate:
       return writeDate(level, static_cast<const BQDate*>(value));
     case kVXTypeData:

@@ -1,5 +1,9 @@
 #include "xmlrpc/XMLRPCWebServiceMethodInvocation.h"
 
+#include <BQ/BQ.h>
+#include <VX/VXConstants.h>
+
+#include "api/base/AgreementKeys.h"
 #include "transport/HTTPClosureSource.h"
 #include "xmlrpc/XMLRPCProtocolHandler.h"
 
@@ -7,14 +11,26 @@ namespace vx {
 
 XMLRPCWebServiceMethodInvocation::XMLRPCWebServiceMethodInvocation(const BQURL* endpoint,
                                                                    const BQString* methodName)
-    : methodName_(retain(methodName)) {
+    : methodName(retain(methodName)) {
   WebServiceMethodInvocation::setServiceEndpoint(endpoint);
+}
+
+XMLRPCWebServiceMethodInvocation::XMLRPCWebServiceMethodInvocation(const BQDictionary* agreement)
+    : WebServiceMethodInvocation(agreement),
+      methodName(retain(getAgreementEntry<BQString>(agreement, kAgreementMethodName, BQStringGetTypeID()))) {}
+
+BQDictionary* XMLRPCWebServiceMethodInvocation::copyAgreement() {
+  BQDictionary* agreement = BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys);
+  BQDictionarySetValue(agreement, kAgreementProtocolType, kVXXMLRPCProtocol);
+  BQDictionarySetValue(agreement, kAgreementMethodName, methodName.get());
+  populateAgreement(agreement);
+  return agreement;
 }
 
 const BQData* XMLRPCWebServiceMethodInvocation::constructMessage(const BQString**) {
   XMLRPCProtocolHandler handler;
   handler.setParentSerializer(this);
-  return handler.createRequest(methodName_.get(), params(), paramOrder(), nullptr);
+  return handler.createRequest(methodName.get(), params.get(), paramOrder.get(), nullptr);
 }
 
 void XMLRPCWebServiceMethodInvocation::parseReply(WebServiceResult* result, const BQTree* tree) {

@@ -9,7 +9,7 @@
 #include <VX/VX.h>
 #include <gtest/gtest.h>
 
-#include "support/PythonPeer.h"
+#include "support/PeerProcess.h"
 
 namespace {
 
@@ -37,7 +37,7 @@ std::string describe(BQTypeRef value) {
 
 class PythonEcho : public testing::Test {
  protected:
-  static void SetUpTestSuite() { peer_ = std::make_unique<PythonPeer>(); }
+  static void SetUpTestSuite() { peer_ = std::make_unique<PeerProcess>(PYTHON_PROGRAM, PYTHON_PEER_SCRIPT); }
   static void TearDownTestSuite() { peer_.reset(); }
 
   /* The result dictionary of a call with one parameter; a null value is sent as nil. */
@@ -64,10 +64,10 @@ class PythonEcho : public testing::Test {
     EXPECT_TRUE(BQEqual(echoed.get(), expected)) << describe(echoed.get()) << "\nnot\n" << describe(expected);
   }
 
-  static std::unique_ptr<PythonPeer> peer_;
+  static std::unique_ptr<PeerProcess> peer_;
 };
 
-std::unique_ptr<PythonPeer> PythonEcho::peer_;
+std::unique_ptr<PeerProcess> PythonEcho::peer_;
 
 std::string nested(int depth) {
   return depth == 0 ? "<string>bottom</string>"

@@ -239,6 +239,11 @@ size_t ScriptedPeer::connectionCount() const {
   return servers_.size();
 }
 
+size_t ScriptedPeer::openConnectionCount() const {
+  std::lock_guard lock(mutex_);
+  return sockets_.size();
+}
+
 void ScriptedPeer::acceptConnections() {
   for (;;) {
     int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);

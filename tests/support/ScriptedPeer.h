@@ -89,6 +89,8 @@ class ScriptedPeer {
   /* The requests as they arrived, and the number of connections that were accepted. */
   std::vector<std::string> requests() const;
   size_t connectionCount() const;
+  /* Of those, the number whose scripts are not through yet. */
+  size_t openConnectionCount() const;
 
  private:
   friend class Script;

@@ -1,88 +1,79 @@
-/* Short ways to make platform values in tests and to look into them. */
-#ifndef ORVANE_TESTS_SUPPORT_VALUES_H
-#define ORVANE_TESTS_SUPPORT_VALUES_H
+/* Values for tests, each made in one expression, and what values hold as text. */
+#ifndef SUPPORT_VALUES_H
+#define SUPPORT_VALUES_H
 
-#include <BQ/BQ.h>
-#include <pthread.h>
-
-#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "platform/object/Object.h"
+#include <BQ/BQ.h>
 
-namespace values {
+namespace support {
 
-template <class T>
-bq::Ref<T> own(T* object) {
-  return bq::Ref<T>::adopt(object);
-}
-
-/* A reference to an object of any class. */
-struct Value : bq::Ref<const void> {
+/* Holds a reference to an object of any class. */
+class Value {
+ public:
   Value() = default;
+  Value(const Value& other) : object_(BQRetain(other.object_)) {}
+  Value(Value&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  ~Value() { BQRelease(object_); }
+  Value& operator=(Value other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  /* Takes over a reference that the caller owns. */
+  static Value adopt(BQTypeRef object) {
+    Value result;
+    result.object_ = object;
+    return result;
+  }
+  static Value retain(BQTypeRef object) { return adopt(BQRetain(object)); }
+
+  BQTypeRef get() const { return object_; }
   template <class T>
-  Value(bq::Ref<T> other) : Ref(adopt(other.release())) {}
+  operator const T*() const {
+    return static_cast<const T*>(object_);
+  }
+  /* The object for writing. */
+  template <class T>
+  T* as() const {
+    return static_cast<T*>(const_cast<void*>(object_));
+  }
+  BQTypeRef release() { return std::exchange(object_, nullptr); }
+
+ private:
+  BQTypeRef object_ = nullptr;
 };
 
-/* The text of a string, NUL bytes included; "(none)" for null. */
-inline std::string text(const BQString* string) {
-  if (string == nullptr) return "(none)";
-  return {BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string))};
-}
-template <class T>
-std::string text(const bq::Ref<T>& string) {
-  return text(string.get());
-}
+Value string(std::string_view utf8);
+/* An integer of 32 bits, or of another number type. */
+Value integer(int64_t number, BQNumberType type = kBQNumberSInt32Type);
+Value real(double number);
+Value date(BQAbsoluteTime time);
+Value blob(std::string_view bytes);
+/* Mutable; a value that holds null is an empty slot. */
+Value array(std::initializer_list<Value> values);
+/* Mutable, in the order given. */
+Value dictionary(std::initializer_list<std::pair<std::string_view, Value>> pairs);
+Value url(std::string_view text);
+/* The tree of a document; fails the test if it does not parse. */
+Value tree(std::string_view document);
 
-inline bq::Ref<const BQString> string(std::string_view text) {
-  return own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
-}
+/* A string's text, or the description of anything else. */
+std::string text(BQTypeRef object);
+std::string bytes(const BQData* data);
 
-inline bq::Ref<BQString> mutableString(std::string_view text) {
-  return own(BQStringCreateMutableCopy(string(text).get()));
-}
+/*
+ * A value with the class of each part: 'text', 5, 5L (made with 64 bits), 2.5d, true, null,
+ * @2005-02-28T13:45:09, <00ff>, [a, b], {name: a}; the class name for any other; "-" for no value.
+ */
+std::string notation(BQTypeRef value);
 
-inline bq::Ref<const BQNumber> integer(int64_t number) {
-  return own(BQNumberCreate(kBQNumberSInt64Type, &number));
-}
+/* Line ends of a document written down with line feeds become CR LF. */
+std::string withCRLF(std::string_view document);
 
-inline bq::Ref<const BQNumber> real(double number) {
-  return own(BQNumberCreate(kBQNumberFloat64Type, &number));
-}
-
-inline bq::Ref<BQArray> array(std::initializer_list<BQTypeRef> values) {
-  BQArray* result = BQArrayCreateMutable(0);
-  for (BQTypeRef value : values) BQArrayAppendValue(result, value);
-  return own(result);
-}
-
-inline std::string describe(BQTypeRef object) {
-  return text(own(BQCopyDescription(object)));
-}
-
-/* The frames of code that sanitizers watch are some times larger. */
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-inline constexpr size_t kSmallStack = 2048 << 10;
-#else
-inline constexpr size_t kSmallStack = 256 << 10;
-#endif
-
-/* Runs a function on a thread whose stack has 256 KiB. */
-inline void runOnSmallStack(std::function<void()> function) {
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setstacksize(&attributes, kSmallStack);
-  auto body = [](void* context) -> void* {
-    (*static_cast<std::function<void()>*>(context))();
-    return nullptr;
-  };
-  pthread_t thread;
-  if (pthread_create(&thread, &attributes, body, &function) == 0) pthread_join(thread, nullptr);
-  pthread_attr_destroy(&attributes);
-}
-
-}  // namespace values
+}  // namespace support
 
 #endif

@@ -8,7 +8,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support", "python"))
 
-from peer_process import Peer  # noqa: E402
+from peer_process import Peer, SOAPPeer  # noqa: E402
 
 EXAMPLES = os.environ["EXAMPLES"]
 
@@ -24,18 +24,20 @@ class ExamplesTest(unittest.TestCase):
         cls.peer = Peer()
         cls.addClassCleanup(cls.peer.stop)
 
-    def assert_run(self, run, status, output, complaint=""):
+    def assert_run(self, run, status, output, complaint=r"\A\Z"):
         self.assertEqual((run.returncode, run.stdout), (status, output), run.stderr)
         self.assertRegex(run.stderr, complaint)
 
     def test_call_prints_the_value(self):
-        self.assert_run(run_example("call", self.peer.url()), 0, "5\n", r"\A\Z")
+        self.assert_run(run_example("call", self.peer.url()), 0, "5\n")
 
     def test_call_tells_a_failure(self):
-        self.assert_run(run_example("call", self.peer.url("/status/404")), 1, "failed: /BQStreamFault\n")
+        reason = '{"msg": "HTTP/1.1 404 Not Found", "domain": -1, "error": -65795}'
+        self.assert_run(run_example("call", self.peer.url("/status/404")), 1, "failed: " + reason + "\n")
+        self.assert_run(run_example("call", self.peer.url("/lines-in-fault")), 1, "failed: one\ntwo\x7fthree\n")
 
     def test_c_program_tells_the_three_ends_apart(self):
-        self.assert_run(run_example("call_in_c", self.peer.url(), "é & <b>"), 0, "é & <b>\n", r"\A\Z")
+        self.assert_run(run_example("call_in_c", self.peer.url(), "é & <b>"), 0, "é & <b>\n")
         self.assert_run(run_example("call_in_c", self.peer.url("/status/404"), "x"), 3, "", "404 Not Found")
         self.assert_run(run_example("call_in_c", self.peer.url("/lines-in-fault"), "x"), 1, "", "fault 7: one")
         with socket.socket() as closed:
@@ -45,14 +47,21 @@ class ExamplesTest(unittest.TestCase):
 
     def test_hundred_concurrent_calls_get_a_hundred_answers(self):
         run = run_example("concurrent_calls", self.peer.url())
-        self.assert_run(run, 0, "100 answers, 0 faults, sum %d\n" % sum(range(1, 101)), r"\A\Z")
+        self.assert_run(run, 0, "100 answers, 0 faults, sum %d\n" % sum(range(1, 101)))
 
     def test_concurrent_calls_that_fail_are_all_answered(self):
         run = run_example("concurrent_calls", self.peer.url("/hang-up"))
-        self.assert_run(run, 1, "100 answers, 100 faults, sum 0\n", r"\A\Z")
+        self.assert_run(run, 1, "100 answers, 100 faults, sum 0\n")
+
+    def test_values_of_another_class_go_to_a_soap_server_and_back(self):
+        peer = SOAPPeer()
+        self.addCleanup(peer.stop)
+        self.assert_run(run_example("soap_points", peer.url(), "3", "-4.5"), 0, "(-4.5, 3)\n")
+        self.assert_run(run_example("soap_points", self.peer.url("/status/404"), "1", "2"), 1,
+                        "failed: /BQStreamFault\n")
 
     def test_wrong_arguments_show_the_usage(self):
-        for name in ("call", "call_in_c", "concurrent_calls"):
+        for name in ("call", "call_in_c", "concurrent_calls", "soap_points"):
             self.assertTrue(re.search("usage", run_example(name).stderr), name)
 
 

@@ -6,7 +6,7 @@ import unittest
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support", "python"))
 
-from peer_process import Peer  # noqa: E402
+from peer_process import Peer, SOAPDocumentPeer, SOAPPeer  # noqa: E402
 
 VXCALL = os.environ["VXCALL"]
 

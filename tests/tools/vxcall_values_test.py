@@ -51,6 +51,8 @@ class ParameterTest(VxcallCase):
             ("string:--verbose", "str", "'--verbose'"),
             ("date:2005-02-28T13:45:09Z", "DateTime", "20050228T13:45:09Z"),
             ("date:20050228T13:45:09+01:00", "DateTime", "20050228T12:45:09Z"),
+            ("date:2005-02-28T13:45:09.987-05:30", "DateTime", "20050228T19:15:09Z"),
+            ("date:2005-02-28T23:59:59", "DateTime", "20050228T23:59:59Z"),
             ("date:2004-02-29", "DateTime", "20040229T00:00:00Z"),
             ("base64:AAH/", "Binary", "b'\\x00\\x01\\xff'"),
             ("base64:AA ==\n", "Binary", "b'\\x00'"),
@@ -64,11 +66,7 @@ class ParameterTest(VxcallCase):
         ]:
             for parameter in (written, "name=" + written, "_n.1-x=" + written):
                 with self.subTest(parameter):
-                    arrived = json.loads(self.call("kind", parameter))
-                    if kind == "str" and written == "":
-                        self.assertEqual(arrived, [kind, value])
-                    self.assertEqual(arrived[0], kind)
-                    self.assertIn(value, arrived[1])
+                    self.assertEqual(json.loads(self.call("kind", parameter)), [kind, value])
 
     def test_file_is_sent_as_bytes(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -86,7 +84,7 @@ class ParameterTest(VxcallCase):
         self.assertEqual(json.loads(self.call("echo_all", 1, "--", "-v", "--", "-x")), [1, "-v", "--", "-x"])
 
     def test_may_stand_before_and_behind_options(self):
-        run = vxcall("--http", "1.1", self.peer.url(), "-o", "json", "echo_all", 1, "--timeout=9", -2, "-t8", 3)
+        run = vxcall("--http", "1.1", self.peer.url(), "-o", "json", "echo_all", 1, "--timeout=9", -2, "-v", 3)
         self.assertEqual(json.loads(run.stdout), [1, -2, 3])
 
 

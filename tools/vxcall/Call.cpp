@@ -3,6 +3,7 @@
 #include <BQ/BQRunLoop.h>
 
 #include "Endpoint.h"
+#include "LibraryMute.h"
 #include "Parameters.h"
 #include "Properties.h"
 #include "Text.h"
@@ -35,6 +36,7 @@ Call::Call(const Options& options) : async_(options.async) {
 }
 
 Result Call::perform() {
+  LibraryMute mute;
   return async_ ? performOnRunLoop() : Result::adopt(VXMethodInvocationInvoke(invocation_.get()));
 }
 

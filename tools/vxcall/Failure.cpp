@@ -52,7 +52,7 @@ std::string describeStreamError(BQStreamError error, const std::string& url) {
 
 std::string describeUnusableReply(const std::string& message, const std::string& url) {
   if (message.starts_with("HTTP/")) return url + " answered with the status " + message;
-  return "the reply of " + url + " cannot be used: " + message;
+  return "the reply of " + url + " is not usable: " + message;
 }
 
 std::string describeTimeout(int seconds, const std::string& url) {

@@ -40,15 +40,24 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
+/* Checks without the text that they would add to the help, which names the values by itself. */
+CLI::Validator oneOf(std::vector<std::string> values) {
+  return CLI::IsMember(std::move(values)).description("");
+}
+template <typename Number>
+CLI::Validator atLeast(Number least) {
+  return CLI::Range(least, std::numeric_limits<Number>::max()).description("");
+}
+
 void addCallOptions(CLI::App& app, Options& options) {
-  app.add_option("URL", options.url, "The endpoint, http or https")->required();
-  app.add_option("METHOD", options.method, "The method to call")->required();
+  app.add_option("URL", options.url, "The endpoint, http or https")->required()->type_name("");
+  app.add_option("METHOD", options.method, "The method to call")->required()->type_name("");
   app.add_option("-p,--protocol", options.protocol, "The protocol (default xml-rpc)")
-      ->check(CLI::IsMember({"xml-rpc", "soap-1999", "soap-2001"}))
+      ->check(oneOf({"xml-rpc", "soap-1999", "soap-2001"}))
       ->type_name("xml-rpc|soap-1999|soap-2001");
   app.add_flag("--async", options.async, "Schedule the call on a run loop instead of waiting for it");
   app.add_option("--repeat", options.repeat, "Make N calls one after the other; the last result is printed")
-      ->check(CLI::Range(1L, std::numeric_limits<long>::max(), "a number of calls"))
+      ->check(atLeast(1L))
       ->type_name("N");
 }
 
@@ -56,7 +65,7 @@ void addSOAPOptions(CLI::App& app, Options& options) {
   app.add_option("-n,--namespace", options.methodNamespace, "The namespace of the method (SOAP)")
       ->type_name("URI");
   app.add_option("--style", options.style, "The form of the body (SOAP)")
-      ->check(CLI::IsMember({"rpc", "doc"}))
+      ->check(oneOf({"rpc", "doc"}))
       ->type_name("rpc|doc");
   app.add_option("--result", options.resultName, "The reply element that holds the result (SOAP)")
       ->type_name("NAME");
@@ -71,22 +80,27 @@ void addHTTPOptions(CLI::App& app, Options& options) {
       ->type_name("HEADER");
   app.add_option("-t,--timeout", options.timeoutSeconds,
                  "The most seconds that a call may take (default 0: any)")
-      ->check(CLI::Range(0, std::numeric_limits<int>::max(), "whole seconds"))
+      ->check(atLeast(0))
       ->type_name("SECONDS");
   app.add_option("--proxy", options.proxy, "The HTTP proxy")->type_name("URL");
-  app.add_flag("!--no-redirect", options.followsRedirects, "Do not follow redirects");
+  app.add_flag_callback(
+      "--no-redirect", [&options] { options.followsRedirects = false; }, "Do not follow redirects");
   app.add_option("--http", options.httpVersion, "The version of HTTP (default 1.1)")
-      ->check(CLI::IsMember({"1.0", "1.1"}))
+      ->check(oneOf({"1.0", "1.1"}))
       ->type_name("1.0|1.1");
 }
 
 void addOutputOptions(CLI::App& app, Options& options) {
   app.add_option("-o,--output", options.output,
                  "Print the value as JSON (the default) or as a property list, or all of the result")
-      ->check(CLI::IsMember({"json", "plist", "full"}))
+      ->check(oneOf({"json", "plist", "full"}))
       ->type_name("json|plist|full");
   app.add_flag("-v,--verbose", options.verbose, "Show headers and bodies on standard error");
   app.add_flag("--print-request", options.printRequest, "Print the request document and send nothing");
+}
+
+UsageError noOption(const std::string& argument) {
+  return UsageError("there is no option " + argument + "; a value like that is written string:" + argument);
 }
 
 /*
@@ -103,8 +117,7 @@ std::vector<std::string> takeParameters(const std::vector<std::string>& remainin
       optionsEnded = true;
     } else if (argument.size() > 1 && argument[0] == '-' && argument[1] != '.' &&
                !std::isdigit(static_cast<unsigned char>(argument[1]))) {
-      throw UsageError("there is no option " + argument +
-                       "; a value like that is written string:" + argument);
+      throw noOption(argument);
     } else {
       parameters.push_back(argument);
     }

@@ -76,7 +76,7 @@ Value readString(std::string_view text) {
 }
 
 Value readDate(std::string_view text) {
-  if (!isDateText(std::string(text))) throw notA(text, "a date such as 2005-02-28T13:45:09Z");
+  if (!isDateText(text)) throw notA(text, "a date such as 2005-02-28T13:45:09Z");
   return Value::adopt(
       vxCreateDateFromISO8601(reinterpret_cast<const unsigned char*>(text.data()), text.size()));
 }

@@ -2,52 +2,47 @@
 
 #include <BQ/BQString.h>
 
-/* Defines an exported constant: a static string and the exported pointer to it. */
-#define VX_DEFINE_CONSTANT(name, text)       \
-  BQ_DEFINE_STATIC_STRING(name##Text, text); \
-  const BQString* const name = name##Text
+BQ_DEFINE_STRING(kVXXMLRPCProtocol, "XML-RPC");
+BQ_DEFINE_STRING(kVXSOAP1999Protocol, "SOAP-1999");
+BQ_DEFINE_STRING(kVXSOAP2001Protocol, "SOAP-2001");
 
-VX_DEFINE_CONSTANT(kVXXMLRPCProtocol, "XML-RPC");
-VX_DEFINE_CONSTANT(kVXSOAP1999Protocol, "SOAP-1999");
-VX_DEFINE_CONSTANT(kVXSOAP2001Protocol, "SOAP-2001");
+BQ_DEFINE_STRING(kVXMethodInvocationResult, "/Result");
+BQ_DEFINE_STRING(kVXFaultString, "/FaultString");
+BQ_DEFINE_STRING(kVXFaultCode, "/FaultCode");
+BQ_DEFINE_STRING(kVXFaultExtra, "/FaultExtra");
+BQ_DEFINE_STRING(kVXHTTPResponseMessage, "/kVXHTTPResponseMessage");
 
-VX_DEFINE_CONSTANT(kVXMethodInvocationResult, "/Result");
-VX_DEFINE_CONSTANT(kVXFaultString, "/FaultString");
-VX_DEFINE_CONSTANT(kVXFaultCode, "/FaultCode");
-VX_DEFINE_CONSTANT(kVXFaultExtra, "/FaultExtra");
-VX_DEFINE_CONSTANT(kVXHTTPResponseMessage, "/kVXHTTPResponseMessage");
+BQ_DEFINE_STRING(kVXNetworkStreamFaultString, "/BQStreamFault");
+BQ_DEFINE_STRING(kVXStreamErrorMessage, "msg");
+BQ_DEFINE_STRING(kVXStreamErrorDomain, "domain");
+BQ_DEFINE_STRING(kVXStreamErrorError, "error");
 
-VX_DEFINE_CONSTANT(kVXNetworkStreamFaultString, "/BQStreamFault");
-VX_DEFINE_CONSTANT(kVXStreamErrorMessage, "msg");
-VX_DEFINE_CONSTANT(kVXStreamErrorDomain, "domain");
-VX_DEFINE_CONSTANT(kVXStreamErrorError, "error");
+BQ_DEFINE_STRING(kVXHTTPMessage, "/kVXHTTPMessage");
+BQ_DEFINE_STRING(kVXPostingMethod, "/VXPostingMethod");
+BQ_DEFINE_STRING(kVXHTTPVersion, "/VXHTTPVersion");
+BQ_DEFINE_STRING(kVXHTTPFollowsRedirects, "/VXHTTPFollowsRedirects");
+BQ_DEFINE_STRING(kVXHTTPProxy, "/VXHTTPProxy");
+BQ_DEFINE_STRING(kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders");
+BQ_DEFINE_STRING(kVXMethodInvocationTimeoutValue, "kVXMethodInvocationTimeoutValue");
 
-VX_DEFINE_CONSTANT(kVXHTTPMessage, "/kVXHTTPMessage");
-VX_DEFINE_CONSTANT(kVXPostingMethod, "/VXPostingMethod");
-VX_DEFINE_CONSTANT(kVXHTTPVersion, "/VXHTTPVersion");
-VX_DEFINE_CONSTANT(kVXHTTPFollowsRedirects, "/VXHTTPFollowsRedirects");
-VX_DEFINE_CONSTANT(kVXHTTPProxy, "/VXHTTPProxy");
-VX_DEFINE_CONSTANT(kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders");
-VX_DEFINE_CONSTANT(kVXMethodInvocationTimeoutValue, "kVXMethodInvocationTimeoutValue");
+BQ_DEFINE_STRING(kVXAuthInfo, "/VXHTTPAuthInfo");
+BQ_DEFINE_STRING(kVXAuthInfo_user, "username");
+BQ_DEFINE_STRING(kVXAuthInfo_password, "password");
+BQ_DEFINE_STRING(kVXAuthInfo_authScheme, "authScheme");
+BQ_DEFINE_STRING(kVXAuthInfo_forProxy, "forProxy");
 
-VX_DEFINE_CONSTANT(kVXAuthInfo, "/VXHTTPAuthInfo");
-VX_DEFINE_CONSTANT(kVXAuthInfo_user, "username");
-VX_DEFINE_CONSTANT(kVXAuthInfo_password, "password");
-VX_DEFINE_CONSTANT(kVXAuthInfo_authScheme, "authScheme");
-VX_DEFINE_CONSTANT(kVXAuthInfo_forProxy, "forProxy");
+BQ_DEFINE_STRING(kVXDebugOutgoingHeaders, "/VXDebugOutHeaders");
+BQ_DEFINE_STRING(kVXDebugOutgoingBody, "/VXDebugOutBody");
+BQ_DEFINE_STRING(kVXDebugIncomingHeaders, "/VXDebugInHeaders");
+BQ_DEFINE_STRING(kVXDebugIncomingBody, "/VXDebugInBody");
 
-VX_DEFINE_CONSTANT(kVXDebugOutgoingHeaders, "/VXDebugOutHeaders");
-VX_DEFINE_CONSTANT(kVXDebugOutgoingBody, "/VXDebugOutBody");
-VX_DEFINE_CONSTANT(kVXDebugIncomingHeaders, "/VXDebugInHeaders");
-VX_DEFINE_CONSTANT(kVXDebugIncomingBody, "/VXDebugInBody");
+BQ_DEFINE_STRING(kVXSOAPMessageHeaders, "/VXHTTPMessageHeaders");
+BQ_DEFINE_STRING(kVXSOAPMethodNamespaceURI, "/VXSOAPMethodNamespaceURI");
+BQ_DEFINE_STRING(kVXSOAPBodyEncodingStyle, "/VXSOAPBodyEncodingStyle");
+BQ_DEFINE_STRING(kVXSOAPStyleRPC, "rpc");
+BQ_DEFINE_STRING(kVXSOAPStyleDoc, "doc");
+BQ_DEFINE_STRING(kVXMethodInvocationResultParameterName, "/VXResultParamName");
 
-VX_DEFINE_CONSTANT(kVXSOAPMessageHeaders, "/VXHTTPMessageHeaders");
-VX_DEFINE_CONSTANT(kVXSOAPMethodNamespaceURI, "/VXSOAPMethodNamespaceURI");
-VX_DEFINE_CONSTANT(kVXSOAPBodyEncodingStyle, "/VXSOAPBodyEncodingStyle");
-VX_DEFINE_CONSTANT(kVXSOAPStyleRPC, "rpc");
-VX_DEFINE_CONSTANT(kVXSOAPStyleDoc, "doc");
-VX_DEFINE_CONSTANT(kVXMethodInvocationResultParameterName, "/VXResultParamName");
-
-VX_DEFINE_CONSTANT(kVXRecordParameterOrder, "/VXRecordParamOrder");
-VX_DEFINE_CONSTANT(kVXRecordNamespaceURI, "/VXRecordNamespaceURI");
-VX_DEFINE_CONSTANT(kVXRecordType, "/VXRecordType");
+BQ_DEFINE_STRING(kVXRecordParameterOrder, "/VXRecordParamOrder");
+BQ_DEFINE_STRING(kVXRecordNamespaceURI, "/VXRecordNamespaceURI");
+BQ_DEFINE_STRING(kVXRecordType, "/VXRecordType");

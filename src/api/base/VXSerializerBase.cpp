@@ -21,25 +21,25 @@ bool wildcardMatches(const BQString* value, const BQString* pattern) {
 }
 
 VXSerializerBase::VXSerializerBase()
-    : properties_(BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys)) {}
+    : properties(BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys)) {}
 
 VXSerializerBase::~VXSerializerBase() {
-  parentSerializer_ = nullptr;
-  for (SerializationOverride& entry : serializationOverrides_) releaseContext(&entry.context);
-  for (DeserializationOverride& entry : deserializationOverrides_) releaseContext(&entry.context);
+  parentSerializer = nullptr;
+  for (SerializationOverride& entry : serializationOverrides) releaseContext(&entry.context);
+  for (DeserializationOverride& entry : deserializationOverrides) releaseContext(&entry.context);
 }
 
 void VXSerializerBase::setProperty(const BQString* key, const void* value) {
   if (value != nullptr) {
-    BQDictionarySetValue(properties_.get(), key, value);
+    BQDictionarySetValue(properties.get(), key, value);
   } else {
-    BQDictionaryRemoveValue(properties_.get(), key);
+    BQDictionaryRemoveValue(properties.get(), key);
   }
 }
 
 BQTypeRef VXSerializerBase::getProperty(const BQString* key) {
-  BQTypeRef inherited = parentSerializer_ != nullptr ? parentSerializer_->getProperty(key) : nullptr;
-  return inherited != nullptr ? inherited : BQDictionaryGetValue(properties_.get(), key);
+  BQTypeRef inherited = parentSerializer != nullptr ? parentSerializer->getProperty(key) : nullptr;
+  return inherited != nullptr ? inherited : BQDictionaryGetValue(properties.get(), key);
 }
 
 BQTypeRef VXSerializerBase::getPropertyOfType(const BQString* key, BQTypeID typeID) {
@@ -50,39 +50,45 @@ BQTypeRef VXSerializerBase::getPropertyOfType(const BQString* key, BQTypeID type
 void VXSerializerBase::addProperties(const BQDictionary* dictionary) {
   for (DictIterator entries(dictionary); entries.hasNext();) {
     BQTypeRef key = entries.nextKey();
-    BQDictionaryAddValue(properties_.get(), key, entries.valueFor(key));
+    BQDictionaryAddValue(properties.get(), key, entries.valueFor(key));
   }
 }
 
 void VXSerializerBase::addSerializationOverride(BQTypeID typeID, VXSerializeOverrideFunc function,
                                                 const VXClientContext* context) {
-  SerializationOverride& entry =
-      serializationOverrides_.emplace_back(SerializationOverride{typeID, function, {}});
-  retainContext(&entry.context, context);
+  /* The caller's retain may register further overrides, which moves the table. */
+  VXClientContext retained;
+  retainContext(&retained, context);
+  serializationOverrides.push_back({typeID, function, retained});
 }
 
 void VXSerializerBase::addDeserializationOverride(const BQString* typeNamespace, const BQString* typeName,
                                                   VXDeserializeOverrideFunc function,
                                                   const VXClientContext* context) {
-  DeserializationOverride& entry = deserializationOverrides_.emplace_back(
-      DeserializationOverride{retain(typeNamespace), retain(typeName), function, {}});
-  retainContext(&entry.context, context);
+  VXClientContext retained;
+  retainContext(&retained, context);
+  deserializationOverrides.push_back({retain(typeNamespace), retain(typeName), function, retained});
 }
 
 bool VXSerializerBase::hasSerializationOverrides() const {
-  return !serializationOverrides_.empty() ||
-         (parentSerializer_ != nullptr && parentSerializer_->hasSerializationOverrides());
+  return !serializationOverrides.empty() ||
+         (parentSerializer != nullptr && parentSerializer->hasSerializationOverrides());
+}
+
+bool VXSerializerBase::hasDeserializationOverrides() const {
+  return !deserializationOverrides.empty() ||
+         (parentSerializer != nullptr && parentSerializer->hasDeserializationOverrides());
 }
 
 const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
   Owned<const BQString> result;
-  if (parentSerializer_ != nullptr) result = own(parentSerializer_->seriailizeOverride(value));
+  if (parentSerializer != nullptr) result = own(parentSerializer->seriailizeOverride(value));
   BQTypeID typeID = BQGetTypeID(value);
-  for (const SerializationOverride& entry : serializationOverrides_) {
+  for (const SerializationOverride& entry : serializationOverrides) {
     if (entry.typeID != typeID) continue;
     /* The function may register further overrides, which moves the table. */
     auto [type, function, context] = entry;
-    result = own(function == nullptr ? nullptr : function(owner_, value, context.info));
+    result = own(function == nullptr ? nullptr : function(owner, value, context.info));
     break;
   }
   return result.release();
@@ -90,20 +96,20 @@ const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
 
 BQTypeRef VXSerializerBase::deserilizeOverride(const BQTree* tree, const AutoDict& namespaces,
                                                const BQString* typeString, const BQTree* root) {
-  if (parentSerializer_ != nullptr) {
-    BQTypeRef inherited = parentSerializer_->deserilizeOverride(tree, namespaces, typeString, root);
+  if (parentSerializer != nullptr) {
+    BQTypeRef inherited = parentSerializer->deserilizeOverride(tree, namespaces, typeString, root);
     if (inherited != nullptr) return inherited;
   }
-  if (deserializationOverrides_.empty()) return nullptr;
+  if (deserializationOverrides.empty()) return nullptr;
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
   xmlNamespaceQualify(namespaces, getElementName(tree), &uri, &local);
   auto ownedURI = own(uri);
   auto ownedLocal = own(local);
-  for (const DeserializationOverride& entry : deserializationOverrides_) {
+  for (const DeserializationOverride& entry : deserializationOverrides) {
     if (!wildcardMatches(uri, entry.typeNamespace.get()) || !wildcardMatches(local, entry.typeName.get()))
       continue;
-    return entry.function == nullptr ? nullptr : entry.function(owner_, tree, root, entry.context.info);
+    return entry.function == nullptr ? nullptr : entry.function(owner, tree, root, entry.context.info);
   }
   return nullptr;
 }

@@ -40,8 +40,9 @@ class VXSerializerBase {
   void addDeserializationOverride(const BQString* typeNamespace, const BQString* typeName,
                                   VXDeserializeOverrideFunc function, const VXClientContext* context);
 
-  /* Whether any override for writing is registered here or at a parent. */
+  /* Whether any override for writing, or for reading, is registered here or at a parent. */
   bool hasSerializationOverrides() const;
+  bool hasDeserializationOverrides() const;
 
   /* The text of the override for a value, owned by the caller, or null. */
   const BQString* seriailizeOverride(const void* value);
@@ -58,13 +59,13 @@ class VXSerializerBase {
   /* Releases the info and sets the context to zeros. */
   static void releaseContext(VXClientContext* context);
 
-  BQTypeRef owner() const { return owner_; }
-  void setOwner(BQTypeRef owner) { owner_ = owner; }
+  BQTypeRef getOwner() const { return owner; }
+  void setOwner(BQTypeRef handle) { owner = handle; }
   /* The parent is asked first for properties and overrides; it is not owned. */
-  void setParentSerializer(VXSerializerBase* parent) { parentSerializer_ = parent; }
+  void setParentSerializer(VXSerializerBase* parent) { parentSerializer = parent; }
 
  protected:
-  const BQDictionary* properties() const { return properties_.get(); }
+  const BQDictionary* getProperties() const { return properties.get(); }
 
  private:
   struct SerializationOverride {
@@ -79,11 +80,11 @@ class VXSerializerBase {
     VXClientContext context;
   };
 
-  Owned<BQDictionary> properties_;
-  std::vector<SerializationOverride> serializationOverrides_;
-  std::vector<DeserializationOverride> deserializationOverrides_;
-  BQTypeRef owner_ = nullptr;
-  VXSerializerBase* parentSerializer_ = nullptr;
+  Owned<BQDictionary> properties;
+  std::vector<SerializationOverride> serializationOverrides;
+  std::vector<DeserializationOverride> deserializationOverrides;
+  BQTypeRef owner = nullptr;
+  VXSerializerBase* parentSerializer = nullptr;
 };
 
 }  // namespace vx

@@ -4,62 +4,83 @@
 
 #include <BQ/BQ.h>
 
+#include "api/base/AgreementKeys.h"
 #include "transport/VXRunLoopSource.h"
 #include "transport/WebServiceResult.h"
 #include "values/Construction.h"
+#include "values/DictIterator.h"
 
 namespace vx {
 
+WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agreement) {
+  auto* url = getAgreementEntry<BQString>(agreement, kAgreementServiceURL, BQStringGetTypeID());
+  serviceURL = own(BQURLCreateWithString(url, nullptr));
+  paramOrder = retain(getAgreementEntry<BQArray>(agreement, kAgreementParamOrder, BQArrayGetTypeID()));
+  params = retain(getAgreementEntry<BQDictionary>(agreement, kAgreementParamValues, BQDictionaryGetTypeID()));
+  auto* stored = getAgreementEntry<BQDictionary>(agreement, kAgreementProperties, BQDictionaryGetTypeID());
+  for (DictIterator entries(stored); entries.hasNext();) {
+    BQTypeRef key = entries.nextKey();
+    setProperty(static_cast<const BQString*>(key), entries.valueFor(key));
+  }
+}
+
 WebServiceMethodInvocation::~WebServiceMethodInvocation() {
-  serviceURL_.reset();
-  paramOrder_.reset();
-  params_.reset();
-  if (source_ != nullptr) source_->retire();
-  releaseContext(&clientContext_);
+  serviceURL.reset();
+  paramOrder.reset();
+  params.reset();
+  if (source != nullptr) source->retire();
+  releaseContext(&clientContext);
 }
 
 void WebServiceMethodInvocation::setServiceEndpoint(const BQURL* url) {
-  serviceURL_ = retain(url);
+  serviceURL = retain(url);
 }
 
 const BQURL* WebServiceMethodInvocation::getServiceURL() {
-  return serviceURL_.get();
+  return serviceURL.get();
 }
 
 void WebServiceMethodInvocation::setParameters(const BQDictionary* parameters,
                                                const BQArray* parameterOrder) {
-  params_ = retain(parameters);
+  params = retain(parameters);
   if (parameterOrder != nullptr) {
-    paramOrder_ = retain(parameterOrder);
+    paramOrder = retain(parameterOrder);
   } else {
-    paramOrder_ = own(parameters != nullptr ? copyDictionaryKeys(parameters) : nullptr);
+    paramOrder = own(parameters != nullptr ? copyDictionaryKeys(parameters) : nullptr);
   }
 }
 
 void WebServiceMethodInvocation::getParameters(const BQDictionary** outParameters,
                                                const BQArray** outParameterOrder) {
-  if (outParameters != nullptr) *outParameters = BQDictionaryCreateCopy(params());
-  if (outParameterOrder != nullptr) *outParameterOrder = BQArrayCreateCopy(paramOrder());
+  if (outParameters != nullptr) *outParameters = BQDictionaryCreateCopy(params.get());
+  if (outParameterOrder != nullptr) *outParameterOrder = BQArrayCreateCopy(paramOrder.get());
+}
+
+void WebServiceMethodInvocation::populateAgreement(BQDictionary* agreement) const {
+  BQDictionarySetValue(agreement, kAgreementServiceURL, BQURLGetString(serviceURL.get()));
+  BQDictionarySetValue(agreement, kAgreementParamOrder, paramOrder.get());
+  BQDictionarySetValue(agreement, kAgreementParamValues, params.get());
+  BQDictionarySetValue(agreement, kAgreementProperties, getProperties());
 }
 
 VXRunLoopSource* WebServiceMethodInvocation::getSource() {
-  if (source_ != nullptr && source_->isFinished()) std::exchange(source_, nullptr)->retire();
-  if (source_ == nullptr) source_ = createRunLoopSource();
-  return source_;
+  if (source != nullptr && source->isFinished()) std::exchange(source, nullptr)->retire();
+  if (source == nullptr) source = createRunLoopSource();
+  return source;
 }
 
-void WebServiceMethodInvocation::setCallback(VXInvocationCallbackFunc callback,
+void WebServiceMethodInvocation::setCallback(VXInvocationCallbackFunc function,
                                              const VXClientContext* context) {
-  callback_ = callback;
-  releaseContext(&clientContext_);
-  retainContext(&clientContext_, context);
+  callback = function;
+  releaseContext(&clientContext);
+  retainContext(&clientContext, context);
 }
 
 void WebServiceMethodInvocation::doCallback(WebServiceResult* result) {
-  if (callback_ == nullptr) return;
-  const BQDictionary* copy = BQDictionaryCreateCopy(result->resultDictionary());
-  auto invocation = static_cast<VXMethodInvocationRef>(const_cast<void*>(owner()));
-  callback_(invocation, clientContext_.info, copy);
+  if (callback == nullptr) return;
+  const BQDictionary* copy = BQDictionaryCreateCopy(result->resultDictionary.get());
+  auto invocation = static_cast<VXMethodInvocationRef>(const_cast<void*>(getOwner()));
+  callback(invocation, clientContext.info, copy);
 }
 
 }  // namespace vx

@@ -15,6 +15,8 @@ class WebServiceResult;
 class WebServiceMethodInvocation : public VXSerializerBase {
  public:
   WebServiceMethodInvocation() = default;
+  /* From a serialized form; entries of another kind than they should be count as missing. */
+  explicit WebServiceMethodInvocation(const BQDictionary* agreement);
   ~WebServiceMethodInvocation() override;
 
   virtual void setServiceEndpoint(const BQURL* url);
@@ -25,6 +27,8 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   /* Gives copies, owned by the caller, of what is asked for. */
   virtual void getParameters(const BQDictionary** outParameters, const BQArray** outParameterOrder);
 
+  /* The serialized form as a dictionary, owned by the caller. */
+  virtual BQDictionary* copyAgreement() = 0;
   /* The request document, owned by the caller; null if none can be made. May give a content type. */
   virtual const BQData* constructMessage(const BQString** outContentType) = 0;
   /* Fills a result from the tree of a reply. */
@@ -39,7 +43,7 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   VXRunLoopSource* getSource();
 
   /* Replaces the callback and its context. Both may be null. */
-  void setCallback(VXInvocationCallbackFunc callback, const VXClientContext* context);
+  void setCallback(VXInvocationCallbackFunc function, const VXClientContext* context);
 
   /*
    * Hands a copy of the result to the callback, if there is one. The callback may destroy the
@@ -47,17 +51,18 @@ class WebServiceMethodInvocation : public VXSerializerBase {
    */
   void doCallback(WebServiceResult* result);
 
+  /* Adds to a serialized form what is common to the protocols. */
+  void populateAgreement(BQDictionary* agreement) const;
+
  protected:
-  const BQDictionary* params() const { return params_.get(); }
-  const BQArray* paramOrder() const { return paramOrder_.get(); }
+  Owned<const BQArray> paramOrder;
+  Owned<const BQDictionary> params;
 
  private:
-  Owned<const BQURL> serviceURL_;
-  Owned<const BQArray> paramOrder_;
-  Owned<const BQDictionary> params_;
-  VXInvocationCallbackFunc callback_ = nullptr;
-  VXClientContext clientContext_ = {};
-  VXRunLoopSource* source_ = nullptr;
+  Owned<const BQURL> serviceURL;
+  VXInvocationCallbackFunc callback = nullptr;
+  VXClientContext clientContext = {};
+  VXRunLoopSource* source = nullptr;
 };
 
 }  // namespace vx

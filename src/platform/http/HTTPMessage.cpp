@@ -12,10 +12,8 @@
 
 using Field = BQHTTPMessage::Field;
 
-BQ_DEFINE_STATIC_STRING(version1_0, "HTTP/1.0");
-BQ_DEFINE_STATIC_STRING(version1_1, "HTTP/1.1");
-const BQString* const kBQHTTPVersion1_0 = version1_0;
-const BQString* const kBQHTTPVersion1_1 = version1_1;
+BQ_DEFINE_STRING(kBQHTTPVersion1_0, "HTTP/1.0");
+BQ_DEFINE_STRING(kBQHTTPVersion1_1, "HTTP/1.1");
 
 namespace bq {
 namespace {
@@ -26,7 +24,9 @@ const BQRuntimeClass kMessageClass = {
 constexpr size_t kUsualFieldCount = 8;
 
 Ref<BQHTTPMessage> makeMessage() {
-  return Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
+  auto message = Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
+  message->fields.reserve(kUsualFieldCount);
+  return message;
 }
 
 /* The constant of a version, or a string of its own for any other. */
@@ -41,8 +41,7 @@ Ref<const BQString> versionOf(std::string_view text) {
 bool isStatusLine(std::string_view line) {
   return line.size() >= 12 && line.starts_with("HTTP/") && isDigit(line[5]) && line[6] == '.' &&
          isDigit(line[7]) && line[8] == ' ' && line[9] >= '1' && isDigit(line[9]) && isDigit(line[10]) &&
-         isDigit(line[11]) && (line.size() == 12 || line[12] == ' ') &&
-         line.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+         isDigit(line[11]) && (line.size() == 12 || line[12] == ' ') && isOneLine(line);
 }
 
 /* Null if the line is no status line. */
@@ -55,13 +54,8 @@ Ref<BQHTTPMessage> makeResponse(std::string_view line) {
   return message;
 }
 
-/* Whether a value can be sent without ending its line. */
-bool isFieldValue(std::string_view value) {
-  return value.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
-}
-
 bool areFieldArguments(const BQString* name, const BQString* value) {
-  return isText(name) && isToken(textOf(name)) && isText(value) && isFieldValue(textOf(value));
+  return isText(name) && isToken(textOf(name)) && isText(value) && isOneLine(textOf(value));
 }
 
 Field makeField(const BQString* name, const BQString* value) {
@@ -95,6 +89,7 @@ bool precedes(const Field* first, const Field* second) {
  */
 std::vector<std::vector<const Field*>> groupByName(const std::vector<Field>& fields) {
   std::vector<const Field*> sorted;
+  sorted.reserve(fields.size());
   for (const Field& field : fields) sorted.push_back(&field);
   std::stable_sort(sorted.begin(), sorted.end(), precedes);
   std::vector<std::vector<const Field*>> groups;
@@ -118,7 +113,7 @@ void addReceivedField(BQHTTPMessage& message, std::string_view line) {
   size_t colon = line.find(':');
   if (colon == std::string_view::npos || !isToken(line.substr(0, colon))) return;
   std::string_view value = trimBlanks(line.substr(colon + 1));
-  if (isFieldValue(value)) {
+  if (isOneLine(value)) {
     message.fields.push_back({std::string(line.substr(0, colon)), decodeReceived(value)});
   }
 }
@@ -144,9 +139,7 @@ std::string_view takeLine(std::string_view& rest, std::string& unfolded) {
 Ref<BQHTTPMessage> makeReceivedResponse(std::string_view lines) {
   std::string unfolded;
   Ref<BQHTTPMessage> message = makeResponse(takeLine(lines, unfolded));
-  if (!message) return {};
-  message->fields.reserve(kUsualFieldCount);
-  while (!lines.empty()) addReceivedField(*message.get(), takeLine(lines, unfolded));
+  while (message && !lines.empty()) addReceivedField(*message.get(), takeLine(lines, unfolded));
   return message;
 }
 

@@ -163,7 +163,7 @@ void BQReadStream::joinMode(const BQString* mode) {
 }
 
 void BQReadStream::onChange(void* context) {
-  BQRunLoopSourceSignal(static_cast<BQReadStream*>(context)->source_.get());
+  static_cast<BQReadStream*>(context)->signal();
 }
 
 /* The thread ends. */
@@ -189,15 +189,24 @@ BQStreamEventType BQReadStream::nextEvent() const {
 void BQReadStream::signalIfPending() {
   BQStreamEventType event = nextEvent();
   bool isUnwanted = event == kBQStreamEventHasBytesAvailable && !client_.wants(event);
-  if (event != kBQStreamEventNone && !isUnwanted) BQRunLoopSourceSignal(source_.get());
+  if (event != kBQStreamEventNone && !isUnwanted) signal();
+}
+
+/* A transfer has news several times in a row, and a signal takes a lock. */
+void BQReadStream::signal() {
+  if (!std::exchange(isSignalled_, true)) BQRunLoopSourceSignal(source_.get());
 }
 
 /* Every report may close, reschedule or release the stream, or run the loop. */
 void BQReadStream::deliver() {
   auto self = Ref<BQReadStream>::retain(this);
+  isSignalled_ = false;
+  if (transfer_ != nullptr && transfer_->isFinished()) stopDriving();
   if (nextEvent() == kBQStreamEventOpenCompleted) {
     isOpenReported_ = true;
     report(kBQStreamEventOpenCompleted);
+    bool wasReleased = BQGetRetainCount(this) == 1;
+    if (wasReleased) return;
   }
   BQStreamEventType event = nextEvent();
   if (event == kBQStreamEventHasBytesAvailable) {
@@ -217,17 +226,22 @@ void BQReadStream::report(BQStreamEventType event) {
 }
 
 void BQReadStream::close() {
-  if (transfer_ != nullptr) endTransfer(kBQStreamStatusClosed);
+  endTransfer(kBQStreamStatusClosed);
   if (wasOpened_) status_ = kBQStreamStatusClosed;
 }
 
+/* What has arrived whole needs no descriptor, which every pass would have to look at. */
+void BQReadStream::stopDriving() {
+  if (!std::exchange(isDriven_, false)) return;
+  for (const auto& mode : modes_) engine_->releaseMode(mode.get());
+}
+
 void BQReadStream::endTransfer(BQStreamStatus status) {
+  if (transfer_ == nullptr) return;
   status_ = status;
   response_ = transfer_->response();
   error_ = transfer_->error();
-  if (std::exchange(isDriven_, false)) {
-    for (const auto& mode : modes_) engine_->releaseMode(mode.get());
-  }
+  stopDriving();
   engine_->release(std::exchange(transfer_, nullptr));
   engine_ = nullptr;
   BQRunLoopSourceInvalidate(source_.get());

@@ -62,8 +62,10 @@ struct BQReadStream : bq::Object {
   void joinMode(const BQString* mode);
   BQStreamEventType nextEvent() const;
   void signalIfPending();
+  void signal();
   void deliver();
   void report(BQStreamEventType event);
+  void stopDriving();
   void endTransfer(BQStreamStatus status);
 
   bq::Ref<BQHTTPMessage> request_;
@@ -81,6 +83,7 @@ struct BQReadStream : bq::Object {
   bq::TransferEngine* engine_ = nullptr;
   bq::Transfer* transfer_ = nullptr;
   bq::Ref<BQRunLoopSource> source_;
+  bool isSignalled_ = false;
 
   /* What is left afterwards. */
   BQStreamStatus status_ = kBQStreamStatusNotOpen;

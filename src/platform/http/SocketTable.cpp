@@ -25,11 +25,28 @@ uint32_t receivedSegments(int socket) {
   return info.tcpi_data_segs_in;
 }
 
+int pendingErrorOf(int socket) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  return getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size) == 0 ? error : 0;
+}
+
+using GetName = int (*)(int, sockaddr*, socklen_t*);
+
+/* The port of one end of a connection; 0 if it has none. */
+int portOf(int socket, GetName getName) {
+  sockaddr_storage address{};
+  socklen_t size = sizeof address;
+  if (getName(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return 0;
+  if (address.ss_family == AF_INET6) return ntohs(reinterpret_cast<sockaddr_in6&>(address).sin6_port);
+  return address.ss_family == AF_INET ? ntohs(reinterpret_cast<sockaddr_in&>(address).sin_port) : 0;
+}
+
 int eventsForTransfer(uint32_t events) {
   int result = 0;
-  if ((events & (EPOLLIN | EPOLLHUP)) != 0) result |= CURL_CSELECT_IN;
+  /* Reading tells what the error is. */
+  if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) result |= CURL_CSELECT_IN;
   if ((events & EPOLLOUT) != 0) result |= CURL_CSELECT_OUT;
-  if ((events & EPOLLERR) != 0) result |= CURL_CSELECT_ERR;
   return result;
 }
 
@@ -50,6 +67,7 @@ SocketTable::Entry& SocketTable::entryOf(int socket) {
 void SocketTable::addConnection(int socket) {
   entryOf(socket) = {};
   entryOf(socket).isConnection = true;
+  connections_.push_back(socket);
 }
 
 void SocketTable::apply(int socket, Entry& entry, uint32_t events) {
@@ -64,24 +82,33 @@ void SocketTable::apply(int socket, Entry& entry, uint32_t events) {
   entry.registered = events;
 }
 
-void SocketTable::watch(int socket, uint32_t events, Transfer* owner) {
+void SocketTable::watch(int socket, uint32_t events) {
   Entry& entry = entryOf(socket);
-  entry.owner = owner;
   entry.wanted = events;
-  if (entry.isConnection) owner->usesSocket(socket);
-  apply(socket, entry, events);
+  /* Any socket but a connection may be closed, and its number used again, without a word. */
+  bool isToStay = events == 0 && entry.isConnection;
+  if (!isToStay) apply(socket, entry, events);
 }
 
-void SocketTable::unwatch(int socket) {
+bool SocketTable::hasPorts(int socket, int localPort, int remotePort) {
   Entry& entry = entryOf(socket);
-  entry.wanted = 0;
-  if (entry.isConnection) return;
-  /* Any other socket may be closed, and its number used again, without a word. */
-  apply(socket, entry, 0);
-  entry = {};
+  if (entry.localPort == 0) {
+    entry.localPort = portOf(socket, getsockname);
+    entry.remotePort = portOf(socket, getpeername);
+  }
+  return entry.localPort == localPort && entry.remotePort == remotePort;
 }
 
-void SocketTable::disown(int socket, const Transfer* owner) {
+int SocketTable::claim(int localPort, int remotePort, Transfer* owner) {
+  for (int socket : connections_) {
+    if (!hasPorts(socket, localPort, remotePort)) continue;
+    entryOf(socket).owner = owner;
+    return socket;
+  }
+  return -1;
+}
+
+void SocketTable::disclaim(int socket, const Transfer* owner) {
   if (socket < 0 || entryOf(socket).owner != owner) return;
   Entry& entry = entryOf(socket);
   entry.owner = nullptr;
@@ -90,12 +117,14 @@ void SocketTable::disown(int socket, const Transfer* owner) {
 
 int SocketTable::close(int socket) {
   Entry& entry = entryOf(socket);
-  Transfer* owner = entry.owner;
-  if (owner != nullptr && !owner->isEncrypted()) {
-    owner->connectionClosed(receivedSegments(socket) != entry.segments);
+  if (Transfer* owner = entry.owner; owner != nullptr) {
+    /* What TLS sends of its own cannot be told from a reply. */
+    bool hadData = !owner->isEncrypted() && receivedSegments(socket) != entry.segments;
+    owner->connectionClosed(hadData, pendingErrorOf(socket));
   }
   apply(socket, entry, 0);
   entry = {};
+  std::erase(connections_, socket);
   return ::close(socket);
 }
 

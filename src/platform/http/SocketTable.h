@@ -32,14 +32,15 @@ class SocketTable {
   /* A socket that was opened for a connection, and is closed through close(). */
   void addConnection(int socket);
 
-  /* Watches a socket for EPOLLIN and EPOLLOUT on behalf of a transfer. */
-  void watch(int socket, uint32_t events, Transfer* owner);
+  /* Watches a socket for EPOLLIN and EPOLLOUT, or for nothing. */
+  void watch(int socket, uint32_t events);
 
-  /* Ends the watch. A connection keeps its owner, which learns of its end, until disown(). */
-  void unwatch(int socket);
-
-  /* The transfer is done with its connection. */
-  void disown(int socket, const Transfer* owner);
+  /*
+   * A transfer sends its request on the connection with these ports, and learns of its end until
+   * it is done with it. Returns the socket; -1 if there is no such connection.
+   */
+  int claim(int localPort, int remotePort, Transfer* owner);
+  void disclaim(int socket, const Transfer* owner);
 
   /* Closes the socket of a connection and tells its owner. Returns what close() does. */
   int close(int socket);
@@ -49,19 +50,25 @@ class SocketTable {
 
  private:
   struct Entry {
-    Transfer* owner = nullptr;
     uint32_t wanted = 0;
     uint32_t registered = 0;
-    /* Segments with data that had been received when the connection's last owner was done. */
-    uint32_t segments = 0;
     bool isConnection = false;
+    /* The rest is of connections only. The ports are 0 until they are asked for. */
+    int localPort = 0;
+    int remotePort = 0;
+    Transfer* owner = nullptr;
+    /* Segments with data that had been received when the last owner was done. */
+    uint32_t segments = 0;
   };
 
   Entry& entryOf(int socket);
+  bool hasPorts(int socket, int localPort, int remotePort);
   void apply(int socket, Entry& entry, uint32_t events);
 
   int epoll_;
+  /* By their numbers. */
   std::vector<Entry> entries_;
+  std::vector<int> connections_;
 };
 
 }  // namespace bq

@@ -6,32 +6,26 @@
 #include <BQ/BQDictionary.h>
 #include <BQ/BQNumber.h>
 #include <BQ/BQReadStream.h>
+#include <BQ/BQString.h>
 #include <BQ/BQURL.h>
 
 #include "platform/http/Text.h"
 
-BQ_DEFINE_STATIC_STRING(httpProxy, "kBQStreamPropertyHTTPProxy");
-BQ_DEFINE_STATIC_STRING(httpProxyHost, "kBQStreamPropertyHTTPProxyHost");
-BQ_DEFINE_STATIC_STRING(httpProxyPort, "kBQStreamPropertyHTTPProxyPort");
-BQ_DEFINE_STATIC_STRING(httpShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
-BQ_DEFINE_STATIC_STRING(httpResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
-BQ_DEFINE_STATIC_STRING(httpMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
-BQ_DEFINE_STATIC_STRING(tlsVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
-BQ_DEFINE_STATIC_STRING(tlsCertificateAuthorityFile, "kBQStreamPropertyTLSCertificateAuthorityFile");
-
-const BQString* const kBQStreamPropertyHTTPProxy = httpProxy;
-const BQString* const kBQStreamPropertyHTTPProxyHost = httpProxyHost;
-const BQString* const kBQStreamPropertyHTTPProxyPort = httpProxyPort;
-const BQString* const kBQStreamPropertyHTTPShouldAutoredirect = httpShouldAutoredirect;
-const BQString* const kBQStreamPropertyHTTPResponseHeader = httpResponseHeader;
-const BQString* const kBQStreamPropertyHTTPMaximumReplySize = httpMaximumReplySize;
-const BQString* const kBQStreamPropertyTLSVerifyPeer = tlsVerifyPeer;
-const BQString* const kBQStreamPropertyTLSCertificateAuthorityFile = tlsCertificateAuthorityFile;
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxy, "kBQStreamPropertyHTTPProxy");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxyHost, "kBQStreamPropertyHTTPProxyHost");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxyPort, "kBQStreamPropertyHTTPProxyPort");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
+BQ_DEFINE_STRING(kBQStreamPropertyTLSVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
+BQ_DEFINE_STRING(kBQStreamPropertyTLSCertificateAuthorityFile,
+                 "kBQStreamPropertyTLSCertificateAuthorityFile");
 
 namespace bq {
 namespace {
 
 constexpr int64_t kDefaultProxyPort = 80;
+constexpr BQStreamError kUnusable = {kBQStreamErrorDomainPOSIX, EINVAL};
 
 bool isUsableHost(std::string_view host) {
   return !host.empty() && host.find_first_of("/?#@") == std::string_view::npos;
@@ -72,11 +66,11 @@ bool readSize(BQTypeRef number, int64_t& size) {
 
 /* In the order of the indices. */
 const std::array<StreamProperties::Kind, StreamProperties::kCount> StreamProperties::kKinds = {{
-    {httpProxy, kDictionaryTypeID},
-    {httpShouldAutoredirect, kBooleanTypeID},
-    {httpMaximumReplySize, kNumberTypeID},
-    {tlsVerifyPeer, kBooleanTypeID},
-    {tlsCertificateAuthorityFile, kStringTypeID},
+    {kBQStreamPropertyHTTPProxy, kDictionaryTypeID},
+    {kBQStreamPropertyHTTPShouldAutoredirect, kBooleanTypeID},
+    {kBQStreamPropertyHTTPMaximumReplySize, kNumberTypeID},
+    {kBQStreamPropertyTLSVerifyPeer, kBooleanTypeID},
+    {kBQStreamPropertyTLSCertificateAuthorityFile, kStringTypeID},
 }};
 
 const StreamProperties::Kind* StreamProperties::kindOf(const BQString* key) {
@@ -100,16 +94,16 @@ BQTypeRef StreamProperties::get(const BQString* key) const {
 
 BQStreamError StreamProperties::readInto(TransferOptions& options) const {
   if (BQTypeRef proxy = values_[kProxy].get()) {
-    options.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
-    if (options.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
+    options.connection.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
+    if (options.connection.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
   }
   BQTypeRef size = values_[kMaximumReplySize].get();
-  if (size != nullptr && !readSize(size, options.maximumReplySize))
-    return {kBQStreamErrorDomainPOSIX, EINVAL};
+  if (size != nullptr && !readSize(size, options.maximumReplySize)) return kUnusable;
   options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
-  options.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
+  options.connection.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
   const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());
-  options.certificateAuthorityFile = Ref<const BQString>::retain(file);
+  if (file != nullptr && textOf(file).empty()) return kUnusable;
+  options.connection.certificateAuthorityFile = textOf(file);
   return kNoError;
 }
 

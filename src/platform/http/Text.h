@@ -2,6 +2,7 @@
 #ifndef BQ_HTTP_TEXT_H
 #define BQ_HTTP_TEXT_H
 
+#include <array>
 #include <string_view>
 
 #include <BQ/BQString.h>
@@ -34,10 +35,10 @@ inline const BQString* makeReceivedText(std::string_view bytes) {
 }
 
 /* Character classes, independent of the locale. */
-inline bool isDigit(char c) {
+inline constexpr bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
-inline bool isLetter(char c) {
+inline constexpr bool isLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 inline bool isHexDigit(char c) {
@@ -47,13 +48,28 @@ inline char lowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-/* Whether the text is a token of HTTP, as methods and header names are. */
+/* Which characters may stand in a token of HTTP. */
+inline constexpr std::array<bool, 256> kTokenCharacters = [] {
+  std::array<bool, 256> table{};
+  for (char c = 0; c < 0x7F; ++c) table[static_cast<size_t>(c)] = isLetter(c) || isDigit(c);
+  for (char c : std::string_view("!#$%&'*+-.^_`|~")) table[static_cast<size_t>(c)] = true;
+  return table;
+}();
+
+/* Whether the text is a token, as methods and header names are. */
 inline bool isToken(std::string_view text) {
   for (char c : text) {
-    bool isMark = c != '\0' && std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
-    if (!isLetter(c) && !isDigit(c) && !isMark) return false;
+    if (!kTokenCharacters[static_cast<unsigned char>(c)]) return false;
   }
   return !text.empty();
+}
+
+/* Whether the text stays on its line. */
+inline bool isOneLine(std::string_view text) {
+  for (char c : text) {
+    if (c == '\r' || c == '\n' || c == '\0') return false;
+  }
+  return true;
 }
 
 inline bool equalsIgnoringCase(std::string_view first, std::string_view second) {
@@ -66,9 +82,10 @@ inline bool equalsIgnoringCase(std::string_view first, std::string_view second) 
 
 /* The text without blanks and tabs at both ends. */
 inline std::string_view trimBlanks(std::string_view text) {
-  size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
+  auto isBlank = [](char c) { return c == ' ' || c == '\t'; };
+  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace bq

@@ -26,6 +26,13 @@ constexpr long kReceiveBufferSize = 32 * 1024;
 constexpr std::array<std::string_view, 4> kUnaskedHeaders = {"Accept", "Content-Type", "Expect",
                                                              "Proxy-Connection"};
 
+/* The same for the request that asks a proxy for a tunnel. */
+curl_slist* tunnelHeaders() {
+  static char line[] = "Proxy-Connection:";
+  static curl_slist headers = {line, nullptr};
+  return &headers;
+}
+
 bool isEncryptedURL(std::string_view url) {
   return equalsIgnoringCase(url.substr(0, 6), "https:");
 }
@@ -66,8 +73,8 @@ void Transfer::configureHandle() {
   set(CURLOPT_PATH_AS_IS, 1L);
   set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  /* Without these the environment would decide. */
-  set(CURLOPT_PROXY, "");
+  set(CURLOPT_PROXYHEADER, tunnelHeaders());
+  /* Without it the environment could set the proxy aside. */
   set(CURLOPT_NOPROXY, "");
   set(CURLOPT_HEADERFUNCTION, onHeader);
   set(CURLOPT_HEADERDATA, this);
@@ -82,16 +89,18 @@ void Transfer::configureHandle() {
       CURLOPT_CLOSESOCKETFUNCTION,
       +[](void* sockets, curl_socket_t socket) { return static_cast<SocketTable*>(sockets)->close(socket); });
   set(CURLOPT_CLOSESOCKETDATA, &engine_.sockets());
+  configureConnection(ConnectionOptions());
 }
 
 void Transfer::begin(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer) {
   request_ = std::move(request);
-  options_ = options;
+  maximumReplySize_ = options.maximumReplySize;
+  followsRedirects_ = options.followsRedirects;
   observer_ = observer;
   url_ = textOf(BQURLGetString(request_->url.get()));
   method_ = textOf(request_->method.get());
   body_ = request_->body;
-  configureConnection();
+  if (connection_ != options.connection) configureConnection(options.connection);
   startAttempt(false);
 }
 
@@ -111,17 +120,21 @@ void Transfer::stop() {
   error_ = kNoError;
 }
 
-void Transfer::configureConnection() {
-  set(CURLOPT_PROXY, options_.proxy.c_str());
-  set(CURLOPT_SSL_VERIFYPEER, options_.verifiesPeer ? 1L : 0L);
-  set(CURLOPT_SSL_VERIFYHOST, options_.verifiesPeer ? 2L : 0L);
-  const BQString* file = options_.certificateAuthorityFile.get();
-  set(CURLOPT_CAINFO, file != nullptr ? BQStringGetUTF8Ptr(file) : defaultPath(CURLINFO_CAINFO, handle()));
-  set(CURLOPT_CAPATH, file != nullptr ? nullptr : defaultPath(CURLINFO_CAPATH, handle()));
+void Transfer::configureConnection(const ConnectionOptions& options) {
+  connection_ = options;
+  /* An empty proxy is none; an unset one would be that of the environment. */
+  set(CURLOPT_PROXY, options.proxy.c_str());
+  set(CURLOPT_SSL_VERIFYPEER, options.verifiesPeer ? 1L : 0L);
+  set(CURLOPT_SSL_VERIFYHOST, options.verifiesPeer ? 2L : 0L);
+  bool isDefault = options.certificateAuthorityFile.empty();
+  const char* file = options.certificateAuthorityFile.c_str();
+  set(CURLOPT_CAINFO, isDefault ? defaultPath(CURLINFO_CAINFO, handle()) : file);
+  set(CURLOPT_CAPATH, isDefault ? defaultPath(CURLINFO_CAPATH, handle()) : nullptr);
 }
 
 void Transfer::startAttempt(bool onNewConnection) {
   replyBegan_ = false;
+  pendingError_ = 0;
   areHeadersComplete_ = false;
   socket_ = -1;
   headerBytes_ = 0;
@@ -138,7 +151,7 @@ void Transfer::startAttempt(bool onNewConnection) {
 
 void Transfer::detach() {
   isRunning_ = false;
-  engine_.sockets().disown(socket_, this);
+  engine_.sockets().disclaim(socket_, this);
   engine_.remove(*this);
 }
 
@@ -164,7 +177,7 @@ void Transfer::configureBody() {
   bool isNatural = isHead || method_ == (hasBody ? "POST" : "GET");
   set(CURLOPT_CUSTOMREQUEST, isNatural ? nullptr : method_.c_str());
   /* The length that the reply to HEAD names is that of a body that does not come. */
-  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : options_.maximumReplySize));
+  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : maximumReplySize_));
 }
 
 /* Headers of the message that a redirect made wrong, and those that belong to the transfer. */
@@ -212,8 +225,10 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
  * libcurl sends a request again, on its own, if a connection that was used before ends without a
  * reply. From here on it does so on a new connection, where it will not do it once more.
  */
-int Transfer::onRequest(void* transfer, char*, char*, int, int) {
-  static_cast<Transfer*>(transfer)->set(CURLOPT_FRESH_CONNECT, 1L);
+int Transfer::onRequest(void* context, char*, char*, int remotePort, int localPort) {
+  auto* transfer = static_cast<Transfer*>(context);
+  transfer->socket_ = transfer->engine_.sockets().claim(localPort, remotePort, transfer);
+  transfer->set(CURLOPT_FRESH_CONNECT, 1L);
   return CURL_PREREQFUNC_OK;
 }
 
@@ -250,7 +265,7 @@ bool Transfer::endHeaders() {
   if (isInterim) return true;
   areHeadersComplete_ = true;
   const BQHTTPMessage::Field* location = findHeader(*response.get(), "Location");
-  if (options_.followsRedirects && location != nullptr && isRedirect(response->statusCode)) {
+  if (followsRedirects_ && location != nullptr && isRedirect(response->statusCode)) {
     redirectStatus_ = response->statusCode;
     location_ = location->value;
   } else {
@@ -268,7 +283,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
     bodyBytes_ += size;
     return bodyBytes_ <= kMostRedirectBody ? bytes.size() : 0;
   }
-  if (size > options_.maximumReplySize - bodyBytes_) {
+  if (size > maximumReplySize_ - bodyBytes_) {
     refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return 0;
   }
@@ -297,22 +312,27 @@ void Transfer::attemptEnded(CURLcode code) {
 }
 
 /*
- * Sending the rest of a long body to a connection that ended meanwhile is the one case in which
- * libcurl does not send the request again, and should.
+ * libcurl mostly does this by itself, but not while the rest of a long body is sent, and not when
+ * it did so five times before in the life of the handle.
  */
 bool Transfer::mayBeSentAgain(CURLcode code) const {
-  long connections = 0;
-  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &connections);
-  return code == CURLE_SEND_ERROR && connections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR || code == CURLE_GOT_NOTHING;
+  long newConnections = 0;
+  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &newConnections);
+  return isLost && newConnections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
 }
 
 BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
   if (isError(refusal_)) return refusal_;
+  /* A header line that is too long. */
+  if (code == CURLE_OUT_OF_MEMORY) return httpError(kBQStreamHTTPErrorReplyTooLarge);
   /* libcurl is content with headers that break off. */
   if (code == CURLE_OK) return httpError(kBQStreamHTTPErrorConnectionLost);
   if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
     return httpError(kBQStreamHTTPErrorConnectionLost);
   }
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR;
+  if (isLost && pendingError_ != 0) return {kBQStreamErrorDomainPOSIX, pendingError_};
   return errorOfTransfer(code, handle());
 }
 

@@ -19,13 +19,20 @@ namespace bq {
 
 class TransferEngine;
 
-struct TransferOptions {
+/* How connections are made. */
+struct ConnectionOptions {
   /* "http://host:port"; empty for none. */
   std::string proxy;
-  /* Null for the system's certificates. */
-  Ref<const BQString> certificateAuthorityFile;
-  int64_t maximumReplySize = int64_t{1} << 30;
+  /* Empty for the system's certificates. */
+  std::string certificateAuthorityFile;
   bool verifiesPeer = true;
+
+  bool operator==(const ConnectionOptions&) const = default;
+};
+
+struct TransferOptions {
+  ConnectionOptions connection;
+  int64_t maximumReplySize = int64_t{1} << 30;
   bool followsRedirects = false;
 };
 
@@ -68,8 +75,10 @@ class Transfer {
   CURL* handle() const { return handle_.get(); }
   bool isEncrypted() const { return isEncrypted_; }
   void attemptEnded(CURLcode code);
-  void usesSocket(int socket) { socket_ = socket; }
-  void connectionClosed(bool hadData) { replyBegan_ = replyBegan_ || hadData; }
+  void connectionClosed(bool hadData, int pendingError) {
+    replyBegan_ = replyBegan_ || hadData;
+    pendingError_ = pendingError;
+  }
 
  private:
   struct HandleDeleter {
@@ -87,7 +96,7 @@ class Transfer {
   }
 
   void configureHandle();
-  void configureConnection();
+  void configureConnection(const ConnectionOptions& options);
   void configureRequest();
   void configureBody();
   void configureHeaders();
@@ -107,11 +116,14 @@ class Transfer {
 
   TransferEngine& engine_;
   std::unique_ptr<CURL, HandleDeleter> handle_;
+  /* For which the handle is configured at present. */
+  ConnectionOptions connection_;
   HeaderList headers_;
 
   TransferObserver observer_;
-  TransferOptions options_;
   Ref<BQHTTPMessage> request_;
+  int64_t maximumReplySize_ = 0;
+  bool followsRedirects_ = false;
 
   /* What is asked for; a redirect changes it. */
   std::string url_;
@@ -126,6 +138,8 @@ class Transfer {
   bool isRunning_ = false;
   bool wasSentAgain_ = false;
   bool replyBegan_ = false;
+  /* Of a connection that failed and was not read any more. */
+  int pendingError_ = 0;
   bool areHeadersComplete_ = false;
   int socket_ = -1;
   size_t headerBytes_ = 0;

@@ -20,6 +20,7 @@ constexpr int kMostSteps = 64;
 constexpr BQTimeInterval kNever = 1e9;
 
 uint32_t eventsFor(int what) {
+  if (what == CURL_POLL_REMOVE) return 0;
   uint32_t events = 0;
   if ((what & CURL_POLL_IN) != 0) events |= EPOLLIN;
   if ((what & CURL_POLL_OUT) != 0) events |= EPOLLOUT;
@@ -55,6 +56,7 @@ TransferEngine* TransferEngine::current() {
     auto engine = std::make_unique<TransferEngine>();
     if (engine->isUsable()) slot.engine = std::move(engine);
   }
+  // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete): the slot lives as long as the thread.
   return slot.engine.get();
 }
 
@@ -189,13 +191,8 @@ void TransferEngine::arm(BQTimeInterval delay) {
   for (const Mode& mode : modes_) BQRunLoopAddTimer(runLoop_.get(), timer_.get(), mode.name.get());
 }
 
-int TransferEngine::onSocket(CURL* handle, curl_socket_t socket, int what, void* engine, void*) {
-  SocketTable& sockets = static_cast<TransferEngine*>(engine)->sockets_;
-  if (what == CURL_POLL_REMOVE) {
-    sockets.unwatch(socket);
-  } else {
-    sockets.watch(socket, eventsFor(what), transferOf(handle));
-  }
+int TransferEngine::onSocket(CURL*, curl_socket_t socket, int what, void* engine, void*) {
+  static_cast<TransferEngine*>(engine)->sockets_.watch(socket, eventsFor(what));
   return 0;
 }
 

@@ -128,6 +128,10 @@ const BQURL* makeURL(Text text) {
 
 /* The text of a relative reference seen from a base; null if there is no such URL. */
 Text resolve(const BQURL* base, const BQString* reference) {
+  if (textOf(reference).starts_with('#')) {
+    std::string_view text = textOf(base->text.get());
+    return Text::adopt(makeText(std::string(text.substr(0, text.find('#'))).append(textOf(reference))));
+  }
   CurlURL url;
   unsigned flags = CURLU_NON_SUPPORT_SCHEME;
   if (url.set(CURLUPART_URL, BQStringGetUTF8Ptr(base->text.get()), flags) != CURLUE_OK) return {};

@@ -44,8 +44,7 @@ Registry& registry() {
 }  // namespace
 }  // namespace bq
 
-BQ_DEFINE_STATIC_STRING(bundleVersionKey, "BQBundleVersion");
-const BQString* const kBQBundleVersionKey = bundleVersionKey;
+BQ_DEFINE_STRING(kBQBundleVersionKey, "BQBundleVersion");
 
 BQTypeID BQBundleGetTypeID(void) {
   static const BQTypeID typeID = _BQRuntimeRegisterClass(&bq::kBundleClass);

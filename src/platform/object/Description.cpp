@@ -86,8 +86,13 @@ class Describer {
       case kDictionaryTypeID:
         return addDictionary(static_cast<const BQDictionary*>(object));
       default:
-        return addInstance(object, classOf(baseOf(object)->typeID)->copyDebugDesc);
+        return addInstance(object, describerOf(classOf(baseOf(object)->typeID)));
     }
+  }
+
+  static InstanceDescriber describerOf(const BQRuntimeClass* runtimeClass) {
+    return runtimeClass->copyDebugDesc != nullptr ? runtimeClass->copyDebugDesc
+                                                  : runtimeClass->copyFormattingDesc;
   }
 
   /* The text that a class' function gives, or the class and the address. */

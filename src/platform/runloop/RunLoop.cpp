@@ -1,5 +1,7 @@
 #include "platform/runloop/RunLoop.h"
 
+#include <BQ/BQString.h>
+
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -43,8 +45,6 @@ class BQRunLoop::Run {
   Run* const outer_;
   std::atomic<bool> stopped_{false};
 };
-
-BQRunLoop::BQRunLoop(BQTypeID typeID) : Object(typeID), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 BQRunLoop::~BQRunLoop() {
   if (wakeUp_ >= 0) close(wakeUp_);
@@ -134,6 +134,7 @@ BQRunLoopRunResult BQRunLoop::run(const BQString* modeName, BQTimeInterval secon
   if (mode == nullptr || isEmpty(*mode)) return kBQRunLoopRunFinished;
   const Nanoseconds limit =
       seconds > 0 ? bq::addClamped(bq::monotonicTime(), bq::nanosecondsOf(seconds)) : bq::kLongAgo;
+  openWakeUp();
   Run run(*this, *mode);
   for (;;) {
     const bool handled = pass(run, limit);
@@ -197,7 +198,10 @@ bool BQRunLoop::collectSignals(RunLoopMode& mode, std::vector<bq::PendingSignal>
 
 bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
   Nanoseconds timeout = until;
-  if (until != bq::kForever && until != bq::kLongAgo) timeout = until - bq::monotonicTime();
+  if (until != bq::kForever && until != bq::kLongAgo) {
+    const Nanoseconds now = bq::monotonicTime();
+    timeout = until > now ? until - now : 0;
+  }
   bq::DescriptorSet& descriptors = run.mode().descriptors;
   bq::ReadyDescriptors ready;
   if (timeout > 0 && fallAsleep(run)) {
@@ -210,6 +214,12 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
 }
 
 /* Sleep. */
+
+/* Tried again with each run where the process had no file descriptors left. */
+void BQRunLoop::openWakeUp() {
+  const std::lock_guard lock(mutex_);
+  if (wakeUp_ < 0) wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+}
 
 void BQRunLoop::stop() {
   const std::lock_guard lock(mutex_);
@@ -302,8 +312,7 @@ RunLoopMode* findOrCreateMode(BQRunLoop* runLoop, const BQString* name) {
 
 }  // namespace bq
 
-static const BQConstantString defaultMode = BQ_CONSTANT_STRING_INIT("kBQRunLoopDefaultMode");
-const BQString* const kBQRunLoopDefaultMode = reinterpret_cast<const BQString*>(&defaultMode);
+BQ_DEFINE_STRING(kBQRunLoopDefaultMode, "kBQRunLoopDefaultMode");
 
 BQTypeID BQRunLoopGetTypeID(void) {
   static const BQRuntimeClass runLoopClass = {

@@ -16,7 +16,7 @@
  * sleep. No foreign function is called under it.
  */
 struct BQRunLoop final : bq::Object {
-  explicit BQRunLoop(BQTypeID typeID);
+  explicit BQRunLoop(BQTypeID typeID) : Object(typeID) {}
   ~BQRunLoop();
 
   /* Null if there is no such mode. */
@@ -50,6 +50,7 @@ struct BQRunLoop final : bq::Object {
   bool collectSignals(bq::RunLoopMode& mode, std::vector<bq::PendingSignal>& signals);
   bool waitForDescriptors(Run& run, bq::Nanoseconds until);
 
+  void openWakeUp();
   bool fallAsleep(Run& run);
   void awake();
   void interruptSleep();
@@ -64,7 +65,7 @@ struct BQRunLoop final : bq::Object {
   const bq::RunLoopMode* sleepingIn_ = nullptr;
   bool wakeUpRequested_ = false;
   bool wakeUpWritten_ = false;
-  int wakeUp_;
+  int wakeUp_ = -1;
   uint64_t lastSignalNumber_ = 0;
 };
 

@@ -182,30 +182,30 @@ class Formatter {
   /* Hands one conversion to snprintf. */
   template <class T>
   void print(const Conversion& conversion, T argument) {
-    char specification[64];
-    std::memcpy(specification, conversion.text.data(), conversion.text.size());
-    specification[conversion.text.size()] = '\0';
+    char directive[64];
+    std::memcpy(directive, conversion.text.data(), conversion.text.size());
+    directive[conversion.text.size()] = '\0';
     CLocale locale;
     char small[128];
-    int length = callPrint(small, sizeof small, specification, conversion.stars, argument);
+    int length = callPrint(small, sizeof small, directive, conversion.stars, argument);
     if (length < 0) return appendText(out_, "\xEF\xBF\xBD");
     if (static_cast<size_t>(length) < sizeof small) return append({small, static_cast<size_t>(length)});
     std::string large(static_cast<size_t>(length), '\0');
-    callPrint(large.data(), large.size() + 1, specification, conversion.stars, argument);
+    callPrint(large.data(), large.size() + 1, directive, conversion.stars, argument);
     append(large);
   }
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
   template <class T>
-  int callPrint(char* buffer, size_t size, const char* specification, int stars, T argument) {
+  int callPrint(char* buffer, size_t size, const char* directive, int stars, T argument) {
     switch (stars) {
       case 0:
-        return std::snprintf(buffer, size, specification, argument);
+        return std::snprintf(buffer, size, directive, argument);
       case 1:
-        return std::snprintf(buffer, size, specification, stars_[0], argument);
+        return std::snprintf(buffer, size, directive, stars_[0], argument);
       default:
-        return std::snprintf(buffer, size, specification, stars_[0], stars_[1], argument);
+        return std::snprintf(buffer, size, directive, stars_[0], stars_[1], argument);
     }
   }
 #pragma GCC diagnostic pop

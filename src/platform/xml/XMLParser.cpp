@@ -1,5 +1,7 @@
 #include "platform/xml/XMLParser.h"
 
+#include <BQ/BQString.h>
+
 #include <BQ/BQXMLParser.h>
 
 #include <algorithm>
@@ -227,15 +229,10 @@ void XMLParser::trim(size_t documentSize) {
 
 }  // namespace bq
 
-BQ_DEFINE_STATIC_STRING(descriptionKey, "kBQXMLTreeErrorDescription");
-BQ_DEFINE_STATIC_STRING(lineNumberKey, "kBQXMLTreeErrorLineNumber");
-BQ_DEFINE_STATIC_STRING(locationKey, "kBQXMLTreeErrorLocation");
-BQ_DEFINE_STATIC_STRING(statusCodeKey, "kBQXMLTreeErrorStatusCode");
-
-const BQString* const kBQXMLTreeErrorDescription = descriptionKey;
-const BQString* const kBQXMLTreeErrorLineNumber = lineNumberKey;
-const BQString* const kBQXMLTreeErrorLocation = locationKey;
-const BQString* const kBQXMLTreeErrorStatusCode = statusCodeKey;
+BQ_DEFINE_STRING(kBQXMLTreeErrorDescription, "kBQXMLTreeErrorDescription");
+BQ_DEFINE_STRING(kBQXMLTreeErrorLineNumber, "kBQXMLTreeErrorLineNumber");
+BQ_DEFINE_STRING(kBQXMLTreeErrorLocation, "kBQXMLTreeErrorLocation");
+BQ_DEFINE_STRING(kBQXMLTreeErrorStatusCode, "kBQXMLTreeErrorStatusCode");
 
 const BQTree* BQXMLTreeCreateFromDataWithError(const BQData* data, const BQDictionary** error) {
   thread_local bq::XMLParser parser;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

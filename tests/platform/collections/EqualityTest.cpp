@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/text/StringImpl.h"
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

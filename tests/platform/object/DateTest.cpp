@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

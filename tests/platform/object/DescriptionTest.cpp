@@ -4,7 +4,7 @@
 #include <cmath>
 #include <string>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <limits>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/object/Object.h"
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

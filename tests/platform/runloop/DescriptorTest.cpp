@@ -2,11 +2,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "platform/runloop/Support.h"
 
@@ -280,6 +285,41 @@ TEST(Descriptor, ReadinessFoundBeforeANestedRunIsNotReportedAfterIt) {
   runOnce();
   EXPECT_EQ(first.called + second.called, 3);
   EXPECT_EQ(unread, 0);
+}
+
+/* Lets the process open no further file descriptor, for the life of the object. */
+class NoFileDescriptorsLeft {
+ public:
+  NoFileDescriptorsLeft() {
+    getrlimit(RLIMIT_NOFILE, &usual_);
+    const rlimit none = {0, usual_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+  }
+  ~NoFileDescriptorsLeft() { setrlimit(RLIMIT_NOFILE, &usual_); }
+  NoFileDescriptorsLeft(const NoFileDescriptorsLeft&) = delete;
+  NoFileDescriptorsLeft& operator=(const NoFileDescriptorsLeft&) = delete;
+
+ private:
+  rlimit usual_;
+};
+
+TEST(Descriptor, LoopThatGotNoFileDescriptorsRecovers) {
+  std::thread([] {
+    SocketPair sockets;
+    ASSERT_TRUE(sockets.send());
+    Descriptor descriptor(sockets.fd(), kRead);
+    Source source;
+    {
+      NoFileDescriptorsLeft none;
+      descriptor.add();
+      source.add().signal();
+      runOnce();
+      EXPECT_EQ(source.performed, 1);
+      EXPECT_EQ(BQRunLoopRunInMode(kMode, 1e-6, false), kBQRunLoopRunTimedOut);
+    }
+    EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunHandledSource);
+    EXPECT_EQ(descriptor.called, 1);
+  }).join();
 }
 
 TEST(Descriptor, MoreThanOneWaitReports) {

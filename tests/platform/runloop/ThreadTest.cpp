@@ -63,6 +63,26 @@ TEST(Threads, LastOfManySignalsIsAlwaysSeen) {
   EXPECT_LE(consumer.performed, kThreads * kSignals);
 }
 
+/* The next signal comes while the loop is somewhere between its answer to the last one and its sleep. */
+TEST(Threads, SignalJustBeforeTheLoopFallsAsleepIsSeen) {
+  constexpr int kRounds = 10'000;
+  std::atomic<int> answered{0};
+  Source source([&] {
+    const int round = ++answered;
+    if (round == kRounds) BQRunLoopStop(currentLoop());
+    for (std::atomic<int> delay{round % 100}; delay > 0;) --delay;
+  });
+  source.add();
+  std::thread other([&] {
+    for (int round = 0; round < kRounds; ++round) {
+      while (answered < round) continue;
+      source.signal();
+    }
+  });
+  runUntilStopped();
+  other.join();
+}
+
 TEST(Threads, SignalWakesALoopThatSleepsInOneOfTheModes) {
   for (const BQString* mode : {kMode, kOtherMode}) {
     std::promise<void> running;
@@ -91,6 +111,11 @@ TEST(Threads, StopFromAnotherThreadEndsARunThatHasNothingToDo) {
     runUntilStopped();
     other.join();
   }
+  SimulatedTime time;
+  Source source;
+  source.add();
+  EXPECT_EQ(BQRunLoopRunInMode(kMode, 5, false), kBQRunLoopRunTimedOut);
+  EXPECT_EQ(time.elapsed(), 5) << "the wake-up was used up";
 }
 
 TEST(Threads, SignalsWhileTheSourceIsAddedRemovedAndInvalidated) {

@@ -159,6 +159,14 @@ TEST(Encoding, MalformedBytesAreRefused) {
   }
 }
 
+TEST(Encoding, FailureLeavesNoShiftStateBehind) {
+  std::string out;
+  EXPECT_FALSE(decode("\x1B$BF|F", kISO2022JP, out));
+  out.clear();
+  EXPECT_TRUE(decode("F|", kISO2022JP, out));
+  EXPECT_EQ(out, "F|");
+}
+
 TEST(Encoding, CharactersThatTheEncodingLacks) {
   const struct {
     BQStringEncoding encoding;
@@ -180,12 +188,10 @@ TEST(Encoding, CharactersThatTheEncodingLacks) {
   for (const auto& test : cases) {
     SCOPED_TRACE(testing::Message() << std::hex << test.encoding << " " << test.text);
     std::string out;
-    EXPECT_TRUE(encode(test.text, test.encoding, test.lossByte, out));
-    EXPECT_EQ(out, test.bytes);
     EXPECT_FALSE(encode(test.text, test.encoding, 0, out));
     out.clear();
-    EXPECT_TRUE(encode("plain", kBQStringEncodingWindowsLatin1, 0, out));
-    EXPECT_EQ(out, "plain") << "a failure leaves nothing behind";
+    EXPECT_TRUE(encode(test.text, test.encoding, test.lossByte, out));
+    EXPECT_EQ(out, test.bytes) << "also right after a failure";
   }
 }
 

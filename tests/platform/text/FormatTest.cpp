@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <string>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

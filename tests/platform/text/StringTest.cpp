@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "support/Values.h"
+#include "support/PlatformValues.h"
 
 namespace {
 

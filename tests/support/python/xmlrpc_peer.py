@@ -146,7 +146,8 @@ class Methods:
 
     def kind(self, value):
         """The Python type of what arrived, and its value in Python's own notation."""
-        return [type(value).__name__, repr(value)]
+        shown = value.data if isinstance(value, xmlrpc.client.Binary) else value
+        return [type(value).__name__, str(shown) if isinstance(value, xmlrpc.client.DateTime) else repr(shown)]
 
     def request(self):
         """The request line and the headers of this very call."""
@@ -164,7 +165,7 @@ class Methods:
             calls = self.counters.probes
         if calls in (1000, 10000):
             with open("/proc/%d/status" % pid) as status:
-                resident = [int(line.split()[1]) for line in status if line.startswith("VmRSS:")][0]
+                resident = [int(line.split()[1]) for line in status if line.startswith("RssAnon:")][0]
             descriptors = len(os.listdir("/proc/%d/fd" % pid))
             self.counters.samples[str(calls)] = {"kilobytes": resident, "descriptors": descriptors}
         return calls

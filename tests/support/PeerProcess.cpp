@@ -1,4 +1,4 @@
-#include "support/PythonPeer.h"
+#include "support/PeerProcess.h"
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -28,17 +28,16 @@ int readPort(int fd) {
 
 }  // namespace
 
-PythonPeer::PythonPeer() {
+PeerProcess::PeerProcess(const std::string& program, const std::string& script) {
   Pipe input;
   Pipe output;
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input.reader(), STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output.writer(), STDOUT_FILENO);
-  char program[] = PYTHON_PROGRAM;
-  char script[] = PYTHON_PEER_SCRIPT;
-  char* arguments[] = {program, script, nullptr};
-  if (posix_spawn(&process_, program, &actions, nullptr, arguments, environ) != 0) process_ = -1;
+  /* Not written to; the interface only lacks the const. */
+  char* arguments[] = {const_cast<char*>(program.c_str()), const_cast<char*>(script.c_str()), nullptr};
+  if (posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments, environ) != 0) process_ = -1;
   posix_spawn_file_actions_destroy(&actions);
 
   close(input.reader());
@@ -48,11 +47,11 @@ PythonPeer::PythonPeer() {
   close(output.reader());
 }
 
-PythonPeer::~PythonPeer() {
+PeerProcess::~PeerProcess() {
   close(input_);
   if (process_ > 0) waitpid(process_, nullptr, 0);
 }
 
-std::string PythonPeer::url(const std::string& path) const {
+std::string PeerProcess::url(const std::string& path) const {
   return "http://127.0.0.1:" + std::to_string(port_) + path;
 }

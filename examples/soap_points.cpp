@@ -1,0 +1,118 @@
+/*
+ * Sends a value of a class of its own to a SOAP server and reads one back: transpose(point), which
+ * exchanges x and y:
+ *
+ *     example_soap_points http://localhost:8080/ 3 4.5
+ *
+ * prints "(4.5, 3)". Two functions say how a point looks in a document; all else is the library's.
+ */
+#include <cstdio>
+#include <cstdlib>
+
+#include <BQ/BQ.h>
+#include <VX/VX.h>
+
+namespace {
+
+/* An object of a registered class is the runtime's header and behind it whatever the class holds. */
+struct Point {
+  BQRuntimeBase base;
+  double x;
+  double y;
+};
+
+const BQString* copyPointDescription(BQTypeRef object) {
+  auto* point = static_cast<const Point*>(object);
+  return BQStringCreateWithFormat(BQSTR("(%g, %g)"), point->x, point->y);
+}
+
+BQTypeID pointTypeID() {
+  static const BQRuntimeClass pointClass = {
+      0, "Point", nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, copyPointDescription};
+  static const BQTypeID id = _BQRuntimeRegisterClass(&pointClass);
+  return id;
+}
+
+const Point* createPoint(double x, double y) {
+  BQTypeRef object = _BQRuntimeCreateInstance(pointTypeID(), sizeof(Point) - sizeof(BQRuntimeBase));
+  auto* point = static_cast<Point*>(const_cast<void*>(object));
+  point->x = x;
+  point->y = y;
+  return point;
+}
+
+/* Called with every point of a document that is written. "%@" is where the element's name goes. */
+const BQString* writePoint(BQTypeRef, BQTypeRef value, void*) {
+  auto* point = static_cast<const Point*>(value);
+  return BQStringCreateWithFormat(BQSTR("<%%@ xmlns:p=\"urn:points\" xsi:type=\"p:Point\">"
+                                        "<x xsi:type=\"xsd:double\">%g</x><y xsi:type=\"xsd:double\">%g</y>"
+                                        "</%%@>"),
+                                  point->x, point->y);
+}
+
+/* The number in a child of an element; 0 if it is not there. */
+double numberOfChild(const BQTree* element, const BQString* name) {
+  for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
+    if (!BQEqual(BQXMLNodeGetString(BQXMLTreeGetNode(child)), name)) continue;
+    const BQXMLNode* text = BQXMLTreeGetNode(BQTreeGetFirstChild(child));
+    return text == nullptr ? 0 : BQStringGetDoubleValue(BQXMLNodeGetString(text));
+  }
+  return 0;
+}
+
+/* Called with every element {urn:points}Point of the reply. Null would leave it to the library. */
+BQTypeRef readPoint(BQTypeRef, const BQTree* element, const BQTree*, void*) {
+  return createPoint(numberOfChild(element, BQSTR("x")), numberOfChild(element, BQSTR("y")));
+}
+
+VXMethodInvocationRef createInvocation(const char* address) {
+  const BQString* text = BQStringCreateWithCString(address, kBQStringEncodingUTF8);
+  const BQURL* url = BQURLCreateWithString(text, nullptr);
+  VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("transpose"), kVXSOAP2001Protocol);
+  BQRelease(url);
+  BQRelease(text);
+  if (invocation == nullptr) return nullptr;
+
+  VXMethodInvocationSetProperty(invocation, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
+  VXMethodInvocationSetProperty(invocation, kVXSOAPMethodNamespaceURI, BQSTR("urn:echo"));
+  /* The output of the method that is its result; else that would be a dictionary of all outputs. */
+  VXMethodInvocationSetProperty(invocation, kVXMethodInvocationResultParameterName, BQSTR("p:Point"));
+  VXMethodInvocationAddSerializationOverride(invocation, pointTypeID(), writePoint, nullptr);
+  VXMethodInvocationAddDeserializationOverride(invocation, BQSTR("urn:points"), BQSTR("Point"), readPoint,
+                                               nullptr);
+  return invocation;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: %s URL X Y\n", argv[0]);
+    return 2;
+  }
+  VXMethodInvocationRef invocation = createInvocation(argv[1]);
+  if (invocation == nullptr) {
+    std::fprintf(stderr, "%s is not a URL\n", argv[1]);
+    return 2;
+  }
+
+  BQTypeRef name = BQSTR("point");
+  BQTypeRef point = createPoint(std::strtod(argv[2], nullptr), std::strtod(argv[3], nullptr));
+  const BQDictionary* parameters = BQDictionaryCreate(&name, &point, 1);
+  VXMethodInvocationSetParameters(invocation, parameters, nullptr);
+  BQRelease(parameters);
+  BQRelease(point);
+
+  const BQDictionary* result = VXMethodInvocationInvoke(invocation);
+  bool failed = VXMethodResultIsFault(result);
+  BQTypeRef answer = BQDictionaryGetValue(result, failed ? kVXFaultString : kVXMethodInvocationResult);
+  const BQString* shown = BQCopyDescription(answer);
+  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown));
+  bool isPoint = !failed && BQGetTypeID(answer) == pointTypeID();
+
+  BQRelease(shown);
+  BQRelease(result);
+  BQRelease(invocation);
+  return isPoint ? 0 : 1;
+}

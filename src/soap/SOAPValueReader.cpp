@@ -1,0 +1,357 @@
+#include "soap/SOAPValueReader.h"
+
+#include <algorithm>
+
+#include <BQ/BQ.h>
+
+#include "diag/Log.h"
+#include "diag/Switches.h"
+#include "soap/SOAPProtocolHandler.h"
+#include "xml/Base64.h"
+#include "xml/ElementWalk.h"
+#include "xml/ISODate.h"
+#include "xml/Kinds.h"
+#include "xml/QualifiedName.h"
+#include "xml/SOAPNamespaces.h"
+#include "xml/Text.h"
+#include "xml/TreeAccess.h"
+
+namespace vx {
+namespace {
+
+constexpr size_t kMaximumDepth = 512;  /* with references followed */
+constexpr long kBytesPerAttribute = 8; /* what looking at one again is charged as */
+
+/* The types of elements that do not tell theirs. */
+BQ_DEFINE_STATIC_STRING(arrayType, "http://www.w3.org/2001/XMLSchema|Array");
+BQ_DEFINE_STATIC_STRING(stringType, "http://www.w3.org/2001/XMLSchema|string");
+BQ_DEFINE_STATIC_STRING(dictionaryType, "http://www.w3.org/2001/XMLSchema|Dictionary");
+
+Owned<const void> makeDouble(const BQString* text) {
+  double real = BQStringGetDoubleValue(text);
+  return own<const void>(BQNumberCreate(kBQNumberDoubleType, &real));
+}
+
+Owned<const void> makeBoolean(bool value) {
+  return own<const void>(value ? kBQBooleanTrue : kBQBooleanFalse);
+}
+
+bool isNamed(std::string_view text, std::string_view name) {
+  return equalIgnoringCase(text, name);
+}
+
+bool isSchemaNamespace(const BQString* uri) {
+  return BQStringEqualsIgnoringCase(uri, VX_SOAP_1999_SCHEMA_NAMESPACE) ||
+         BQStringEqualsIgnoringCase(uri, VX_SOAP_2001_SCHEMA_NAMESPACE);
+}
+
+bool isEncodingNamespace(const BQString* uri) {
+  return BQStringEqualsIgnoringCase(uri, VX_SOAP_2001_ENCODING_NAMESPACE);
+}
+
+/* Whether an attribute of that name is in the namespace, unprefixed ones being in the default one. */
+bool isInNamespace(const BQString* name, const AutoDict& namespaces, const BQString* namespaceURI) {
+  const BQString* uri = nullptr;
+  const BQString* local = nullptr;
+  xmlNamespaceQualify(namespaces, name, &uri, &local);
+  auto ownedURI = own(uri);
+  auto ownedLocal = own(local);
+  return BQStringEqualsIgnoringCase(uri, namespaceURI);
+}
+
+/* The bytes that reading an element looks at, apart from its child elements. */
+long bytesIn(const BQTree* element) {
+  const BQXMLElementInfo* info = treeGetElementInfo(element);
+  long bytes = info == nullptr ? 0 : kBytesPerAttribute * BQArrayGetCount(info->attributeOrder);
+  for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
+    if (!treeIsElement(child)) bytes += BQStringGetLength(getElementName(child));
+  }
+  return bytes;
+}
+
+std::string_view localPart(std::string_view name) {
+  size_t colon = name.find(':');
+  return colon == std::string_view::npos || colon == 0 ? name : name.substr(colon + 1);
+}
+
+/* A dictionary in which the values of a repeated name become an array. */
+class RepeatingDictionary {
+ public:
+  void add(const BQString* name, BQTypeRef value) {
+    BQTypeRef present = BQDictionaryGetValue(dictionary_.get(), name);
+    if (present == nullptr) return BQDictionarySetValue(dictionary_.get(), name, value);
+    if (!made_.contains(present)) present = replace(name, present);
+    BQArrayAppendValue(static_cast<BQArray*>(const_cast<void*>(present)), value);
+  }
+
+  Owned<const void> copy() const { return own<const void>(BQDictionaryCreateCopy(dictionary_.get())); }
+
+ private:
+  /* Puts an array in place of a value: a copy of it if it is one, else one that holds it. */
+  BQTypeRef replace(const BQString* name, BQTypeRef present) {
+    bool isArrayValue = BQGetTypeID(present) == BQArrayGetTypeID();
+    auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
+                                  : BQArrayCreateMutable(0));
+    if (!isArrayValue) BQArrayAppendValue(array.get(), present);
+    BQDictionarySetValue(dictionary_.get(), name, array.get());
+    made_.insert(array.get());
+    return array.get();
+  }
+
+  Owned<BQDictionary> dictionary_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
+  std::unordered_set<BQTypeRef> made_;
+};
+
+}  // namespace
+
+const BQString* getNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+                                 const BQString* namespaceURI, std::string_view localName) {
+  const BQXMLElementInfo* info = treeGetElementInfo(element);
+  if (info == nullptr || info->attributes == nullptr) return nullptr;
+  BQIndex count = BQArrayGetCount(info->attributeOrder);
+  for (BQIndex i = 0; i < count; ++i) {
+    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
+    if (!equalIgnoringCase(localPart(textOf(name)), localName)) continue;
+    if (namespaceURI != nullptr && !isInNamespace(name, namespaces, namespaceURI)) continue;
+    return static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+  }
+  return nullptr;
+}
+
+const BQString* getSoapNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+                                     std::string_view localName) {
+  /* The look in any namespace is cheap and mostly decides. */
+  if (getNodeAttribute(element, namespaces, nullptr, localName) == nullptr) return nullptr;
+  for (const BQString* uri :
+       {VX_SOAP_1999_SCHEMA_INSTANCE_NAMESPACE, VX_SOAP_2001_SCHEMA_INSTANCE_NAMESPACE}) {
+    if (const BQString* value = getNodeAttribute(element, namespaces, uri, localName)) return value;
+  }
+  auto* defaultNamespace = static_cast<const BQString*>(namespaces.getValue(kDefaultNamespaceKey));
+  return getNodeAttribute(element, namespaces, defaultNamespace, localName);
+}
+
+bool isArray(const BQTree* element, const AutoDict& namespaces) {
+  return getNodeAttribute(element, namespaces, VX_SOAP_1999_ENCODING_NAMESPACE, "arrayType") != nullptr ||
+         getNodeAttribute(element, namespaces, VX_SOAP_2001_ENCODING_NAMESPACE, "arrayType") != nullptr;
+}
+
+SOAPValueReader::SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget)
+    : root_(root),
+      handler_(*handler),
+      budget_(*budget),
+      hasOverrides_(handler->hasDeserializationOverrides()),
+      anchors_(root) {}
+
+const BQTree* SOAPValueReader::Subject::firstChild() const {
+  return BQTreeGetFirstChild(element);
+}
+
+const BQString* SOAPValueReader::Subject::text() const {
+  return getElementName(firstChild());
+}
+
+Owned<const BQString> SOAPValueReader::copyName(const BQTree* element) {
+  return names_.copyOf(getElementName(element));
+}
+
+void SOAPValueReader::fail(const BQString* message) {
+  if (error_ == nullptr) {
+    error_ = own(message);
+  } else {
+    BQRelease(message);
+  }
+}
+
+/* Bounds the work on a document; a failure has set the message. */
+bool SOAPValueReader::enter(const BQTree* element) {
+  const BQString* message =
+      inProgress_.size() >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
+  if (message != nullptr) {
+    fail(message);
+    return false;
+  }
+  inProgress_.push_back(element);
+  return true;
+}
+
+/* Takes an element from the budget; a message if that is spent. */
+const BQString* SOAPValueReader::spendOn(const BQTree* element) {
+  if (references_ > 0 && --budget_.elements < 0) {
+    return BQSTR("Too many elements are read through references");
+  }
+  if (repeats_ > 0 && (budget_.repeatedBytes -= bytesIn(element)) < 0) {
+    return BQSTR("Too much text is read through repeated references");
+  }
+  return nullptr;
+}
+
+Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, const AutoDict& namespaces) {
+  if (!enter(element)) return nullptr;
+  AutoDict ownNamespaces(namespaces);
+  xmlGetElementNamespaces(element, &ownNamespaces);
+  auto value = readElement(element, ownNamespaces);
+  inProgress_.pop_back();
+  return value;
+}
+
+Owned<const void> SOAPValueReader::readElement(const BQTree* element, AutoDict& namespaces) {
+  if (auto value = readByOverride(element, namespaces)) return value;
+  const BQTree* child = BQTreeGetFirstChild(element);
+  if (child != nullptr) {
+    if (auto value = readByOverride(child, namespaces)) return value;
+    return readSubject({element, namespaces});
+  }
+  if (const BQString* reference = getSoapNodeAttribute(element, namespaces, "href")) {
+    return readReference(reference, namespaces);
+  }
+  if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
+  return own<const void>(kBQNull);
+}
+
+Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const AutoDict& namespaces) {
+  if (!hasOverrides_) return nullptr;
+  return own(handler_.deserilizeOverride(element, namespaces, getElementName(element), root_));
+}
+
+Owned<const void> SOAPValueReader::readReference(const BQString* reference, AutoDict& namespaces) {
+  BQIndex length = BQStringGetLength(reference);
+  BQIndex start = textOf(reference).starts_with('#') ? 1 : 0;
+  auto id = own(BQStringCreateSubstring(reference, BQRangeMake(start, length - start)));
+  const BQTree* anchor = anchors_.find(id.get(), namespaces);
+  if (anchor == nullptr) {
+    fail(BQSTR("Can't locate anchor element in reply"));
+  } else if (std::find(inProgress_.begin(), inProgress_.end(), anchor) != inProgress_.end()) {
+    fail(BQSTR("A reference leads back to the element that holds it"));
+  } else {
+    return readAnchor(anchor, namespaces);
+  }
+  return nullptr;
+}
+
+Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, AutoDict& namespaces) {
+  int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
+  ++references_;
+  repeats_ += repeat;
+  Owned<const void> value;
+  if (enter(anchor)) {
+    xmlGetElementNamespaces(anchor, &namespaces);
+    value = readSubject({anchor, namespaces});
+    inProgress_.pop_back();
+  }
+  repeats_ -= repeat;
+  --references_;
+  return value;
+}
+
+const BQString* SOAPValueReader::typeNameOf(const Subject& subject) {
+  if (const BQString* type = getSoapNodeAttribute(subject.element, subject.namespaces, "type")) return type;
+  if (isArray(subject.element, subject.namespaces)) return arrayType;
+  return treeIsElement(subject.firstChild()) ? dictionaryType : stringType;
+}
+
+Owned<const void> SOAPValueReader::readSubject(const Subject& subject) {
+  const BQString* typeName = typeNameOf(subject);
+  auto value = readKind(types_.kindOf(typeName, subject.namespaces), subject);
+  if (value == nullptr && !failed()) value = readBySlowPath(typeName, subject);
+  if (value == nullptr && !failed()) value = readFallback(subject);
+  return value;
+}
+
+Owned<const void> SOAPValueReader::readKind(VXTypeID kind, const Subject& subject) {
+  const BQString* text = subject.text();
+  switch (kind) {
+    case kVXTypeNull:
+      return own<const void>(kBQNull);
+    case kVXTypeBoolean:
+      return makeBoolean(text != nullptr && !isNamed(textOf(text), "0") && !isNamed(textOf(text), "false"));
+    case kVXTypeInteger:
+      return own<const void>(makeIntValueFromString(text));
+    case kVXTypeDouble:
+      return makeDouble(text);
+    case kVXTypeString:
+      return own<const void>(copyXMLStringFromTree(subject.firstChild()));
+    case kVXTypeDate:
+      return own<const void>(isoDecodeDate(text));
+    case kVXTypeData:
+      return own<const void>(decodeBinaryData(text));
+    case kVXTypeArray:
+      return parseSOAPArray(subject);
+    case kVXTypeDictionary:
+      return parseSOAPDictionary(subject);
+    case kVXTypeUnknown:
+      return nullptr;
+  }
+  return nullptr;
+}
+
+Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject) {
+  if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), typeName);
+  if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", typeName);
+  const BQString* uri = nullptr;
+  const BQString* local = nullptr;
+  xmlNamespaceQualify(subject.namespaces, typeName, &uri, &local);
+  auto ownedURI = own(uri);
+  auto ownedLocal = own(local);
+  std::string_view type = textOf(local);
+  bool isEncoding = isEncodingNamespace(uri);
+  if (isEncoding && isNamed(type, "Dictionary")) return parseSOAPDictionary(subject);
+  if (isEncoding && isNamed(type, "Array")) return parseSOAPArray(subject);
+  if (isEncoding || isSchemaNamespace(uri))
+    return readSchemaType(isEncoding ? std::string_view() : type, local, subject);
+  return nullptr;
+}
+
+/* `type` is empty for a name of the encoding namespace, where only the binary types are left. */
+Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const BQString* typeName,
+                                                  const Subject& subject) {
+  const BQString* text = subject.text();
+  std::string_view characters = textOf(text);
+  if (isNamed(type, "string")) return own<const void>(copyXMLStringFromTree(subject.firstChild()));
+  if (!type.empty() && text == nullptr) {
+    fail(BQStringCreateWithFormat(BQSTR("No value for %@"), typeName));
+    return nullptr;
+  }
+  if (isNamed(type, "boolean")) {
+    return makeBoolean(!isNamed(characters, "0") && !isNamed(characters, "false") &&
+                       !isNamed(characters, "nil"));
+  }
+  if (isNamed(type, "i4") || isNamed(type, "int")) return own<const void>(makeIntValueFromString(text));
+  if (isNamed(type, "double") || isNamed(type, "float")) return makeDouble(text);
+  if (isNamed(type, "timeInstant")) return own<const void>(isoDecodeDate(text));
+  bool isBinary = isNamed(textOf(typeName), "base64") || isNamed(textOf(typeName), "base64Binary");
+  return isBinary ? own<const void>(decodeBinaryData(text)) : nullptr;
+}
+
+Owned<const void> SOAPValueReader::readFallback(const Subject& subject) {
+  if (isArray(subject.element, subject.namespaces)) return parseSOAPArray(subject);
+  const BQTree* child = subject.firstChild();
+  if (child != nullptr && BQTreeGetNextSibling(child) == nullptr) {
+    if (auto text = own<const void>(copyXMLStringFromTree(child))) return text;
+  }
+  return parseSOAPDictionary(subject);
+}
+
+Owned<const void> SOAPValueReader::parseSOAPArray(const Subject& subject) {
+  if (gVXDebugVerbose != 0) _vxLogf("in parseSOAPArray\n");
+  auto values = own(BQArrayCreateMutable(0));
+  for (const BQTree* child = subject.firstChild(); child != nullptr; child = BQTreeGetNextSibling(child)) {
+    auto value = parseSOAPType(child, subject.namespaces);
+    if (failed()) break;
+    if (value != nullptr) BQArrayAppendOwnedValue(values.get(), value.release());
+  }
+  return own<const void>(BQArrayCreateCopy(values.get()));
+}
+
+Owned<const void> SOAPValueReader::parseSOAPDictionary(const Subject& subject) {
+  if (gVXDebugVerbose != 0) _vxLogf("in parseSOAPDictionary\n");
+  RepeatingDictionary dictionary;
+  for (const BQTree* child = subject.firstChild(); child != nullptr; child = BQTreeGetNextSibling(child)) {
+    auto value = parseSOAPType(child, subject.namespaces);
+    if (failed()) break;
+    if (value != nullptr) dictionary.add(copyName(child).get(), value.get());
+  }
+  return dictionary.copy();
+}
+
+}  // namespace vx

@@ -1,0 +1,105 @@
+#include <VX/VX.h>
+#include <gtest/gtest.h>
+
+#include "api/CountingContext.h"
+#include "support/Values.h"
+
+namespace {
+
+using namespace support;
+
+Value makeInvocation(const BQString* protocol, const Value& endpoint = url("http://localhost/RPC2")) {
+  return Value::adopt(VXMethodInvocationCreate(endpoint, BQSTR("method"), protocol));
+}
+
+VXMethodInvocationRef invocationOf(const Value& handle) {
+  return handle.as<OpaqueVXMethodInvocationRef>();
+}
+
+VXProtocolHandlerRef handlerOf(const Value& handle) {
+  return handle.as<OpaqueVXProtocolHandlerRef>();
+}
+
+TEST(Handles, BelongToTheirTwoClasses) {
+  EXPECT_NE(VXMethodInvocationGetTypeID(), 0u);
+  EXPECT_EQ(VXMethodInvocationGetTypeID(), VXMethodInvocationGetTypeID());
+  EXPECT_NE(VXMethodInvocationGetTypeID(), VXProtocolHandlerGetTypeID());
+  auto className = [](BQTypeID typeID) { return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get()); };
+  EXPECT_EQ(className(VXMethodInvocationGetTypeID()), "OpaqueVXMethodInvocationRef");
+  EXPECT_EQ(className(VXProtocolHandlerGetTypeID()), "OpaqueVXProtocolHandlerRef");
+}
+
+TEST(Handles, AreMadeForTheProtocolConstantsThemselves) {
+  for (const BQString* protocol : {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol}) {
+    Value invocation = makeInvocation(protocol);
+    Value handler = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
+    EXPECT_EQ(BQGetTypeID(invocation), VXMethodInvocationGetTypeID());
+    EXPECT_EQ(BQGetTypeID(handler), VXProtocolHandlerGetTypeID());
+    EXPECT_EQ(BQGetRetainCount(invocation), 1);
+    Value equal = string(text(protocol));
+    EXPECT_EQ(makeInvocation(equal).get(), nullptr) << "an equal string is another object";
+    EXPECT_EQ(VXProtocolHandlerCreate(nullptr, equal), nullptr);
+    EXPECT_EQ(makeInvocation(protocol, Value()).get(), nullptr) << "no URL";
+    EXPECT_NE(Value::adopt(VXMethodInvocationCreate(url("http://localhost/"), nullptr, protocol)).get(),
+              nullptr)
+        << "the method name is not looked at";
+  }
+  EXPECT_EQ(makeInvocation(nullptr).get(), nullptr);
+  EXPECT_EQ(VXProtocolHandlerCreate(nullptr, nullptr), nullptr);
+}
+
+TEST(Handles, DescribeThemselves) {
+  Value invocation = makeInvocation(kVXXMLRPCProtocol);
+  EXPECT_EQ(text(invocation.get()), "VXMethodInvocation{1} [http://localhost/RPC2] [(null)]");
+  VXMethodInvocationSetProperty(invocationOf(invocation), BQSTR("MethodName"), BQSTR("set"));
+  Value another = invocation;
+  EXPECT_FALSE(BQEqual(invocation, makeInvocation(kVXXMLRPCProtocol))) << "compared by identity";
+  EXPECT_EQ(text(invocation.get()), "VXMethodInvocation{2} [http://localhost/RPC2] [set]");
+  Value handler = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
+  EXPECT_EQ(text(handler.get()), "OpaqueVXProtocolHandlerRef{1}");
+}
+
+TEST(Handles, TheLastReleaseDestroysWhatTheyHold) {
+  for (const BQString* protocol : {kVXXMLRPCProtocol, kVXSOAP1999Protocol}) {
+    Value endpoint = url("http://localhost/"), name = string("method"), parameters = dictionary({}),
+          order = array({}), property = string("value");
+    CountingContext callback, writing, reading;
+    VXClientContext contexts[] = {callback.context(), writing.context(), reading.context()};
+    {
+      Value handle = Value::adopt(VXMethodInvocationCreate(endpoint, name, protocol));
+      VXMethodInvocationRef invocation = invocationOf(handle);
+      VXMethodInvocationSetParameters(invocation, parameters, order);
+      VXMethodInvocationSetProperty(invocation, BQSTR("k"), property);
+      VXMethodInvocationSetCallBack(invocation, nullptr, &contexts[0]);
+      VXMethodInvocationAddSerializationOverride(invocation, BQStringGetTypeID(), nullptr, &contexts[1]);
+      VXMethodInvocationAddDeserializationOverride(invocation, nullptr, nullptr, nullptr, &contexts[2]);
+      VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(),
+                                              BQSTR("mode")); /* makes the source */
+      Value kept = handle;
+      handle = Value();
+      EXPECT_EQ(callback.released + writing.released + reading.released, 0) << "still referenced";
+      EXPECT_GT(BQGetRetainCount(endpoint), 1);
+    }
+    for (const CountingContext& counter : {callback, writing, reading}) {
+      EXPECT_EQ(counter.retained, 1);
+      EXPECT_EQ(counter.released, 1);
+    }
+    for (const Value& value : {endpoint, name, parameters, order, property}) {
+      EXPECT_EQ(BQGetRetainCount(value), 2) << text(value.get()) << ": ours, and the list's";
+    }
+  }
+}
+
+TEST(Handles, OfHandlersDestroyTheirOverridesToo) {
+  CountingContext counter;
+  VXClientContext context = counter.context();
+  {
+    Value handle = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol));
+    VXProtocolHandlerSetSerializationOverride(handlerOf(handle), BQStringGetTypeID(), nullptr, &context);
+    VXProtocolHandlerSetDeserializationOverride(handlerOf(handle), nullptr, BQSTR("n"), nullptr, &context);
+    EXPECT_EQ(counter.retained, 2);
+  }
+  EXPECT_EQ(counter.released, 2);
+}
+
+}  // namespace

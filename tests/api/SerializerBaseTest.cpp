@@ -1,0 +1,201 @@
+#include "api/base/VXSerializerBase.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "api/CountingContext.h"
+#include "support/Values.h"
+
+namespace {
+
+using namespace support;
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+using vx::VXSerializerBase;
+
+TEST(SerializerBase, PatternsMatchWholeValues) {
+  const char* const null = nullptr;
+  const struct {
+    const char* value;
+    const char* pattern;
+    bool matches;
+  } rows[] = {{"urn:x", "", true},         {null, "", true},          {"urn:x", "*", true},
+              {null, "*", true},           {null, null, true},        {"urn:x", null, false},
+              {null, "urn:x", false},      {"urn:x", "URN:X", true},  {"urn:xy", "urn:x", false},
+              {"urn:xy", "urn:x*", false}, {"urn:x*", "urn:x*", true}};
+  auto make = [](const char* text) { return text == nullptr ? Value() : string(text); };
+  for (const auto& row : rows) {
+    EXPECT_EQ(vx::wildcardMatches(make(row.value), make(row.pattern)), row.matches)
+        << (row.value ? row.value : "null") << " against " << (row.pattern ? row.pattern : "null");
+  }
+}
+
+TEST(SerializerBase, PropertiesAreFoundByTextAndRemovedByNull) {
+  VXSerializerBase base;
+  Value key = Value::adopt(BQStringCreateMutableCopy(BQSTR("key"))), value = string("value");
+  base.setProperty(key, value);
+  BQStringAppend(key.as<BQString>(), BQSTR(" changed"));
+  EXPECT_EQ(base.getProperty(string("key")), value.get());
+  EXPECT_EQ(BQGetRetainCount(value), 2);
+  EXPECT_EQ(base.getProperty(key), nullptr) << "the key was copied";
+  base.addProperties(dictionary({{"key", string("later")}, {"other", integer(1)}}));
+  EXPECT_EQ(base.getProperty(BQSTR("key")), value.get());
+  EXPECT_EQ(notation(base.getProperty(BQSTR("other"))), "1");
+  base.setProperty(BQSTR("key"), nullptr);
+  EXPECT_EQ(base.getProperty(BQSTR("key")), nullptr);
+  EXPECT_EQ(BQGetRetainCount(value), 1);
+}
+
+TEST(SerializerBase, TheParentIsAskedFirst) {
+  VXSerializerBase parent, child;
+  child.setProperty(BQSTR("a"), BQSTR("child"));
+  child.setProperty(BQSTR("b"), BQSTR("child"));
+  parent.setProperty(BQSTR("b"), BQSTR("parent"));
+  child.setParentSerializer(&parent);
+  EXPECT_EQ(notation(child.getProperty(BQSTR("a"))), "'child'");
+  EXPECT_EQ(notation(child.getProperty(BQSTR("b"))), "'parent'");
+  EXPECT_EQ(child.getPropertyOfType(BQSTR("b"), BQNumberGetTypeID()), nullptr) << "another class is no value";
+}
+
+TEST(SerializerBase, ContextsAreRetainedAndReleasedOnce) {
+  CountingContext counter;
+  VXClientContext source = counter.context(), stored;
+  VXSerializerBase::retainContext(&stored, &source);
+  EXPECT_EQ(counter.retained, 1);
+  EXPECT_EQ(CountingContext::of(stored.info), &counter) << "the info is what retain returned";
+  VXSerializerBase::releaseContext(&stored);
+  VXSerializerBase::releaseContext(&stored);
+  EXPECT_EQ(counter.released, 1);
+  source.info = nullptr;
+  VXSerializerBase::retainContext(&stored, &source);
+  VXSerializerBase::releaseContext(&stored);
+  EXPECT_EQ(counter.retained + counter.released, 2) << "not called without an info";
+  VXSerializerBase::retainContext(&stored, nullptr);
+  EXPECT_EQ(stored.release, nullptr);
+}
+
+/* Writes the text that the info points to; null for a null one. */
+const BQString* writeInfo(BQTypeRef, BQTypeRef, void* info) {
+  return info == nullptr ? nullptr
+                         : BQStringCreateWithCString(static_cast<const char*>(info), kBQStringEncodingUTF8);
+}
+
+VXClientContext textContext(const char* text) {
+  return {0, const_cast<char*>(text), nullptr, nullptr, nullptr};
+}
+
+std::string overridden(VXSerializerBase& base, const Value& value) {
+  return notation(Value::adopt(base.seriailizeOverride(value)).get());
+}
+
+TEST(SerializerBase, TheFirstOverrideOfAClassAnswersInPlaceOfTheParents) {
+  VXSerializerBase parent, child;
+  VXClientContext first = textContext("first"), second = textContext("second"),
+                  inherited = textContext("parent");
+  for (BQTypeID typeID : {BQNumberGetTypeID(), BQStringGetTypeID(), BQDateGetTypeID()}) {
+    parent.addSerializationOverride(typeID, writeInfo, &inherited);
+  }
+  child.addSerializationOverride(BQNumberGetTypeID(), writeInfo, &first);
+  child.addSerializationOverride(BQNumberGetTypeID(), writeInfo, &second);
+  child.addSerializationOverride(BQStringGetTypeID(), nullptr, nullptr);
+  for (bool hasParent : {false, true}) {
+    child.setParentSerializer(hasParent ? &parent : nullptr);
+    EXPECT_EQ(overridden(child, integer(1)), "'first'");
+    EXPECT_EQ(overridden(child, real(1)), "'first'") << "every number";
+    EXPECT_EQ(overridden(child, Value::retain(kBQBooleanTrue)), "-") << "a boolean is no number";
+    EXPECT_EQ(overridden(child, string("x")), "-") << "no answer is an answer";
+    EXPECT_EQ(overridden(child, date(0)), hasParent ? "'parent'" : "-");
+  }
+}
+
+TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
+  const struct {
+    const char* typeNamespace; /* "-" for null */
+    const char* typeName;
+    const char* matched; /* of the elements below */
+  } rows[] = {
+      {"*", "Point", "ns:Point POINT default "},
+      {"", "point", "ns:Point POINT default "},
+      {"-", "Point", "POINT "},
+      {"urn:NS", "Point", "ns:Point "},
+      {"urn:ns", "*", "ns:Point ns:Points "},
+      {"urn:default", "", "default "},
+      {"-", "", "POINT undeclared:x "},
+      {"urn:none", "*", ""},
+      {"*", "-", ""},
+      {"*", "Poin*", ""},
+  };
+  const std::pair<const char*, const char*> elements[] = {{"ns:Point", "<ns:Point/>"},
+                                                          {"POINT", "<POINT/>"},
+                                                          {"ns:Points", "<ns:Points/>"},
+                                                          {"undeclared:x", "<undeclared:x/>"},
+                                                          {"default", "<Point/>"}};
+  auto make = [](std::string_view text) { return text == "-" ? Value() : string(text); };
+  for (const auto& row : rows) {
+    VXSerializerBase base;
+    auto returnTrue = [](BQTypeRef, const BQTree*, const BQTree*, void*) -> BQTypeRef {
+      return kBQBooleanTrue;
+    };
+    base.addDeserializationOverride(make(row.typeNamespace), make(row.typeName), returnTrue, nullptr);
+    std::string matched;
+    for (auto [label, element] : elements) {
+      vx::AutoDict namespaces;
+      namespaces.addValue(BQSTR("ns"), BQSTR("urn:ns"));
+      if (label == "default"sv) namespaces.addValue(BQSTR("__defaultNamespace"), BQSTR("urn:default"));
+      Value document = tree(element);
+      const BQTree* root = BQTreeGetFirstChild(document);
+      if (base.deserilizeOverride(root, namespaces, nullptr, document)) matched += label + " "s;
+    }
+    EXPECT_EQ(matched, row.matched) << row.typeNamespace << " " << row.typeName;
+  }
+}
+
+TEST(SerializerBase, TheFirstOverrideForReadingDecidesBehindTheParents) {
+  VXSerializerBase parent, child;
+  auto returnInfo = [](BQTypeRef, const BQTree*, const BQTree*, void* info) -> BQTypeRef {
+    return BQRetain(info);
+  };
+  Value first = string("first"), second = string("second"), inherited = string("inherited");
+  auto add = [&](VXSerializerBase& base, const char* name, const Value& value) {
+    VXClientContext context = {0, value.as<void>(), nullptr, nullptr, nullptr};
+    base.addDeserializationOverride(BQSTR("*"), string(name), returnInfo, &context);
+  };
+  add(child, "a", first);
+  add(child, "*", second);
+  add(parent, "b", inherited);
+  auto read = [&](const char* document) {
+    Value parsed = tree(document);
+    const BQTree* root = BQTreeGetFirstChild(parsed);
+    return notation(Value::adopt(child.deserilizeOverride(root, vx::AutoDict(), nullptr, parsed)).get());
+  };
+  EXPECT_EQ(read("<a/>") + read("<b/>"), "'first''second'");
+  child.setParentSerializer(&parent);
+  EXPECT_EQ(read("<a/>") + read("<b/>"), "'first''inherited'");
+}
+
+/* Registers many more overrides on the serializer that the info is. */
+void registerMore(void* info) {
+  for (int i = 0; i < 100; ++i) {
+    static_cast<VXSerializerBase*>(info)->addSerializationOverride(BQDateGetTypeID(), writeInfo, nullptr);
+  }
+}
+
+TEST(SerializerBase, OverridesMayBeRegisteredFromInsideTheCallersFunctions) {
+  VXSerializerBase base;
+  auto registering = [](BQTypeRef, BQTypeRef, void* info) -> const BQString* {
+    registerMore(info);
+    return BQSTR("written");
+  };
+  auto retaining = [](void* info) -> void* {
+    registerMore(info);
+    return info;
+  };
+  VXClientContext context = {0, &base, retaining, nullptr, nullptr};
+  base.addSerializationOverride(BQStringGetTypeID(), registering, &context);
+  EXPECT_EQ(overridden(base, string("x")), "'written'");
+  EXPECT_EQ(overridden(base, string("x")), "'written'");
+}
+
+}  // namespace

@@ -1,0 +1,154 @@
+/* Which connection a request takes, and when it is sent a second time. */
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/http/Exchange.h"
+#include "support/ScriptedPeer.h"
+
+namespace {
+
+/* Runs requests to a peer one after the other; "body" of each or its error, with blanks between. */
+std::string call(const ScriptedPeer& peer, int count, const std::string& body = "<request/>") {
+  std::string results;
+  for (int i = 0; i < count; ++i) {
+    Exchange exchange(peer.url(), "POST", body);
+    exchange.run();
+    results +=
+        (i == 0 ? "" : " ") + (exchange.error() == "none" ? exchange.body() : "(" + exchange.error() + ")");
+  }
+  return results;
+}
+
+const std::string kOne = okResponse("one"), kTwo = okResponse("two"), kThree = okResponse("three");
+
+TEST(ConnectionReuse, ConsecutiveRequestsShareAConnection) {
+  ScriptedPeer peer({replies({kOne, kTwo, kThree})});
+  EXPECT_EQ(call(peer, 3), "one two three");
+  EXPECT_EQ(peer.connectionCount(), 1u);
+}
+
+TEST(ConnectionReuse, SharesAcrossModes) {
+  ScriptedPeer peer({replies({kOne, kTwo})});
+  for (const BQString* mode : {BQSTR("first mode"), BQSTR("second mode")}) {
+    Exchange exchange(peer.url());
+    ASSERT_TRUE(exchange.open(mode));
+    EXPECT_TRUE(Exchange::runUntil([&] { return exchange.isOver(); }, mode));
+  }
+  EXPECT_EQ(peer.requests().size(), 2u);
+  EXPECT_EQ(peer.connectionCount(), 1u);
+}
+
+TEST(ConnectionReuse, EndsWhereTheServerSaysSo) {
+  const std::string close = "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 1\r\n\r\na";
+  ScriptedPeer announced({reply(close), reply(kTwo)});
+  EXPECT_EQ(call(announced, 2), "a two");
+  EXPECT_EQ(announced.connectionCount(), 2u);
+  ScriptedPeer old({reply("HTTP/1.0 200 OK\r\nContent-Length: 1\r\n\r\na"), reply(kTwo)});
+  EXPECT_EQ(call(old, 2), "a two");
+  EXPECT_EQ(old.connectionCount(), 2u);
+}
+
+/* The reply promises that the connection stays, but it does not. */
+TEST(ConnectionReuse, ServerThatClosesAfterEachReplyIsNotNoticed) {
+  ScriptedPeer peer({replyAndClose(kOne)});
+  EXPECT_EQ(call(peer, 20),
+            "one one one one one one one one one one one one one one one one one one one one");
+  EXPECT_EQ(peer.requests().size(), 20u);
+}
+
+TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
+  ScriptedPeer peer({replyAndClose(kOne)});
+  EXPECT_EQ(call(peer, 1), "one");
+  while (peer.openConnectionCount() > 0) std::this_thread::yield();
+  ScriptedPeer silent({Script().expectRequest().waitForClose()});
+  Exchange waiting(silent.url());
+  ASSERT_TRUE(waiting.open());
+  auto isQuiet = [] { return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true) == kBQRunLoopRunTimedOut; };
+  EXPECT_TRUE(Exchange::runUntil([&] { return isQuiet() && silent.requests().size() == 1; }));
+  int quiet = 0;
+  for (int pass = 0; pass < 100; ++pass) quiet += isQuiet() ? 1 : 0;
+  EXPECT_GE(quiet, 99);
+}
+
+/* The connection ends after the next request was sent on it, without a byte of a reply. */
+const std::pair<const char*, Script> kDropped[] = {
+    {"closed", Script().expectRequest().send(kOne).expectRequest()},
+    {"reset", Script().expectRequest().send(kOne).expectRequest().reset()},
+    {"reset before the request was read", Script().expectRequest().send(kOne).expectFirstBytes().reset()},
+};
+
+TEST(ConnectionReuse, RequestIsSentAgainWhenTheOldConnectionIsDropped) {
+  for (const auto& [why, dropped] : kDropped) {
+    for (size_t size : {10, 3'000'000}) {
+      SCOPED_TRACE(std::string(why) + ", " + std::to_string(size) + " bytes");
+      ScriptedPeer peer({dropped, reply(kTwo)});
+      EXPECT_EQ(call(peer, 2, std::string(size, 'x')), "one two");
+      EXPECT_EQ(peer.connectionCount(), 2u);
+      EXPECT_EQ(peer.requests().back(), peer.requests().front());
+    }
+  }
+}
+
+TEST(ConnectionReuse, RequestIsSentAgainOnlyOnce) {
+  for (const auto& [why, dropped] : kDropped) {
+    SCOPED_TRACE(why);
+    ScriptedPeer peer({dropped, Script().expectRequest().reset(), reply(kThree)});
+    EXPECT_EQ(call(peer, 2), "one (posix " + std::to_string(ECONNRESET) + ")");
+    EXPECT_EQ(peer.connectionCount(), 2u);
+  }
+}
+
+/* Two connections wait; the second is as dead as the first, and must not get the request again. */
+TEST(ConnectionReuse, RequestIsSentAgainOnANewConnection) {
+  Gate bothWait;
+  Script held = Script().expectRequest().waitFor(bothWait).send(kOne).expectRequest();
+  ScriptedPeer peer({held, held, reply(kTwo)});
+  Exchange first(peer.url()), second(peer.url());
+  ASSERT_TRUE(first.open() && second.open());
+  ASSERT_TRUE(Exchange::runUntil([&] { return peer.requests().size() == 2 || first.isOver(); }));
+  bothWait.open();
+  ASSERT_TRUE(Exchange::runUntil([&] { return first.isOver() && second.isOver(); }));
+  first.releaseStream();
+  second.releaseStream();
+  EXPECT_EQ(call(peer, 1), "two");
+  EXPECT_EQ(peer.connectionCount(), 3u);
+  EXPECT_EQ(peer.requests().size(), 4u);
+}
+
+TEST(ConnectionReuse, NothingIsSentAgainOnceTheReplyBegan) {
+  const std::string whole = kTwo;
+  for (size_t length = 1; length < whole.size(); ++length) {
+    for (bool isReset : {false, true}) {
+      SCOPED_TRACE(whole.substr(0, length) + (isReset ? " reset" : " closed"));
+      Script script = Script().expectRequest().send(kOne).expectRequest().send(whole.substr(0, length));
+      if (isReset) script.reset();
+      ScriptedPeer peer({script, reply(kThree)});
+      std::string results = call(peer, 2);
+      EXPECT_TRUE(results == "one (http 2)" || results == "one (posix 104)") << results;
+      EXPECT_EQ(peer.requests().size(), 2u);
+      EXPECT_EQ(peer.connectionCount(), 1u);
+    }
+  }
+}
+
+TEST(ConnectionReuse, NothingIsSentAgainOnANewConnection) {
+  for (const Script& script : {Script().expectRequest(), Script().expectRequest().reset()}) {
+    ScriptedPeer peer({script, reply(kTwo)});
+    Exchange exchange(peer.url());
+    exchange.run();
+    EXPECT_EQ(exchange.events(), "error");
+    EXPECT_EQ(peer.requests().size(), 1u);
+  }
+}
+
+TEST(ConnectionReuse, ErrorOfOneRequestDoesNotColourTheNext) {
+  Exchange refused("http://127.0.0.1:" + std::to_string(closedPort()) + "/");
+  refused.run();
+  EXPECT_EQ(refused.error(), "posix " + std::to_string(ECONNREFUSED));
+  refused.releaseStream();
+  ScriptedPeer peer({replyAndClose("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n")});
+  EXPECT_EQ(call(peer, 1), "(http 3)");
+}
+
+}  // namespace

@@ -1,0 +1,151 @@
+#include <gtest/gtest.h>
+
+#include "platform/http/Exchange.h"
+#include "platform/http/Redirect.h"
+#include "support/ScriptedPeer.h"
+
+namespace {
+
+std::string redirect(int status, const std::string& location) {
+  return "HTTP/1.1 " + std::to_string(status) + " Elsewhere\r\nLocation: " + location +
+         "\r\nContent-Length: 4\r\n\r\nmove";
+}
+
+std::string firstLine(const std::string& request) {
+  return request.substr(0, request.find("\r\n"));
+}
+
+TEST(Redirect, KeepsMethodAndBodyButFor303) {
+  const struct {
+    int status;
+    const char* method;
+    const char* body;
+    const char* followed;
+    const char* end;
+  } table[] = {
+      {301, "POST", "x", "POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {302, "POST", "x", "POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {303, "POST", "x", "GET /b HTTP/1.1", "Host: h\r\n\r\n"},
+      {303, "HEAD", "", "HEAD /b HTTP/1.1", "Host: h\r\n\r\n"},
+      {307, "PUT", "x", "PUT /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {308, "M-POST", "x", "M-POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {302, "GET", "", "GET /b HTTP/1.1", "Content-Type: t\r\n\r\n"},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(std::to_string(row.status) + row.method);
+    bool isHead = std::string(row.method) == "HEAD";
+    std::string first = redirect(row.status, "/b");
+    if (isHead) first.resize(first.size() - 4);
+    ScriptedPeer peer({replies({first, "HTTP/1.1 204 Done\r\n\r\n"})});
+    Exchange exchange(peer.url("/a"), row.method, row.body);
+    exchange.header("Host", "h").header("Content-Type", "t").followRedirects().run();
+    EXPECT_EQ(exchange.events(), "open end");
+    EXPECT_EQ(exchange.statusLine(), "HTTP/1.1 204 Done");
+    ASSERT_EQ(peer.requests().size(), 2u);
+    EXPECT_EQ(peer.connectionCount(), 1u);
+    EXPECT_EQ(firstLine(peer.requests()[1]), row.followed);
+    EXPECT_TRUE(peer.requests()[1].ends_with(row.end)) << peer.requests()[1];
+  }
+}
+
+TEST(Redirect, IsFollowedOnlyIfAskedAndOnlyForRedirects) {
+  const struct {
+    std::string response;
+    bool asked;
+  } table[] = {
+      {redirect(302, "/b"), false},
+      {redirect(300, "/b"), true},
+      {redirect(305, "/b"), true},
+      {redirect(201, "/b"), true},
+      {"HTTP/1.1 302 Where\r\nContent-Length: 4\r\n\r\nmove", true},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.response);
+    ScriptedPeer peer({reply(row.response)});
+    Exchange exchange(peer.url());
+    if (row.asked) exchange.followRedirects();
+    exchange.run();
+    EXPECT_EQ(exchange.events(), "open bytes end");
+    EXPECT_EQ(exchange.body(), "move");
+  }
+}
+
+TEST(Redirect, StopsAfterTwenty) {
+  std::vector<std::string> responses(20, redirect(302, "/again"));
+  responses.push_back(okResponse("found"));
+  ScriptedPeer twenty({replies(responses)});
+  Exchange found(twenty.url());
+  found.followRedirects().run();
+  EXPECT_EQ(found.body(), "found");
+  responses.insert(responses.begin(), redirect(302, "/again"));
+  ScriptedPeer more({replies(responses)});
+  Exchange lost(more.url());
+  lost.followRedirects().run();
+  EXPECT_EQ(lost.error(), "http 4");
+  EXPECT_EQ(lost.events(), "error");
+  EXPECT_EQ(more.requests().size(), 21u);
+}
+
+TEST(Redirect, ToWhatIsNotHTTPIsAnError) {
+  for (const char* location : {"ftp://host/", "file:///etc/passwd", "javascript:x", "http://",
+                               "http://h:99999/", "http://a b/", "gopher://h/"}) {
+    SCOPED_TRACE(location);
+    ScriptedPeer peer({reply(redirect(302, location))});
+    Exchange exchange(peer.url());
+    exchange.followRedirects().run();
+    EXPECT_EQ(exchange.events(), "error");
+    EXPECT_EQ(exchange.error(), "http 4");
+  }
+}
+
+/* What was meant for one host is not told another. */
+TEST(Redirect, ToAnotherHostLosesHostAndSecrets) {
+  ScriptedPeer target({reply(okResponse("there"))});
+  ScriptedPeer peer({reply(redirect(307, target.url("/x")))});
+  Exchange exchange(peer.url());
+  exchange.header("Host", "first").header("Authorization", "secret").header("Cookie", "secret");
+  exchange.header("X-Other", "kept").followRedirects().run();
+  EXPECT_EQ(exchange.body(), "there");
+  EXPECT_EQ(target.requests().at(0), "POST /x HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(target.port()) +
+                                         "\r\nX-Other: kept\r\nContent-Length: 10\r\n\r\n<request/>");
+}
+
+TEST(Redirect, WithALongBodyIsFollowedWithoutReadingIt) {
+  ScriptedPeer target({reply(okResponse("there"))});
+  Script endless = Script()
+                       .expectRequest()
+                       .send("HTTP/1.1 302 Found\r\nLocation: " + target.url("/") + "\r\n\r\n")
+                       .sendEndlessly("xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx");
+  ScriptedPeer peer({endless});
+  Exchange exchange(peer.url());
+  exchange.followRedirects().run();
+  EXPECT_EQ(exchange.body(), "there");
+}
+
+TEST(Redirect, TargetIsResolvedAndComparedWithItsOrigin) {
+  const struct {
+    const char* url;
+    const char* location;
+    const char* target;
+    bool isSameOrigin;
+  } table[] = {
+      {"http://h/a/b?q#f", "c", "http://h/a/c", true},
+      {"http://h/a", "//H:80/b", "http://H:80/b", true},
+      {"http://h/a", "https://h/a", "https://h/a", false},
+      {"http://h/a", "http://h:81/a", "http://h:81/a", false},
+      {"https://h/a", "https://h:443/b", "https://h:443/b", true},
+      {"http://h/a", "http://i/a", "http://i/a", false},
+      {"http://u:p@h/a", "/b", "http://u:p@h/b", true},
+      {"http://h/a", "/b c", "http://h/b%20c", true},
+      {"http://h/a", "/\xC3\xA9", "http://h/%c3%a9", true},
+      {"http://h/a", "\x01", "", false},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.location);
+    bq::RedirectTarget target = bq::resolveRedirect(row.url, row.location);
+    EXPECT_EQ(target.url, row.target);
+    EXPECT_EQ(target.isSameOrigin, row.isSameOrigin);
+  }
+}
+
+}  // namespace

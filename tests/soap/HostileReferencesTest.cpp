@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <VX/VXConstants.h>
+
+#include <string>
+
+#include "soap/SOAPProtocolHandler.h"
+#include "support/Values.h"
+
+namespace {
+
+using namespace support;
+
+Value readReply(const std::string& content) {
+  vx::SOAPProtocolHandler handler(kVXSOAP2001Protocol);
+  return Value::adopt(
+      handler.parseReplyData(BQSTR("m"),
+                             blob("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body>" +
+                                  content + "</e:Body></e:Envelope>"),
+                             kBQStringEncodingUTF8, nullptr));
+}
+
+/* The message of the fault; the start of the result dictionary if there is none. */
+std::string messageOf(const std::string& content) {
+  Value result = readReply(content);
+  BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
+  if (extra == nullptr) return notation(result.get()).substr(0, 200);
+  return text(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), kVXStreamErrorMessage));
+}
+
+std::string numbered(const std::string& start, int number, const std::string& end) {
+  return start + std::to_string(number) + end;
+}
+
+/* An element that refers twice to the next, and so on. */
+std::string doublingChain(int length) {
+  std::string content;
+  for (int i = 0; i < length; ++i) {
+    std::string next = numbered("<x href='#", i + 1, "'/>");
+    content += numbered("<r id='", i, "'>") + next + next + "</r>";
+  }
+  return content + numbered("<r id='", length, "'>x</r>");
+}
+
+const std::string kTooMany = "Too many elements are read through references";
+const std::string kLoop = "A reference leads back to the element that holds it";
+
+TEST(HostileReferences, EndInAMessage) {
+  const std::pair<const char*, std::string> rows[] = {
+      {"<m><a href='#1'/></m><r id='1'><b href='#1'/></r>", kLoop},
+      {"<m><a href='#1'/></m><r id='1'><b href='#2'/></r><r id='2'><c><d href='#1'/></c></r>", kLoop},
+      {"<m id='1'><a href='#1'/></m>", kLoop},
+      {"<m><a href='#1'/></m><r id='1' href='#1'/>", "{/Result: {a: {}}, a: {}}"},
+      {"<m id='1'><a><b/></a><c><d href='#1'/></c></m>", kLoop},
+  };
+  for (const auto& [content, message] : rows) EXPECT_EQ(messageOf(content), message) << content;
+}
+
+TEST(HostileReferences, AreBoundedInNumber) {
+  EXPECT_EQ(messageOf("<m><a href='#0'/></m>" + doublingChain(40)), kTooMany);
+  EXPECT_NE(messageOf("<m><a href='#0'/></m>" + doublingChain(10)), kTooMany);
+  std::string methods;
+  for (int i = 0; i < 5000; ++i) methods += "<m><a href='#0'/></m>";
+  EXPECT_EQ(messageOf(methods + doublingChain(14)), kTooMany) << "all methods together";
+}
+
+TEST(HostileReferences, AreBoundedInDepth) {
+  std::string content = "<m><a href='#0'/></m>";
+  for (int i = 0; i < 100000; ++i) {
+    content += numbered("<r id='", i, "'>") + numbered("<x href='#", i + 1, "'/></r>");
+  }
+  EXPECT_EQ(messageOf(content), "Values are nested too deep");
+}
+
+TEST(HostileReferences, AreBoundedInTextReadAgain) {
+  std::string references;
+  for (int i = 0; i < 1000; ++i) references += "<x href='#t'/>";
+  const std::string text(100000, 't');
+  EXPECT_EQ(messageOf("<m><a>" + references + "</a></m><r id='t'>" + text + "</r>"),
+            "Too much text is read through repeated references");
+}
+
+TEST(HostileReferences, ToManyElementsAreReadOnceEach) {
+  std::string references, anchors;
+  constexpr int kCount = 100000;
+  for (int i = 0; i < kCount; ++i) {
+    references += numbered("<x href='#", i, "'/>");
+    anchors += numbered("<r id='", i, "'>x</r>");
+  }
+  Value result = readReply("<m><a>" + references + "</a></m>" + anchors);
+  auto* outputs = static_cast<const BQDictionary*>(BQDictionaryGetValue(result, BQSTR("a")));
+  auto* values = static_cast<const BQArray*>(BQDictionaryGetValue(outputs, BQSTR("x")));
+  ASSERT_EQ(BQGetTypeID(values), BQArrayGetTypeID());
+  EXPECT_EQ(BQArrayGetCount(values), kCount);
+  EXPECT_EQ(notation(BQArrayGetValueAtIndex(values, kCount - 1)), "'x'");
+}
+
+TEST(HostileReferences, ByManyMethodsAreFoundInOneTable) {
+  std::string methods, anchors;
+  for (int i = 0; i < 20000; ++i) {
+    methods += numbered("<m><a href='#", i, "'/></m>");
+    anchors += numbered("<r id='", i, "'>") + numbered("", i, "</r>");
+  }
+  EXPECT_EQ(messageOf(methods + anchors), "{/Result: {a: '19999'}, a: '19999'}");
+}
+
+}  // namespace

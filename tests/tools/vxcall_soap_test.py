@@ -1,0 +1,203 @@
+"""Calls of SOAP servers of two other makes, in both generations and both forms."""
+import json
+import unittest
+
+from vxcall_case import SOAPDocumentPeer, SOAPPeer, VxcallCase, vxcall
+
+ENVELOPE_1999 = """<?xml version="1.0" encoding="UTF-8"?>
+  <SOAP-ENV:Envelope
+    xmlns:xsd="http://www.w3.org/1999/XMLSchema"
+    xmlns:xsi="http://www.w3.org/1999/XMLSchema-instance"
+    SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"
+    xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/"
+    xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/">
+%s  </SOAP-ENV:Envelope>
+"""
+
+ENVELOPE_2001 = """<?xml version="1.0" encoding="UTF-8"?>
+  <SOAP-ENV:Envelope
+    xmlns:xsd="http://www.w3.org/2001/XMLSchema"
+    xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance"
+    xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/"
+    SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"
+    xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/">
+%s  </SOAP-ENV:Envelope>
+"""
+
+HEADER = """      <SOAP-ENV:Header>
+        <a>1</a>
+        <b/>
+      </SOAP-ENV:Header>
+"""
+
+BODY = """      <SOAP-ENV:Body>
+        <{open}>
+          <n xsi:type="xsd:int">1</n>
+          <p2 xsi:type="xsd:string">a &lt; b</p2>
+          <d xsi:type="xsd:{date}">2005-02-28T13:45:09Z</d>
+          <l SOAP-ENC:arrayType="xsd:{item}[2]" xsi:type="SOAP-ENC:Array">
+            <item_0 xsi:type="xsd:boolean">true</item_0>
+            <item_1 xsi:type="SOAP-ENC:Dictionary">
+              <x xsi:type="xsd:double">2.5</x>
+            </item_1>
+          </l>
+          <e xsi:type="nil"/>
+        </{close}>
+      </SOAP-ENV:Body>
+"""
+
+
+def body(opening, closing, date, item):
+    return BODY.format(open=opening, close=closing, date=date, item=item)
+
+
+class RequestTest(VxcallCase):
+    def test_document_is_printed_byte_for_byte_and_not_sent(self):
+        rpc = ('m:sum xmlns:m="urn:x"', "m:sum")
+        document = ('sum xmlns="urn:x"', "sum")
+        for options, envelope, content in [
+            (["-p", "soap-1999"], ENVELOPE_1999, body(*rpc, "timeInstant", "ur-type")),
+            (["-p", "soap-1999", "--style", "doc"], ENVELOPE_1999, body(*rpc, "timeInstant", "ur-type")),
+            (["-p", "soap-2001"], ENVELOPE_2001, body(*document, "dateTime", "anyType")),
+            (["-p", "soap-2001", "--style", "doc"], ENVELOPE_2001, body(*document, "dateTime", "anyType")),
+            (["-p", "soap-2001", "--style", "rpc"], ENVELOPE_2001, body(*rpc, "dateTime", "anyType")),
+            (["-p", "soap-2001", "--soap-header", "<a>1</a>", "--soap-header", "<b/>"], ENVELOPE_2001,
+             HEADER + body(*document, "dateTime", "anyType")),
+        ]:
+            with self.subTest(options):
+                run = vxcall(*options, "-n", "urn:x", "--print-request", "http://127.0.0.1:1/", "sum", "n=1",
+                             "string:a < b", "d=date:2005-02-28T13:45:09Z", 'l=json:[true,{"x":2.5}]', "e=nil:")
+                self.assertEqual((run.returncode, run.stderr), (0, b""))
+                self.assertEqual(run.stdout.decode(), (envelope % content).replace("\n", "\r\n"))
+
+
+class SOAPCase(VxcallCase):
+    """Calls of another peer, with the result as Python sees its JSON."""
+    peer_class = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.peer = cls.peer_class()
+        cls.addClassCleanup(cls.peer.stop)
+
+    def value(self, *arguments):
+        return json.loads(self.call(*arguments))
+
+
+class RPCCases:
+    """The rpc form, in the generation of the class."""
+    peer_class = SOAPPeer
+    generation = None
+
+    def options(self, namespace="urn:echo"):
+        return ["-p", self.generation, "--style", "rpc", "-n", namespace]
+
+    def value(self, *arguments):
+        return super().value(*self.options(), *arguments)
+
+    def result(self, *arguments):
+        return self.value("--result", "value", *arguments)
+
+    def run_call(self, *arguments):
+        return vxcall(*self.options(), self.peer.url(), *arguments)
+
+    def test_values_of_each_type_come_back(self):
+        text = "<b> & ]]> \u00e9 \u20ac \u65e5\u672c"
+        for method, parameter, value in [
+            ("echoString", "string:" + text, text),
+            ("echoString", "string:007", "007"),
+            ("echoInt", "2147483647", 2147483647),
+            ("echoInt", "-2147483648", -2147483648),
+            ("echoDouble", "-1234.5625", -1234.5625),
+            ("echoDouble", "1e-7", 1e-7),
+            ("echoBoolean", "true", True),
+            ("echoBoolean", "false", False),
+            ("echoDate", "date:1998-07-17T14:08:55Z", "1998-07-17T14:08:55Z"),
+            ("echoBase64", "base64:" + "AAH/" * 100, "AAH/" * 100),
+        ]:
+            with self.subTest(parameter):
+                self.assertEqual(self.result(method, parameter), value)
+
+    def test_arrays_and_structures_come_back(self):
+        for value in [
+            [],
+            [1, "two", 2.5],
+            [[1, 2], [], [[3]]],
+            {"a": 1, "b": {"c": [1, 2], "d": "x"}},
+            [{"x": 1, "y": 2}, {"x": 3, "y": 4}],
+        ]:
+            with self.subTest(value):
+                self.assertEqual(self.result("echo", "json:" + json.dumps(value)), value)
+
+    def test_server_understands_each_type_as_it_was_meant(self):
+        text = self.result("received", "true", "false", "-7", "string:a=<b>", "base64:QUJD",
+                           "date:2005-02-28T13:45:09Z", "json:[[1],[]]", 'json:{"k":{"l":[]}}')
+        # Perl knows scalars only: which of them are numbers depends on their use.
+        self.assertEqual(text.replace('"', ""), "[1,0,-7,a=<b>,ABC,2005-02-28T13:45:09Z,[[1],[]],{k:{l:[]}}]")
+
+    def test_value_that_is_referred_to_stands_at_each_place(self):
+        run = self.run_call("--result", "value", "-v", "twice", 7)
+        self.assertEqual(json.loads(run.stdout), [{"x": 1, "list": [7]}] * 2)
+        self.assertGreaterEqual(run.stderr.decode().count('href="#'), 2)
+
+    def test_nil_is_beyond_this_server(self):
+        self.assert_complaint(self.run_call("received", "nil:"), 1, "Unspecified namespace for type 'nil'")
+
+    def test_result_is_one_output_or_all(self):
+        self.assertEqual(self.value("divide", 17, 5), {"quotient": 3, "remainder": 2})
+        self.assertEqual(self.value("--result", "remainder", "divide", 17, 5), 2)
+        full = self.value("--result", "quotient", "-o", "full", "divide", 17, 5)
+        self.assertEqual([full[key] for key in ("/Result", "quotient", "remainder")], [3, 3, 2])
+        self.assertEqual(self.value("nothing"), {})
+        self.assert_complaint(self.run_call("--result", "product", "divide", 17, 5), 3,
+                              "is not usable: Can't find method result parameter 'product' in reply")
+
+    def test_faults_have_their_text(self):
+        run = self.run_call("fault", "Client.Authentication", "string:no <way> & out")
+        self.assert_complaint(run, 1, "fault -1: no <way> & out")
+        self.assert_complaint(self.run_call("unknown"), 1, "fault -1: ")
+
+    def test_action_goes_as_a_header(self):
+        self.assertEqual(self.result("-H", 'SOAPAction: "urn:echo#echoInt"', "echoInt", 7), 7)
+        run = self.run_call("-H", "SOAPAction: urn:other#echoInt", "echoInt", 7)
+        self.assert_complaint(run, 1, "got 'urn:other#echoInt'")
+
+    def test_header_elements_arrive(self):
+        headers = ["--soap-header", '<t:one xmlns:t="urn:t">1</t:one>', "--soap-header", '<two xmlns="urn:u">zwei</two>']
+        run = vxcall(*self.options("urn:headers"), *headers, "--result", "value", self.peer.url(), "received")
+        self.assertEqual((run.stdout, run.stderr), (b'"{urn:t}one=1 {urn:u}two=zwei"\n', b""))
+
+    def test_calls_may_be_scheduled_and_repeated(self):
+        self.assertEqual(self.result("--async", "--repeat", 20, "echoInt", 7), 7)
+
+
+class RPC1999Test(RPCCases, SOAPCase):
+    generation = "soap-1999"
+
+
+class RPC2001Test(RPCCases, SOAPCase):
+    generation = "soap-2001"
+
+
+class DocumentTest(SOAPCase):
+    peer_class = SOAPDocumentPeer
+
+    def value(self, *arguments):
+        return super().value("-p", "soap-2001", "-n", "urn:orders", *arguments)
+
+    def test_outputs_have_the_names_of_the_reply(self):
+        # The reply of the document form tells no types, so that values are texts.
+        self.assertEqual(self.value("add", "a=2", "b=3"), {"ns1:sum": "5"})
+        self.assertEqual(self.value("--style", "doc", "--result", "ns1:sum", "add", "a=2", "b=3"), "5")
+
+    def test_elements_of_one_name_become_an_array(self):
+        self.assertEqual(self.value("split", "separator=,", "text=a,\u00e9,<c>"),
+                         {"ns1:parts": {"ns1:part": ["a", "\u00e9", "<c>"]}})
+
+    def test_fault_has_its_text(self):
+        run = vxcall("-p", "soap-2001", "-n", "urn:orders", self.peer.url(), "refuse", "reason=no <way> & out")
+        self.assert_complaint(run, 1, "fault -1: no <way> & out")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,82 @@
+/* Short forms for making calls and looking at their results in tests. */
+#ifndef TRANSPORT_CALL_H
+#define TRANSPORT_CALL_H
+
+#include <string>
+
+#include <BQ/BQ.h>
+#include <VX/VX.h>
+
+#include "values/Owned.h"
+
+namespace vx {
+
+inline Owned<const BQString> makeText(const std::string& text) {
+  return own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+}
+
+inline std::string textOfObject(BQTypeRef object) {
+  auto description = own(BQCopyDescription(object));
+  return BQStringGetUTF8Ptr(description.get());
+}
+
+/* An invocation of a test, released with it unless the test does it. */
+class TestCall {
+ public:
+  explicit TestCall(const std::string& url, const BQString* protocol = kVXXMLRPCProtocol) {
+    auto endpoint = own(BQURLCreateWithString(makeText(url).get(), nullptr));
+    invocation_ = VXMethodInvocationCreate(endpoint.get(), BQSTR("test.method"), protocol);
+  }
+  ~TestCall() { release(); }
+  TestCall(const TestCall&) = delete;
+  TestCall& operator=(const TestCall&) = delete;
+
+  TestCall& set(const BQString* key, BQTypeRef value) {
+    VXMethodInvocationSetProperty(invocation_, key, value);
+    return *this;
+  }
+  TestCall& set(const BQString* key, int value) {
+    return set(key, own(BQNumberCreate(kBQNumberIntType, &value)).get());
+  }
+
+  VXMethodInvocationRef get() const { return invocation_; }
+  void release() {
+    BQRelease(invocation_);
+    invocation_ = nullptr;
+  }
+
+  Owned<const BQDictionary> invoke() { return own(VXMethodInvocationInvoke(invocation_)); }
+
+ private:
+  VXMethodInvocationRef invocation_;
+};
+
+/* What a transport fault says: "message domain error"; the description of the result if it is none. */
+inline std::string failureOf(const BQDictionary* result) {
+  BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
+  bool isTransportFault = VXMethodResultIsFault(result) &&
+                          BQEqual(BQDictionaryGetValue(result, kVXFaultString), BQSTR("/BQStreamFault")) &&
+                          textOfObject(BQDictionaryGetValue(result, kVXFaultCode)) == "-65794" &&
+                          BQGetTypeID(extra) == BQDictionaryGetTypeID() &&
+                          BQDictionaryGetCount(static_cast<const BQDictionary*>(extra)) == 3;
+  if (!isTransportFault) return textOfObject(result);
+  auto entry = [extra](const BQString* key) {
+    return textOfObject(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), key));
+  };
+  return entry(kVXStreamErrorMessage) + " " + entry(kVXStreamErrorDomain) + " " + entry(kVXStreamErrorError);
+}
+
+inline std::string valueOf(const BQDictionary* result) {
+  if (VXMethodResultIsFault(result)) return textOfObject(result);
+  return textOfObject(BQDictionaryGetValue(result, kVXMethodInvocationResult));
+}
+
+/* The body of a reply that returns a string. */
+inline std::string replyBody(const std::string& text) {
+  return "<?xml version=\"1.0\"?><methodResponse><params><param><value><string>" + text +
+         "</string></value></param></params></methodResponse>";
+}
+
+}  // namespace vx
+
+#endif

@@ -1,0 +1,163 @@
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+#include "Call.h"
+#include "support/ScriptedPeer.h"
+
+namespace vx {
+namespace {
+
+/* Counts what the library does with a context, and what its callback receives. */
+struct Recorder {
+  int retained = 0;
+  int released = 0;
+  int delivered = 0;
+  VXMethodInvocationRef invocation = nullptr;
+  std::string value;
+
+  VXClientContext context() {
+    return {0, this,
+            [](void* info) -> void* {
+              ++static_cast<Recorder*>(info)->retained;
+              return info;
+            },
+            [](void* info) { ++static_cast<Recorder*>(info)->released; }, nullptr};
+  }
+
+  static void receive(VXMethodInvocationRef invocation, void* info, const BQDictionary* result) {
+    auto* recorder = static_cast<Recorder*>(info);
+    ++recorder->delivered;
+    recorder->invocation = invocation;
+    recorder->value = valueOf(result);
+    BQRelease(result);
+  }
+};
+
+/* Runs a mode until a condition holds, for a while at most. */
+template <class Condition>
+void runUntil(const BQString* mode, Condition condition) {
+  for (int i = 0; i < 10000 && !condition(); ++i) BQRunLoopRunInMode(mode, 5, true);
+}
+
+TEST(Execution, SynchronousCallDropsTheCallbackAndItsContext) {
+  ScriptedPeer peer({reply(okResponse(replyBody("hello")))});
+  TestCall call(peer.url());
+  Recorder recorder;
+  VXClientContext context = recorder.context();
+  VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
+  EXPECT_EQ(recorder.retained, 1);
+  EXPECT_EQ(valueOf(call.invoke().get()), "hello");
+  EXPECT_EQ(recorder.released, 1);
+  call.release();
+  EXPECT_EQ(recorder.released, 1);
+  EXPECT_EQ(recorder.delivered, 0);
+}
+
+TEST(Execution, ScheduledCallDeliversOnceWithTheRetainedInfo) {
+  ScriptedPeer peer({reply(okResponse(replyBody("later")))});
+  TestCall call(peer.url());
+  Recorder recorder;
+  VXClientContext context = recorder.context();
+  VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
+  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), BQSTR("my mode"));
+  runUntil(BQSTR("my mode"), [&] { return recorder.delivered > 0; });
+  BQRunLoopRunInMode(BQSTR("my mode"), 0, false);
+  EXPECT_EQ(recorder.delivered, 1);
+  EXPECT_EQ(recorder.invocation, call.get());
+  EXPECT_EQ(recorder.value, "later");
+  call.release();
+  EXPECT_EQ(recorder.released, 1);
+}
+
+TEST(Execution, TimersOfOtherModesDoNotFireDuringASynchronousCall) {
+  Gate gate;
+  ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(okResponse(replyBody("x")))});
+  int fired = 0;
+  BQRunLoopTimerContext context = {0, &fired, nullptr, nullptr, nullptr};
+  auto timer = own(BQRunLoopTimerCreate(
+      BQAbsoluteTimeGetCurrent() - 1, 0.001, 0, 0,
+      [](BQRunLoopTimer*, void* info) { ++*static_cast<int*>(info); }, &context));
+  BQRunLoopAddTimer(BQRunLoopGetCurrent(), timer.get(), kBQRunLoopDefaultMode);
+  TestCall call(peer.url());
+  gate.open();
+  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  EXPECT_EQ(fired, 0);
+  BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+  EXPECT_EQ(fired, 1);
+  BQRunLoopTimerInvalidate(timer.get());
+}
+
+TEST(Execution, UnschedulingWithoutACallDoesNothing) {
+  TestCall call("http://127.0.0.1/");
+  VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false), kBQRunLoopRunFinished);
+}
+
+TEST(Execution, AnInvocationCallsAgainWithTheSameConnection) {
+  ScriptedPeer peer({replies(
+      {okResponse(replyBody("one")), okResponse(replyBody("two")), okResponse(replyBody("three"))})});
+  TestCall call(peer.url());
+  for (const char* expected : {"one", "two", "three"}) EXPECT_EQ(valueOf(call.invoke().get()), expected);
+  EXPECT_EQ(peer.connectionCount(), 1u);
+}
+
+/* Calls another invocation from inside the callback of the first. */
+TEST(Execution, CallbackMayCallSynchronously) {
+  ScriptedPeer peer({replies({okResponse(replyBody("outer")), okResponse(replyBody("inner"))})});
+  struct Nested {
+    std::string url, outer, inner;
+  } nested{peer.url(), {}, {}};
+  TestCall call(peer.url());
+  VXClientContext context = {0, &nested, nullptr, nullptr, nullptr};
+  VXMethodInvocationSetCallBack(
+      call.get(),
+      [](VXMethodInvocationRef, void* info, const BQDictionary* result) {
+        auto* state = static_cast<Nested*>(info);
+        state->outer = valueOf(result);
+        BQRelease(result);
+        TestCall inner(state->url);
+        state->inner = valueOf(inner.invoke().get());
+      },
+      &context);
+  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  runUntil(kBQRunLoopDefaultMode, [&] { return !nested.inner.empty(); });
+  EXPECT_EQ(nested.outer, "outer");
+  EXPECT_EQ(nested.inner, "inner");
+}
+
+/* The last reference goes at a time when the call is in some state. */
+TEST(Execution, ReleaseOfAScheduledInvocationEndsItQuietly) {
+  for (int passes : {0, 1, 2}) {
+    ScriptedPeer peer({Script().expectRequest().waitForClose()});
+    Recorder recorder;
+    VXClientContext context = recorder.context();
+    TestCall call(peer.url());
+    VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
+    VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+    for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+    call.release();
+    EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false), kBQRunLoopRunFinished) << passes;
+    EXPECT_EQ(recorder.delivered, 0);
+    EXPECT_EQ(recorder.released, 1);
+  }
+}
+
+TEST(Execution, EveryThreadHasItsOwnCalls) {
+  VXMethodInvocationGetTypeID();
+  ScriptedPeer peer({replies(std::vector<std::string>(20, okResponse(replyBody("ok"))))});
+  std::vector<std::thread> threads;
+  std::vector<int> succeeded(4);
+  for (int& count : succeeded) {
+    threads.emplace_back([&count, &peer] {
+      TestCall call(peer.url());
+      for (int i = 0; i < 20; ++i) count += valueOf(call.invoke().get()) == "ok";
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(succeeded, std::vector<int>(4, 20));
+}
+
+}  // namespace
+}  // namespace vx

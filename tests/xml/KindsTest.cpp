@@ -1,0 +1,119 @@
+#include "xml/Kinds.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "support/Values.h"
+#include "xml/SOAPNamespaces.h"
+
+namespace {
+
+using namespace support;
+
+TEST(Kinds, FollowTheClassOfAValue) {
+  const std::pair<Value, VXTypeID> rows[] = {{Value::retain(kBQNull), kVXTypeNull},
+                                             {Value::retain(kBQBooleanTrue), kVXTypeBoolean},
+                                             {integer(5), kVXTypeInteger},
+                                             {integer(5, kBQNumberSInt64Type), kVXTypeInteger},
+                                             {integer(5, kBQNumberFloatType), kVXTypeDouble},
+                                             {real(5), kVXTypeDouble},
+                                             {string(""), kVXTypeString},
+                                             {date(0), kVXTypeDate},
+                                             {blob(""), kVXTypeData},
+                                             {array({}), kVXTypeArray},
+                                             {dictionary({}), kVXTypeDictionary},
+                                             {url("http://localhost/"), kVXTypeUnknown},
+                                             {tree("<a/>"), kVXTypeUnknown},
+                                             {Value(), kVXTypeUnknown}};
+  for (const auto& [value, kind] : rows) {
+    EXPECT_EQ(VXGetVXTypeIDFromBQType(value), kind) << notation(value.get());
+    BQTypeID typeID = kind == kVXTypeUnknown ? 0 : BQGetTypeID(value);
+    EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(kind), typeID) << notation(value.get());
+  }
+  EXPECT_EQ(VXGetBQTypeIDFromVXTypeID(static_cast<VXTypeID>(10)), 0u);
+}
+
+TEST(Kinds, SchemaNamesStandForThem) {
+  const std::pair<VXTypeID, const char*> rows[] = {
+      {kVXTypeNull, "nil null NULL"},          {kVXTypeBoolean, "boolean bool"},
+      {kVXTypeInteger, "i4 int long short"},   {kVXTypeString, "string"},
+      {kVXTypeDate, "timeInstant dateTime"},   {kVXTypeData, "base64 base64Binary"},
+      {kVXTypeDouble, "double decimal float"}, {kVXTypeArray, "Array"},
+      {kVXTypeDictionary, "Dictionary"},       {kVXTypeUnknown, "Int array dictionary integer Null"}};
+  const BQString* known[] = {vx::VX_SOAP_1999_SCHEMA_NAMESPACE, vx::VX_SOAP_2001_SCHEMA_NAMESPACE,
+                             vx::VX_SOAP_1999_ENCODING_NAMESPACE, vx::VX_SOAP_2001_ENCODING_NAMESPACE};
+  for (auto [kind, names] : rows) {
+    std::istringstream words(names);
+    for (std::string name; words >> name;) {
+      for (const BQString* uri : known) EXPECT_EQ(vx::VXQualifiedtoVXType(uri, string(name)), kind) << name;
+      for (const BQString* uri : {static_cast<const BQString*>(nullptr), BQSTR("urn:other")}) {
+        EXPECT_EQ(vx::VXQualifiedtoVXType(uri, string("any:" + name)), kind) << name;
+        EXPECT_EQ(vx::VXQualifiedtoVXType(uri, string(name)), kVXTypeUnknown) << name;
+      }
+    }
+  }
+}
+
+TEST(Kinds, SchemaNamesAreUnderstoodByNamespaceOrByPrefix) {
+  const BQString* schema = vx::VX_SOAP_2001_SCHEMA_NAMESPACE;
+  EXPECT_EQ(vx::VXQualifiedtoVXType(BQSTR("HTTP://WWW.W3.ORG/2001/XMLSCHEMA"), BQSTR("int")), kVXTypeInteger);
+  EXPECT_EQ(vx::VXQualifiedtoVXType(schema, BQSTR("xsd:int")), kVXTypeUnknown) << "not both";
+  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("a:b:int")), kVXTypeInteger) << "the last colon counts";
+  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("int:")), kVXTypeUnknown);
+  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR(":int")), kVXTypeUnknown) << "no prefix";
+}
+
+TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
+  const std::pair<std::string, const char*> rows[] = {
+      {"42", "42"},
+      {" -7", "-7"},
+      {"\t\n +8", "8"},
+      {"0x1F", "31"},
+      {"-0X1f", "-31"},
+      {"010", "8"},
+      {"08", "0"},
+      {"12abc", "12"},
+      {"abc", "0"},
+      {"", "0"},
+      {"-", "0"},
+      {"2147483647", "2147483647"},
+      {"2147483648", "2147483648L"},
+      {"-2147483648", "-2147483648"},
+      {"-2147483649", "-2147483649L"},
+      {"999999999999999999", "999999999999999999L"},
+      {"99999999999999999999", "9223372036854775807L"},
+      {"-99999999999999999999", "-9223372036854775808L"},
+      {"\u65e5"
+       "5",
+       "5"},
+      {"5\u65e5"
+       "5",
+       "5"}, /* a character beyond ASCII is one blank */
+      {std::string(127, ' ') + "42", "4"},
+      {std::string(128, ' ') + "42", "0"}}; /* 128 characters count */
+  for (const auto& [digits, number] : rows) {
+    EXPECT_EQ(notation(Value::adopt(vx::makeIntValueFromString(string(digits))).get()), number) << digits;
+  }
+}
+
+TEST(Kinds, EntriesAreReadAsIntegersIfTheyFit) {
+  const std::pair<Value, int> rows[] = {
+      {integer(5), 5}, {real(6), 6},      {integer(int64_t{1} << 40, kBQNumberSInt64Type), 99},
+      {real(2.5), 99}, {string("5"), 99}, {Value::retain(kBQBooleanTrue), 99},
+      {Value(), 99},
+  };
+  for (const auto& [value, number] : rows) {
+    EXPECT_EQ(vx::getDictNumber(dictionary({{"k", value}}), BQSTR("k"), 99), number) << notation(value.get());
+  }
+  EXPECT_EQ(vx::getDictNumber(nullptr, BQSTR("k"), 99), 99);
+}
+
+TEST(Kinds, ControlEntriesAreNoMembers) {
+  for (const char* key : {"", "/", "/VXRecordParamOrder"}) EXPECT_FALSE(vx::isValidKey(string(key))) << key;
+  for (const char* key : {"a", "a/b", " /"}) EXPECT_TRUE(vx::isValidKey(string(key))) << key;
+  EXPECT_FALSE(vx::isValidKey(nullptr));
+}
+
+}  // namespace
