@@ -1,0 +1,127 @@
+#include <BQ/BQ.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <cstdint>
+#include <string>
+
+#include "support/PlatformValues.h"
+
+namespace {
+
+using namespace values;
+using namespace std::string_literals;
+
+template <class... Arguments>
+std::string format(std::string_view format, Arguments... arguments) {
+  return text(own(BQStringCreateWithFormat(string(format).get(), arguments...)));
+}
+
+TEST(Format, PrintfConversions) {
+  const std::pair<std::string, std::string> kRows[] = {
+      {format("plain"), "plain"},
+      {format(""), ""},
+      {format("100%%"), "100%"},
+      {format("%d|%i|%u", INT_MIN, -1, UINT_MAX), "-2147483648|-1|4294967295"},
+      {format("%4.4u|%-6d|%+d|% d|%06d", 42u, 42, 42, 42, -42), "0042|42    |+42| 42|-00042"},
+      {format("%x|%X|%#x|%o|%#o", 255, 255, 255, 8, 8), "ff|FF|0xff|10|010"},
+      {format("%hhd|%hd|%hhu", 300, 70000, 511), "44|4464|255"},
+      {format("%ld|%lld|%qd|%lu", LONG_MIN, LLONG_MAX, 5LL, ULONG_MAX),
+       "-9223372036854775808|9223372036854775807|5|18446744073709551615"},
+      {format("%jd|%zd|%zu|%td", INTMAX_MIN, ssize_t{-3}, SIZE_MAX, ptrdiff_t{-4}),
+       "-9223372036854775808|-3|18446744073709551615|-4"},
+      {format("%.8g|%g|%G|%e|%.0f|%10.3f|%-8.1f|", 0.1, 1e-10, 1e-10, 12345.678, 2.5, 3.14159, 2.25),
+       "0.1|1e-10|1E-10|1.234568e+04|2|     3.142|2.2     |"},
+      {format("%f|%F|%a", 1e15, 0.5, 1.0), "1000000000000000.000000|0.500000|0x1p+0"},
+      {format("%.2Lf|%Lg", 1.005L, 1e-5L), "1.00|1e-05"},
+      {format("%*d|%-*d|%.*f|%*.*f", 5, 42, 5, 42, 2, 3.14159, 7, 1, 2.71828), "   42|42   |3.14|    2.7"},
+      {format("%s|%10s|%-4s|%.2s|%.*s", "text", "right", "l", "cut", 3, "starred"),
+       "text|     right|l   |cu|sta"},
+      {format("%c%c", 'a', '\0'), "a\0"s},
+      {format("%s", static_cast<const char*>(nullptr)), "(null)"},
+      {format("%p", static_cast<void*>(nullptr)), "(nil)"},
+      {format("%p", reinterpret_cast<void*>(0x1234)), "0x1234"},
+      {format("%.3d|%+.2e", 5, 0.0), "005|+0.00e+00"},
+  };
+  for (const auto& [actual, expected] : kRows) EXPECT_EQ(actual, expected);
+}
+
+TEST(Format, LongResultsAreWhole) {
+  for (size_t length : {126u, 127u, 128u, 129u, 5000u}) {
+    std::string argument(length, 'x');
+    EXPECT_EQ(format("<%s>", argument.c_str()), "<" + argument + ">");
+    EXPECT_EQ(format("%*d", static_cast<int>(length), 7), std::string(length - 1, ' ') + "7");
+  }
+}
+
+TEST(Format, ObjectsShowTheirDescription) {
+  auto values = array({BQSTR("s"), integer(1).get(), nullptr});
+  EXPECT_EQ(format("[%@] [%@]", BQSTR("s"), static_cast<BQTypeRef>(nullptr)), "[s] [(null)]");
+  EXPECT_EQ(format("%@ %d %@", values.get(), 7, kBQBooleanTrue), "[\"s\", 1, (null)] 7 true");
+}
+
+TEST(Format, TargetMayBeInsideTheObject) {
+  auto target = mutableString("target");
+  auto holder = array({target.get(), target.get()});
+  BQStringAppendFormat(target.get(), BQSTR(" %@"), holder.get());
+  EXPECT_EQ(text(target), "target [\"target \", \"target \"]");
+}
+
+TEST(Format, PercentSignsInArgumentsAreText) {
+  EXPECT_EQ(format("%@|%s|%@", BQSTR("%d%n%@"), "%s%%", array({BQSTR("%x")}).get()), "%d%n%@|%s%%|[\"%x\"]");
+}
+
+TEST(Format, WhatIsNoConversionStaysText) {
+  const std::string kRows[] = {"%",
+                               "50%",
+                               "%5",
+                               "%-",
+                               "%l",
+                               "%ll",
+                               "% y",
+                               "%y",
+                               "%\xC3\xA9",
+                               "%5.2",
+                               "%1$d"s,
+                               "a%\0b"s,
+                               "%" + std::string(100, '1') + "d"};
+  for (const std::string& row : kRows) EXPECT_EQ(format(row, 1), row) << row;
+}
+
+TEST(Format, CountsAreNotWritten) {
+  int count = 77;
+  long longCount = 77;
+  EXPECT_EQ(format("ab%n|%ln|%5hhn|%d", &count, &longCount, &count, 5), "ab%n|%ln|%5hhn|5");
+  EXPECT_EQ(count, 77);
+  EXPECT_EQ(longCount, 77);
+}
+
+TEST(Format, MalformedBytesAreReplaced) {
+  EXPECT_EQ(format("%s", "a\xFFz"), "a\uFFFDz");
+  EXPECT_EQ(format("%.2s|", "\xE2\x82\xAC"), "\uFFFD\uFFFD|");
+  EXPECT_EQ(format("%c", 0xE9), "\uFFFD");
+  EXPECT_EQ(format("\xE2\x82\xAC%d", 5), "\u20AC5");
+}
+
+TEST(Format, WideTextDoesNotDependOnTheLocale) {
+  const std::pair<std::string, std::string> kRows[] = {
+      {format("%ls|%S", L"plain", L"\u20ACuro"), "plain|\u20ACuro"},
+      {format("%lc%C", wint_t{0x20AC}, wint_t{L'x'}), "\u20ACx"},
+      {format("%.4ls|%6ls", L"\u20AC\u20AC", L"\u20AC"), "\u20AC|   \u20AC"},
+  };
+  for (const auto& [actual, expected] : kRows) EXPECT_EQ(actual, expected);
+}
+
+TEST(Format, NumbersDoNotFollowTheLocale) {
+  const char* kCandidates[] = {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8"};
+  bool found = false;
+  for (const char* candidate : kCandidates) found = found || std::setlocale(LC_ALL, candidate) != nullptr;
+  if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+  EXPECT_EQ(format("%.1f|%'d|%Lg", 1.5, 1234567, 2.5L), "1.5|1234567|2.5");
+  EXPECT_EQ(BQStringGetDoubleValue(BQSTR("2.5")), 2.5);
+  EXPECT_EQ(describe(real(0.5).get()), "0.5");
+  std::setlocale(LC_ALL, "C");
+}
+
+}  // namespace
