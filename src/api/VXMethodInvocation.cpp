@@ -58,29 +58,29 @@ VXMethodInvocationRef VXMethodInvocationCreate(const BQURL* url, const BQString*
 
 void VXMethodInvocationSetParameters(VXMethodInvocationRef invocation, const BQDictionary* parameters,
                                      const BQArray* parameterOrder) {
-  if (invocation != nullptr) invocation->invocation->setParameters(parameters, parameterOrder);
+  if (invocation != nullptr) invocation->wrapped->setParameters(parameters, parameterOrder);
 }
 
 const BQDictionary* VXMethodInvocationCopyParameters(VXMethodInvocationRef invocation,
                                                      const BQArray** parameterOrder) {
   if (parameterOrder != nullptr) *parameterOrder = nullptr;
   const BQDictionary* parameters = nullptr;
-  if (invocation != nullptr) invocation->invocation->getParameters(&parameters, parameterOrder);
+  if (invocation != nullptr) invocation->wrapped->getParameters(&parameters, parameterOrder);
   return parameters;
 }
 
 void VXMethodInvocationSetProperty(VXMethodInvocationRef invocation, const BQString* key, BQTypeRef value) {
-  if (invocation != nullptr) invocation->invocation->setProperty(key, value);
+  if (invocation != nullptr) invocation->wrapped->setProperty(key, value);
 }
 
 BQTypeRef VXMethodInvocationCopyProperty(VXMethodInvocationRef invocation, const BQString* key) {
-  return invocation == nullptr ? nullptr : BQRetain(invocation->invocation->getProperty(key));
+  return invocation == nullptr ? nullptr : BQRetain(invocation->wrapped->getProperty(key));
 }
 
 void VXMethodInvocationAddSerializationOverride(VXMethodInvocationRef invocation, BQTypeID typeID,
                                                 VXSerializeOverrideFunc function,
                                                 const VXClientContext* context) {
-  if (invocation != nullptr) invocation->invocation->addSerializationOverride(typeID, function, context);
+  if (invocation != nullptr) invocation->wrapped->addSerializationOverride(typeID, function, context);
 }
 
 void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocation,
@@ -88,25 +88,25 @@ void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocati
                                                   VXDeserializeOverrideFunc function,
                                                   const VXClientContext* context) {
   if (invocation == nullptr) return;
-  invocation->invocation->addDeserializationOverride(typeNamespace, typeName, function, context);
+  invocation->wrapped->addDeserializationOverride(typeNamespace, typeName, function, context);
 }
 
 void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocationCallbackFunc callback,
                                    const VXClientContext* context) {
-  if (invocation != nullptr) invocation->invocation->setCallback(callback, context);
+  if (invocation != nullptr) invocation->wrapped->setCallback(callback, context);
 }
 
 void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                            const BQString* mode) {
   if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->invocation->getSource();
+  vx::VXRunLoopSource* source = invocation->wrapped->getSource();
   if (source != nullptr && source->addToRunLoop(runLoop, mode)) source->signal();
 }
 
 void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                              const BQString* mode) {
   if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->invocation->getSource();
+  vx::VXRunLoopSource* source = invocation->wrapped->getSource();
   if (source != nullptr) source->removeFromRunLoop(runLoop, mode);
 }
 
@@ -125,7 +125,7 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {
   if (invocation == nullptr) return nullptr;
-  auto agreement = vx::own(invocation->invocation->copyAgreement());
+  auto agreement = vx::own(invocation->wrapped->copyAgreement());
   return agreement == nullptr ? nullptr : BQPropertyListCreateXMLData(agreement.get());
 }
 
