@@ -21,6 +21,13 @@ void _syncCallback(VXMethodInvocationRef, void* info, const BQDictionary* result
   *static_cast<const BQDictionary**>(info) = result;
 }
 
+/* The result of a call that a function of the caller's made impossible, owned by the caller. */
+const BQDictionary* createFaultResult(const BQString* message) {
+  vx::WebServiceResult result;
+  result.becomeFault(message);
+  return BQDictionaryCreateCopy(result.resultDictionary.get());
+}
+
 /* An invocation of a protocol, recognised by identity; null for anything else. */
 vx::WebServiceMethodInvocation* createInvocation(const BQURL* url, const BQString* methodName,
                                                  const BQString* protocol) {
@@ -93,7 +100,10 @@ void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocati
 
 void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocationCallbackFunc callback,
                                    const VXClientContext* context) {
-  if (invocation != nullptr) invocation->wrapped->setCallback(callback, context);
+  if (invocation == nullptr) return;
+  /* The context that is dropped may hold the last reference. */
+  auto kept = vx::retain(invocation);
+  invocation->wrapped->setCallback(callback, context);
 }
 
 void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
@@ -112,15 +122,24 @@ void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, B
 
 const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
   if (invocation == nullptr) return nullptr;
+  auto kept = vx::retain(invocation);
+  vx::WebServiceMethodInvocation* call = invocation->wrapped;
+  if (!call->giveUpCall()) return createFaultResult(BQSTR("The invocation is being made already"));
   const BQDictionary* result = nullptr;
   VXClientContext context = {0, &result, nullptr, nullptr, nullptr};
   VXMethodInvocationSetCallBack(invocation, _syncCallback, &context);
   BQRunLoop* runLoop = BQRunLoopGetCurrent();
   VXMethodInvocationScheduleWithRunLoop(invocation, runLoop, kVXSyncMode);
-  while (result == nullptr) BQRunLoopRunInMode(kVXSyncMode, 1e30, true);
+  /* An override may have set another callback, which gets the result, or taken the call off the mode. */
+  bool isInMode = true;
+  while (result == nullptr && isInMode && !call->isCallOver()) {
+    isInMode = BQRunLoopRunInMode(kVXSyncMode, 1e30, true) != kBQRunLoopRunFinished;
+  }
   VXMethodInvocationUnscheduleFromRunLoop(invocation, runLoop, kVXSyncMode);
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
-  return result;
+  if (result != nullptr) return result;
+  call->giveUpCall();
+  return createFaultResult(BQSTR("The call was taken away"));
 }
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {
