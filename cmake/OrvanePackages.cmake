@@ -29,23 +29,25 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME liborvane${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Two shared libraries: libvx makes and answers remote procedure calls; libbq has the values, the run loop, the HTTP streams and the XML trees that it stands on.")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Two shared libraries: libvx makes and answers remote procedure calls; libbq
+has the values, run loop, HTTP streams and XML trees that it stands on.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborvane-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "What it takes to build programs with libvx and libbq: headers, CMake package and pkg-config modules.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "What it takes to build programs with libvx and libbq: headers, CMake package
+and pkg-config modules.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME orvane-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "The command line tools: vxcall makes one call and prints its result as JSON.")
 
-# Documents that Debian wants in every package are added to what the components install.
+# What Debian wants otherwise than the components install it is arranged before packing.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(${PROJECT_SOURCE_DIR}/packaging/debian/changelog.in ${PROJECT_BINARY_DIR}/packaging/changelog @ONLY)
-configure_file(${PROJECT_SOURCE_DIR}/packaging/debian/AddDocuments.cmake.in
-               ${PROJECT_BINARY_DIR}/packaging/AddDocuments.cmake @ONLY)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/packaging/AddDocuments.cmake)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/debian/ArrangeFiles.cmake.in
+               ${PROJECT_BINARY_DIR}/packaging/ArrangeFiles.cmake @ONLY)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_BINARY_DIR}/packaging/ArrangeFiles.cmake)
 
 include(CPack)
