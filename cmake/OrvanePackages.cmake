@@ -41,7 +41,7 @@ and pkg-config modules.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME orvane-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "The command line tools: vxcall makes one call and prints its result as JSON.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Command line tools that make such calls from the shell, and answer them.")
 
 # What Debian wants otherwise than the components install it is arranged before packing.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
