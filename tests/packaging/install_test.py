@@ -46,7 +46,9 @@ class InstallTest(InstalledTreeCase):
 
     def test_no_file_for_other_tools_names_a_place(self):
         for path in [*self.prefix.rglob("*.pc"), *self.prefix.rglob("*.cmake")]:
-            self.assertNotRegex(path.read_text(), "(?:%s|%s|%s|/usr/local)/" % (ROOT, BUILD, self.scratch), path.name)
+            self.assertNotRegex(path.read_text(), "%s|%s|%s" % (ROOT, BUILD, self.scratch), path.name)
+        for path in self.prefix.rglob("*.pc"):
+            self.assertRegex(path.read_text(), r"\Aprefix=\$\{pcfiledir\}/", path.name)
 
     def test_programs_build_with_the_cmake_package(self):
         folder = self.build_with_cmake()
