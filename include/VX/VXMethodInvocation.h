@@ -126,7 +126,9 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
 
 /**
  * Makes the call and waits for its result, in a private mode of the calling thread's run loop, so
- * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none.
+ * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none. An
+ * override that takes the invocation off that mode, or replaces the callback again, ends the call
+ * with a fault.
  *
  * @return The result dictionary, owned by the caller; never null for an invocation. There is no
  *         time limit unless kVXMethodInvocationTimeoutValue sets one.
@@ -134,8 +136,10 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 
 /**
- * Writes the invocation as an XML property list: its protocol, method name, endpoint, parameters
- * with their order, and properties. The callback and the overrides are not part of it.
+ * Writes the invocation as an XML property list: a dictionary of the protocol (under the key
+ * "ProtocolType"), the method name ("MethodName"), the endpoint's text ("ServiceURL"), the
+ * parameters ("ParamValues") with their order ("ParamOrder") and the properties ("Properties").
+ * The callback and the overrides are not part of it.
  *
  * @return The bytes, owned by the caller; null if a parameter or property is no property-list value.
  */

@@ -21,6 +21,13 @@ void _syncCallback(VXMethodInvocationRef, void* info, const BQDictionary* result
   *static_cast<const BQDictionary**>(info) = result;
 }
 
+/* The result of a call that can have no other any more; owned by the caller. */
+const BQDictionary* createFault(const BQString* message) {
+  vx::WebServiceResult result;
+  result.becomeFault(message);
+  return BQDictionaryCreateCopy(result.resultDictionary.get());
+}
+
 /* An invocation of a protocol, recognised by identity; null for anything else. */
 vx::WebServiceMethodInvocation* createInvocation(const BQURL* url, const BQString* methodName,
                                                  const BQString* protocol) {
@@ -117,10 +124,15 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
   VXMethodInvocationSetCallBack(invocation, _syncCallback, &context);
   BQRunLoop* runLoop = BQRunLoopGetCurrent();
   VXMethodInvocationScheduleWithRunLoop(invocation, runLoop, kVXSyncMode);
-  while (result == nullptr) BQRunLoopRunInMode(kVXSyncMode, 1e30, true);
+  while (result == nullptr && invocation->invocation->isScheduled(runLoop, kVXSyncMode)) {
+    BQRunLoopRunInMode(kVXSyncMode, 1e30, true);
+  }
   VXMethodInvocationUnscheduleFromRunLoop(invocation, runLoop, kVXSyncMode);
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
-  return result;
+  if (result != nullptr) return result;
+  /* A function of the caller's, called while the request was written, meddled with the call. */
+  invocation->invocation->dropSource();
+  return createFault(BQSTR("The invocation was taken out of its synchronous call"));
 }
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {

@@ -32,6 +32,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     VXMethodInvocationSetParameters(handle, parameters, array({string("b"), string("a"), string("c")}));
     VXMethodInvocationSetProperty(handle, kVXMethodInvocationTimeoutValue, integer(5));
     VXMethodInvocationSetProperty(handle, kVXHTTPFollowsRedirects, kBQBooleanFalse);
+    VXMethodInvocationSetProperty(handle, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
     Value data = Value::adopt(VXMethodInvocationCopySerialization(handle));
     Value list = Value::adopt(BQPropertyListCreateFromXMLData(data, nullptr));
     EXPECT_EQ(BQDictionaryGetCount(list), 6);
@@ -42,7 +43,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     EXPECT_EQ(bytes(Value::adopt(VXMethodInvocationCopySerialization(copied))), bytes(data));
     EXPECT_EQ(bytes(Value::adopt(copied->invocation->constructMessage(nullptr))),
               bytes(Value::adopt(handle->invocation->constructMessage(nullptr))))
-        << "the protocol and the method are the same";
+        << "the protocol, the method and the form of the body are the same";
     const BQArray* order = nullptr;
     Value copiedParameters = Value::adopt(VXMethodInvocationCopyParameters(copied, &order));
     EXPECT_TRUE(BQEqual(copiedParameters.get(), parameters.get()));

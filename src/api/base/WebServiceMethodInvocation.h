@@ -41,6 +41,10 @@ class WebServiceMethodInvocation : public VXSerializerBase {
    * moment; once its call has ended, the next one gets a new source.
    */
   VXRunLoopSource* getSource();
+  /* Whether a run of the mode can bring the present call further. */
+  bool isScheduled(BQRunLoop* runLoop, const BQString* mode) const;
+  /* Ends the present call, if there is one, without a result. */
+  void dropSource();
 
   /* Replaces the callback and its context. Both may be null. */
   void setCallback(VXInvocationCallbackFunc function, const VXClientContext* context);
