@@ -3,12 +3,12 @@
 #include <BQ/BQRunLoop.h>
 
 #include "Endpoint.h"
-#include "LibraryMute.h"
 #include "Parameters.h"
 #include "Properties.h"
-#include "Text.h"
+#include "common/LibraryMute.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* No limit, as the run loop has it: the library ends every call by itself. */
@@ -52,4 +52,4 @@ Result Call::performOnRunLoop() {
   return result;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

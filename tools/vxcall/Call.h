@@ -6,9 +6,9 @@
 #include <VX/VXMethodInvocation.h>
 
 #include "Options.h"
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using Result = Ref<const BQDictionary>;
 
@@ -27,6 +27,6 @@ class Call {
   bool async_;
 };
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

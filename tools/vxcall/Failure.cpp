@@ -5,9 +5,9 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* The library's own codes; see VXConstants.h. */
@@ -91,4 +91,4 @@ std::string describeServerFault(const BQDictionary* fault) {
   return line;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -7,10 +7,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 constexpr const char* kDescription = "Calls a method of an XML-RPC or SOAP server and prints the result.";
@@ -151,4 +151,4 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   return options;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

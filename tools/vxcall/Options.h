@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* What the user asked for, each value as it was written but known to be one of those allowed. */
 struct Options {
@@ -39,6 +39,6 @@ struct Options {
  */
 std::optional<Options> parseOptions(int argc, const char* const* argv);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

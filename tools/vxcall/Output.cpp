@@ -7,7 +7,7 @@
 
 #include "Json.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 std::string formatJson(BQTypeRef value) {
   return jsonFromValue(value).dump(2) + "\n";
@@ -25,4 +25,4 @@ bool writeOutput(const std::string& text) {
   return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

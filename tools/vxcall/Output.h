@@ -7,7 +7,7 @@
 
 #include <BQ/BQBase.h>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Any value as JSON, two blanks per level, with a line end. */
 std::string formatJson(BQTypeRef value);
@@ -18,6 +18,6 @@ std::optional<std::string> formatPropertyList(BQTypeRef value);
 /* Whether all of the text could be written to standard output; errno says why not. */
 bool writeOutput(const std::string& text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

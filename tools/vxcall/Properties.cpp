@@ -13,10 +13,10 @@
 
 #include "Endpoint.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 using Header = std::pair<std::string, std::string>;
@@ -106,4 +106,4 @@ void setTransportProperties(const Options& options, const SetProperty& set) {
   }
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -8,7 +8,7 @@
 
 #include "Options.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using SetProperty = std::function<void(const BQString* key, BQTypeRef value)>;
 
@@ -21,6 +21,6 @@ void setDocumentProperties(const Options& options, const SetProperty& set);
 /* Those that shape the HTTP exchange. Throws UsageError. */
 void setTransportProperties(const Options& options, const SetProperty& set);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

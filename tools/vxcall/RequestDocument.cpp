@@ -6,10 +6,10 @@
 #include "Endpoint.h"
 #include "Parameters.h"
 #include "Properties.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 std::string makeRequestDocument(const Options& options) {
   parseEndpoint(options.url);
@@ -27,4 +27,4 @@ std::string makeRequestDocument(const Options& options) {
           static_cast<size_t>(BQDataGetLength(document.get()))};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

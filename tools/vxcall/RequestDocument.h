@@ -6,11 +6,11 @@
 
 #include "Options.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* The document byte for byte. Throws UsageError if the options describe none. */
 std::string makeRequestDocument(const Options& options);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -17,9 +17,9 @@
 #include "Output.h"
 #include "RequestDocument.h"
 #include "Trace.h"
-#include "UsageError.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 enum ExitStatus { kExitResult = 0, kExitFault = 1, kExitUsage = 2, kExitFailure = 3 };
@@ -78,16 +78,16 @@ ExitStatus run(const Options& options) {
 }
 
 }  // namespace
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 int main(int argc, char** argv) {
   /* A reader that is gone shows as a failed write, which gets a message. */
   std::signal(SIGPIPE, SIG_IGN);
   try {
-    std::optional<vxcall::Options> options = vxcall::parseOptions(argc, argv);
-    return options ? vxcall::run(*options) : vxcall::kExitResult;
-  } catch (const vxcall::UsageError& error) {
-    vxcall::complain(error.what());
-    return vxcall::kExitUsage;
+    std::optional<tools::vxcall::Options> options = tools::vxcall::parseOptions(argc, argv);
+    return options ? tools::vxcall::run(*options) : tools::vxcall::kExitResult;
+  } catch (const tools::UsageError& error) {
+    tools::vxcall::complain(error.what());
+    return tools::vxcall::kExitUsage;
   }
 }
