@@ -94,9 +94,10 @@ class RepeatingDictionary {
     auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
                                   : BQArrayCreateMutable(0));
     if (!isArrayValue) BQArrayAppendValue(array.get(), present);
-    BQDictionarySetValue(dictionary_.get(), name, array.get());
-    made_.insert(array.get());
-    return array.get();
+    BQTypeRef made = array.get();
+    BQDictionarySetValue(dictionary_.get(), name, made);
+    made_.insert(made);
+    return made;
   }
 
   Owned<BQDictionary> dictionary_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
