@@ -93,7 +93,8 @@ void checkNumber(ByteReader& input) {
   Conversion conversion(input, "diouxXcaAeEfFgG");
   bool isInteger = std::string_view("diouxX").find(conversion.kind) != std::string_view::npos;
   size_t length = isInteger ? input.byte() % std::size(kLengths) : 2;
-  std::string format = literal(input) + conversion.text + kLengths[length] + conversion.kind + literal(input);
+  std::string before = literal(input), after = literal(input);
+  std::string format = before + conversion.text + kLengths[length] + conversion.kind + after;
   auto bits = input.number<uint64_t>();
   double real;
   std::memcpy(&real, &bits, sizeof real);
@@ -106,7 +107,8 @@ void checkNumber(ByteReader& input) {
 /* Text that is cut inside a character is made good, so that only ASCII compares. */
 void checkText(ByteReader& input) {
   Conversion conversion(input, "s");
-  std::string argument = literal(input) + literal(input);
+  std::string argument = literal(input);
+  argument += literal(input);
   compare(conversion, conversion.text + "s", argument.c_str());
   std::string wild(input.take(24));
   formatted("%s|%.5s", wild.c_str(), wild.c_str());
