@@ -30,11 +30,11 @@ inline VXProtocolHandlerRef makeSOAPHandler(const BQString* protocol) {
 
 /* One for each generation. They read alike. */
 inline VXProtocolHandlerRef olderHandler() {
-  static const VXProtocolHandlerRef handler = makeSOAPHandler(kVXSOAP1999Protocol);
+  static VXProtocolHandlerRef handler = makeSOAPHandler(kVXSOAP1999Protocol);
   return handler;
 }
 inline VXProtocolHandlerRef newerHandler() {
-  static const VXProtocolHandlerRef handler = makeSOAPHandler(kVXSOAP2001Protocol);
+  static VXProtocolHandlerRef handler = makeSOAPHandler(kVXSOAP2001Protocol);
   return handler;
 }
 

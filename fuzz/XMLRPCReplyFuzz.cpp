@@ -5,7 +5,7 @@
 
 int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   using namespace fuzz;
-  static const VXProtocolHandlerRef handler = VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol);
+  static VXProtocolHandlerRef handler = VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol);
   auto document = own(BQDataCreate(bytes, static_cast<BQIndex>(size)));
   auto read = [&] {
     return own(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("method"), document.get()));
