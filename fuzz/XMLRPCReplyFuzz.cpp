@@ -14,7 +14,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   check(result != nullptr);
   check(describe(result.get()) == describe(read().get()));
   BQTypeRef value = BQDictionaryGetValue(result.get(), kVXMethodInvocationResult);
-  /* A value that was read once is carried whole the second time, or at least makes no other trouble. */
+  /* What was read may be written again. Names of members are not escaped, so that it need not parse. */
   auto written = own(VXProtocolHandlerCopyReplyDocument(handler, nullptr, value));
   own(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("method"), written.get()));
   return 0;
