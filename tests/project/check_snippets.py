@@ -5,10 +5,10 @@ usage: check_snippets.py --source FOLDER [--build FOLDER] [--cc C] [--cxx C++] [
 
 A fenced block is treated as its language says:
 
-  c, cpp    Compiled. A block that defines functions is taken as a file, any other as statements of a
-            function with the parameters in FRAGMENT. A file whose first line is a comment with a name
-            ("// sum.cpp") is put under that name into the folder in which the sessions of the document
-            run, and one of them must name it.
+  c, cpp    Compiled. A block that includes headers or defines functions is taken as a file, any other as
+            statements of a function with the parameters in FRAGMENT. A file whose first line is a comment
+            with a name ("// sum.cpp") is put under that name into the folder in which the sessions of the
+            document run, and a session or another file must name it.
   python    Compiled, and named likewise.
   sh        For the reader's own machine: the syntax is checked, and that the programs exist.
   console   A session. A line that begins with "$ " is run, the lines below it are what it must print,
@@ -33,8 +33,8 @@ import sys
 import tempfile
 
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
-NAME = re.compile(r"(?://|/\*|#) ([\w.]+\.(?:c|cpp|py))\b")
-FUNCTION = re.compile(r"^(?!(?:if|for|while|switch|else|do)\b)\w.*\)\s*(?:const )?\{$", re.M)
+NAME = re.compile(r"(?://|/\*|#) ([\w.]+\.(?:c|cpp|h|py))\b")
+FILE = re.compile(r"^#include |^(?!(?:if|for|while|switch|else|do)\b)\w.*\)\s*(?:const )?\{$", re.M)
 DOCUMENTED_PORT = "8080"
 OPTIONAL_PROGRAMS = {"gdb", "valgrind"}
 SECONDS = 120
@@ -98,29 +98,33 @@ class Checker:
     def check(self, document):
         text = document.read_text()
         blocks = [Block(document.relative_to(self.options.source), text, match) for match in BLOCK.finditer(text)]
+        files = [block for block in blocks if block.name]
+        folder = self.scratch / document.stem
+        folder.mkdir()
+        for block in files:
+            (folder / block.name).write_text(block.text)
         for block in blocks:
             if block.language in STANDARD:
-                self.compile(block)
+                self.compile(block, folder)
             elif block.language == "python":
                 self.counts["compiled"] += 1
                 compile("\n" * (block.line - 1) + block.text, str(block.document), "exec")
             elif block.language == "sh":
                 self.check_commands(block)
         sessions = [block for block in blocks if block.language == "console"]
-        typed = "".join(session.text for session in sessions)
-        for block in blocks:
-            if block.name and block.name not in typed:
-                self.fail(block.place(), f"no session runs {block.name}")
+        for block in files:
+            if not any(block.name in other.text for other in sessions + files if other is not block):
+                self.fail(block.place(), f"no session uses {block.name}")
         if self.options.build:
-            Sessions(self, [block for block in blocks if block.name], document.stem).run(sessions)
+            Sessions(self, files, folder).run(sessions)
 
-    def compile(self, block):
+    def compile(self, block, folder):
         source = f'#line {block.line} "{block.document}"\n{block.text}'
-        if not FUNCTION.search(block.text):
+        if not FILE.search(block.text):
             source = FRAGMENT + source + "}\n"
         compiler = self.options.cc if block.language == "c" else self.options.cxx
         language = "c" if block.language == "c" else "c++"
-        command = [compiler, "-Wall", "-Wextra", "-Werror", f"-std={STANDARD[block.language]}", f"-I{self.include}",
+        command = [compiler, "-Wall", "-Wextra", "-Werror", f"-std={STANDARD[block.language]}", f"-I{self.include}", f"-I{folder}",
                    "-x", language, "-fsyntax-only", "-"]
         self.counts["compiled"] += 1
         if subprocess.run(command, input=source, text=True).returncode != 0:
@@ -165,16 +169,15 @@ class Checker:
 class Sessions:
     """Those of one document, which share a folder, its programs and its servers."""
 
-    def __init__(self, checker, programs, name):
+    def __init__(self, checker, programs, folder):
         self.checker = checker
         self.programs = programs
-        self.folder = checker.scratch / name
+        self.folder = folder
         self.environment = dict(os.environ, PATH=f"{checker.toolchain()}:{os.environ['PATH']}", LC_ALL="C.UTF-8")
         self.port = DOCUMENTED_PORT
         self.servers = []
 
     def run(self, sessions):
-        self.folder.mkdir()
         try:
             for session in sessions:
                 for offset, command, shown in sessions_of(session):
