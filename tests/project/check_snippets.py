@@ -12,8 +12,9 @@ A fenced block is treated as its language says:
   python    Compiled, and named likewise.
   sh        For the reader's own machine: the syntax is checked, and that the programs exist.
   console   A session. A line that begins with "$ " is run, the lines below it are what it must print,
-            both streams, "..." standing for any lines; a last line "(exit status N)" is the status if
-            it is not 0. What ends with "&" is a server: it runs until the document ends.
+            both streams; a last line "(exit status N)" is the status if it is not 0. What ends with "&"
+            is a server: it runs until the document ends.
+  text      Not checked.
 
 Without --build nothing can be run, and sessions are only read. The port 8080 of the documents is any
 free port here: a server is started with 0 in its place, and tells the port in the first line that it
@@ -75,14 +76,6 @@ def sessions_of(block):
     return commands
 
 
-def is_as_shown(shown, printed):
-    """Whether the lines agree; "..." among those that are shown stands for any number of lines."""
-    if "..." not in shown:
-        return shown == printed
-    pattern = "\n".join(".*" if line == "..." else re.escape(line) for line in shown)
-    return re.fullmatch(pattern, "\n".join(printed), re.S) is not None
-
-
 class Checker:
     def __init__(self, options, scratch):
         self.options = options
@@ -111,6 +104,8 @@ class Checker:
                 compile("\n" * (block.line - 1) + block.text, str(block.document), "exec")
             elif block.language == "sh":
                 self.check_commands(block)
+            elif block.language not in ("console", "text"):
+                self.fail(block.place(), f"nobody checks the language {block.language}")
         sessions = [block for block in blocks if block.language == "console"]
         for block in files:
             if not any(block.name in other.text for other in sessions + files if other is not block):
@@ -133,7 +128,7 @@ class Checker:
     def check_commands(self, block):
         syntax = subprocess.run(["bash", "-n"], input=block.text, text=True, capture_output=True)
         if syntax.returncode != 0:
-            self.fail(block.place(), syntax.stderr.strip())
+            return self.fail(block.place(), syntax.stderr.strip())
         for offset, line in enumerate(block.text.splitlines()):
             words = shlex.split(line, comments=True)
             while words and "=" in words[0]:
@@ -193,7 +188,7 @@ class Sessions:
             printed = self.start_server(command)
         else:
             printed = self.run_to_its_end(command)
-        if not is_as_shown(shown, printed):
+        if printed != shown:
             self.checker.fail(place, "prints something else: " + command)
             print("\n".join(difflib.unified_diff(shown, printed, "shown", "printed", lineterm="")))
 
