@@ -115,18 +115,20 @@ BQ_EXPORT void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation,
  * Starts the call on a run loop, in a mode. It makes progress while that run loop runs in that
  * mode, and ends with one call of the callback. The invocation must live until then; releasing it
  * earlier ends the call without a callback. After a result it may be scheduled again, which is a
- * new call. Called on the run loop's thread.
+ * new call. In several modes it makes progress in each. Called on the run loop's thread.
  */
 BQ_EXPORT void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                                      const BQString* mode);
 
-/** Takes the invocation off a run loop's mode. */
+/** Takes the invocation off a run loop's mode, in which its call then makes no progress. */
 BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                                        const BQString* mode);
 
 /**
  * Makes the call and waits for its result, in a private mode of the calling thread's run loop, so
- * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none.
+ * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none. A
+ * scheduled call that is under way is given up for it. From inside the making of its own call, by an
+ * override, an invocation cannot be invoked: the result is a fault.
  *
  * @return The result dictionary, owned by the caller; never null for an invocation. There is no
  *         time limit unless kVXMethodInvocationTimeoutValue sets one.

@@ -19,6 +19,8 @@ class VXRunLoopSource {
   virtual void perform() {}
   virtual void schedule(BQRunLoop* runLoop, const BQString* mode);
   virtual void cancel(BQRunLoop* runLoop, const BQString* mode);
+  /* Whether the source has started on what it was made for. */
+  virtual bool hasBegun() const { return false; }
   /* Whether what the source was made for has been done. */
   virtual bool isFinished() const { return false; }
 
@@ -30,6 +32,9 @@ class VXRunLoopSource {
   /* Both return true. */
   bool addToRunLoop(BQRunLoop* runLoop, const BQString* mode);
   bool removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode);
+
+  /* Whether one of its callbacks is running. */
+  bool isActive() const { return entries_ > 0; }
 
   /* Asks the run loop for a perform. */
   void signal() { BQRunLoopSourceSignal(source.get()); }

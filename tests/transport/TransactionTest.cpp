@@ -313,7 +313,7 @@ class MachineTest : public testing::Test {
           BQRelease(result);
         },
         &context);
-    source = static_cast<HTTPClosureSource*>(call.get()->invocation->getSource());
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
     source->getSourceCreatingIfNecessary();
   }
 
@@ -330,7 +330,7 @@ TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
   for (const Row& row : {Row{1, "Timed Out Waiting For Open -1 -65796"}, Row{4, "Timed Out -1 -65796"},
                          Row{5, "Uknown State 2 -65794"}, Row{-1, "Uknown State 2 -65794"}}) {
     MachineTest::failures.clear();
-    source = static_cast<HTTPClosureSource*>(call.get()->invocation->getSource());
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
     source->setState(row.state);
     source->perform();
     source->perform();

@@ -81,6 +81,7 @@ bool VXSerializerBase::hasDeserializationOverrides() const {
 }
 
 const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
+  if (value == nullptr) return nullptr;
   Owned<const BQString> result;
   if (parentSerializer != nullptr) result = own(parentSerializer->seriailizeOverride(value));
   BQTypeID typeID = BQGetTypeID(value);

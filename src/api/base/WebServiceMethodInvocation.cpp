@@ -69,11 +69,28 @@ VXRunLoopSource* WebServiceMethodInvocation::getSource() {
   return source;
 }
 
+bool WebServiceMethodInvocation::giveUpCall() {
+  if (isCallOver() || !source->hasBegun()) return true;
+  if (source->isActive()) return false;
+  std::exchange(source, nullptr)->retire();
+  return true;
+}
+
+bool WebServiceMethodInvocation::isCallOver() const {
+  return source == nullptr || source->isFinished();
+}
+
 void WebServiceMethodInvocation::setCallback(VXInvocationCallbackFunc function,
                                              const VXClientContext* context) {
-  callback = function;
+  /* The functions of either context may set another callback. That of the new one is in place, whole,
+   * before what they set is dropped. */
+  callback = nullptr;
   releaseContext(&clientContext);
-  retainContext(&clientContext, context);
+  VXClientContext retained;
+  retainContext(&retained, context);
+  callback = function;
+  std::swap(clientContext, retained);
+  releaseContext(&retained);
 }
 
 void WebServiceMethodInvocation::doCallback(WebServiceResult* result) {

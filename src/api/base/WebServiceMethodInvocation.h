@@ -42,6 +42,11 @@ class WebServiceMethodInvocation : public VXSerializerBase {
    */
   VXRunLoopSource* getSource();
 
+  /* Ends a call that is under way, without a callback. False if this is called from inside the call. */
+  bool giveUpCall();
+  /* Whether there is no call that will still give a result. */
+  bool isCallOver() const;
+
   /* Replaces the callback and its context. Both may be null. */
   void setCallback(VXInvocationCallbackFunc function, const VXClientContext* context);
 
