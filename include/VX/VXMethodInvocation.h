@@ -20,9 +20,6 @@
 
 BQ_EXTERN_C_BEGIN
 
-/** A method invocation. */
-typedef struct OpaqueVXMethodInvocationRef* VXMethodInvocationRef;
-
 /**
  * Receives the result of a scheduled call, on the thread of the run loop that performed it.
  *

@@ -109,7 +109,7 @@ void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocatio
 void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                            const BQString* mode) {
   if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->wrapped->getSource();
+  vx::VXRunLoopSource* source = invocation->wrapped->getSourceForCall();
   if (source != nullptr && source->addToRunLoop(runLoop, mode)) source->signal();
 }
 

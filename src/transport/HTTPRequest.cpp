@@ -17,6 +17,14 @@ const BQString* getStringProperty(WebServiceMethodInvocation* invocation, const 
   return value != nullptr ? static_cast<const BQString*>(value) : fallback;
 }
 
+/* The host as a header names it: an IPv6 address in brackets, and no port. */
+Owned<const BQString> copyHost(const BQURL* url) {
+  auto host = own(BQURLCopyHostName(url));
+  const BQRange all = {0, BQStringGetLength(host.get())};
+  bool isAddress = BQStringFind(host.get(), BQSTR(":"), all, kBQCompareExact, nullptr);
+  return isAddress ? own(BQStringCreateWithFormat(BQSTR("[%@]"), host.get())) : std::move(host);
+}
+
 const BQString* makeUserAgent() {
   BQBundle* bundle = BQBundleGetBundleWithIdentifier(kLibraryBundleIdentifier);
   auto info = own(BQBundleCopyInfoDictionary(bundle));
@@ -92,7 +100,7 @@ Owned<BQHTTPMessage> createHTTPRequest(WebServiceMethodInvocation* invocation, c
                                                                              getHttpVersion(invocation)));
   if (request == nullptr) return nullptr;
   BQHTTPMessageSetBody(request.get(), body);
-  auto host = own(BQURLCopyHostName(url));
+  auto host = copyHost(url);
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("User-Agent"), getUserAgentString());
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("Host"), host.get());
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("Content-Type"),

@@ -212,6 +212,14 @@ TEST(Transaction, SendsItsHeadersAndNoOthers) {
                    "SOAPAction: \"urn:a\"", agent}));
 }
 
+TEST(Transaction, HostOfAnIPv6AddressIsInBrackets) {
+  ScriptedPeer peer({reply(okResponse(replyBody("x")))}, true);
+  if (!peer.isListening()) GTEST_SKIP() << "the machine has no IPv6";
+  TestCall call(peer.url());
+  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  EXPECT_NE(peer.requests().at(0).find("\r\nHost: [::1]\r\n"), std::string::npos);
+}
+
 TEST(Transaction, TemplateGivesMethodURLAndHeaders) {
   ScriptedPeer peer({reply(okResponse(replyBody("x")))});
   auto url = own(BQURLCreateWithString(makeText(peer.url("/template")).get(), nullptr));
@@ -277,6 +285,14 @@ TEST(Transaction, CapturesWhatWasAskedFor) {
   }
 }
 
+TEST(Transaction, CapturesAreChosenAnewForTheNextCall) {
+  ScriptedPeer peer({replies({okResponse(replyBody("x")), okResponse(replyBody("x"))})});
+  TestCall call(peer.url());
+  EXPECT_EQ(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
+  call.set(kVXDebugIncomingBody, kBQBooleanTrue);
+  EXPECT_NE(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
+}
+
 TEST(Transaction, CapturesAreChosenWhenTheSourceIsMade) {
   ScriptedPeer peer({reply(okResponse(replyBody("x")))});
   TestCall call(peer.url());
@@ -330,7 +346,7 @@ TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
   for (const Row& row : {Row{1, "Timed Out Waiting For Open -1 -65796"}, Row{4, "Timed Out -1 -65796"},
                          Row{5, "Uknown State 2 -65794"}, Row{-1, "Uknown State 2 -65794"}}) {
     MachineTest::failures.clear();
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
     source->setState(row.state);
     source->perform();
     source->perform();
@@ -359,6 +375,27 @@ TEST_F(MachineTest, EventsSetTheStateAndUnknownOnesEndTheCall) {
   source->readStreamCallback(kBQStreamEventHasBytesAvailable);
   EXPECT_EQ(failures, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
   EXPECT_EQ(source->getState(), 3) << "events behind the end of the call are ignored";
+}
+
+TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
+  Gate gate;
+  ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(okResponse(replyBody("late")))});
+  TestCall call(peer.url());
+  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  while (peer.requests().empty()) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+  gVXDebug = gVXDebugVerbose = 1;
+  testing::internal::CaptureStderr();
+  auto* source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+  source->readStreamCallback(kBQStreamEventCanAcceptBytes);
+  gate.open();
+  while (peer.openConnectionCount() > 0) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+  for (int pass = 0; pass < 100; ++pass) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+  std::string printed = testing::internal::GetCapturedStderr();
+  gVXDebug = gVXDebugVerbose = 0;
+  const std::string ignored = "We shouldn't be serviging any more callback signals";
+  size_t first = printed.find(ignored);
+  EXPECT_NE(first, std::string::npos);
+  EXPECT_EQ(printed.find(ignored, first + 1), std::string::npos);
 }
 
 TEST(Transaction, LogsItsStepsWhenVerbose) {

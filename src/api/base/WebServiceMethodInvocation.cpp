@@ -63,8 +63,12 @@ void WebServiceMethodInvocation::populateAgreement(BQDictionary* agreement) cons
   BQDictionarySetValue(agreement, kAgreementProperties, getProperties());
 }
 
-VXRunLoopSource* WebServiceMethodInvocation::getSource() {
+VXRunLoopSource* WebServiceMethodInvocation::getSourceForCall() {
   if (source != nullptr && source->isFinished()) std::exchange(source, nullptr)->retire();
+  return getSource();
+}
+
+VXRunLoopSource* WebServiceMethodInvocation::getSource() {
   if (source == nullptr) source = createRunLoopSource();
   return source;
 }
