@@ -139,7 +139,7 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
   if (result != nullptr) return result;
   call->giveUpCall();
-  return createFaultResult(BQSTR("The call was taken away"));
+  return createFaultResult(BQSTR("The invocation was taken out of its synchronous call"));
 }
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {

@@ -58,6 +58,15 @@ void setProxy(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
   BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPProxy, settings.get());
 }
 
+void setReplySizeLimit(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
+  BQTypeRef value = invocation->getPropertyOfType(kVXHTTPReplySizeLimit, BQNumberGetTypeID());
+  int64_t bytes = 0;
+  BQNumberGetValue(static_cast<const BQNumber*>(value), kBQNumberSInt64Type, &bytes);
+  if (bytes <= 0) return;
+  auto limit = own(BQNumberCreate(kBQNumberSInt64Type, &bytes));
+  BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPMaximumReplySize, limit.get());
+}
+
 }  // namespace
 
 const BQString* getUserAgentString() {
@@ -112,6 +121,10 @@ void configureStream(WebServiceMethodInvocation* invocation, BQReadStream* strea
   setProxy(invocation, stream);
   BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPShouldAutoredirect,
                           getFollowsRedirects(invocation) ? kBQBooleanTrue : kBQBooleanFalse);
+  BQReadStreamSetProperty(
+      stream, kBQStreamPropertyTLSCertificateAuthorityFile,
+      invocation->getPropertyOfType(kVXHTTPCertificateAuthorityFile, BQStringGetTypeID()));
+  setReplySizeLimit(invocation, stream);
 }
 
 }  // namespace vx

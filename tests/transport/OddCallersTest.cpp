@@ -76,7 +76,7 @@ void ignoreResult(VXMethodInvocationRef, void* info, const BQDictionary* result)
   BQRelease(result);
 }
 
-constexpr const char* kTakenAway = "The call was taken away 2 -65794";
+constexpr const char* kTakenAway = "The invocation was taken out of its synchronous call 2 -65794";
 
 const struct {
   const char* what;

@@ -256,10 +256,44 @@ TEST(Transaction, GoesThroughAProxy) {
   EXPECT_EQ(headersOf(proxy.requests().at(0))[0], "POST http://unreachable.invalid/RPC2 HTTP/1.1");
 }
 
+TEST(Transaction, BoundsTheReplyAsTheLimitSays) {
+  const std::string body = replyBody("bounded");
+  const int size = static_cast<int>(body.size());
+  struct Row {
+    int limit;
+    std::string expected;
+  };
+  const std::string tooLarge = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " " +
+                               std::to_string(kBQStreamHTTPErrorReplyTooLarge);
+  for (const Row& row : {Row{size, "bounded"}, Row{size - 1, tooLarge}, Row{1, tooLarge}, Row{0, "bounded"},
+                         Row{-1, "bounded"}}) {
+    ScriptedPeer peer({reply(okResponse(body))});
+    TestCall call(peer.url());
+    call.set(kVXHTTPReplySizeLimit, row.limit);
+    auto result = call.invoke();
+    EXPECT_EQ(VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get()),
+              row.expected)
+        << row.limit;
+  }
+}
+
+TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
+  auto failure = [](const BQString* file) {
+    ScriptedPeer peer({Script().expectFirstBytes().send("HTTP/1.1 400 Bad Request\r\n\r\n").waitForClose()});
+    TestCall call("https://127.0.0.1:" + std::to_string(peer.port()) + "/");
+    return failureOf(call.set(kVXHTTPCertificateAuthorityFile, file).invoke().get());
+  };
+  const std::string tls = "Stream Error " + std::to_string(kBQStreamErrorDomainTLS) + " ";
+  EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
+  EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), tls + std::to_string(kBQStreamTLSErrorCertificate));
+  EXPECT_EQ(failure(BQSTR("")), "Can't issue read stream open 2 -65794");
+}
+
 TEST(Transaction, PropertiesOfWrongKindsCountAsUnset) {
-  ScriptedPeer peer({replies(std::vector<std::string>(6, okResponse(replyBody("x"))))});
-  for (const BQString* key : {kVXPostingMethod, kVXHTTPVersion, kVXHTTPMessage, kVXHTTPProxy,
-                              kVXHTTPExtraHeaders, kVXMethodInvocationTimeoutValue}) {
+  ScriptedPeer peer({replies(std::vector<std::string>(8, okResponse(replyBody("x"))))});
+  for (const BQString* key :
+       {kVXPostingMethod, kVXHTTPVersion, kVXHTTPMessage, kVXHTTPProxy, kVXHTTPExtraHeaders,
+        kVXHTTPCertificateAuthorityFile, kVXHTTPReplySizeLimit, kVXMethodInvocationTimeoutValue}) {
     TestCall call(peer.url());
     call.set(key, kBQNull);
     EXPECT_EQ(valueOf(call.invoke().get()), "x") << textOfObject(key);

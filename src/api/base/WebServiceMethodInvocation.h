@@ -66,6 +66,8 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   Owned<const BQDictionary> params;
 
  private:
+  void dropSource();
+
   VXInvocationCallbackFunc callback = nullptr;
   VXClientContext clientContext = {};
   VXRunLoopSource* source = nullptr;
