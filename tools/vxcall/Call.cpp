@@ -2,10 +2,10 @@
 
 #include <BQ/BQRunLoop.h>
 
-#include "LibraryMute.h"
 #include "WaitingNotice.h"
+#include "common/LibraryMute.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* No limit, as the run loop has it: the library ends every call by itself. */
@@ -35,4 +35,4 @@ Result Call::performOnRunLoop() {
   return result;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

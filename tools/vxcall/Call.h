@@ -6,7 +6,7 @@
 
 #include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using Result = Ref<const BQDictionary>;
 
@@ -26,6 +26,6 @@ class Call {
   bool isAsync_;
 };
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -8,9 +8,9 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* The library's own codes; see VXConstants.h. */
@@ -125,4 +125,4 @@ std::string describeServerFault(const BQDictionary* fault) {
   return line;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

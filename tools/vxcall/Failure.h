@@ -8,7 +8,7 @@
 
 #include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Whether a fault was made by the transport rather than sent by the server. */
 bool isTransportFailure(const BQDictionary* fault);
@@ -19,6 +19,6 @@ std::string describeTransportFailure(const BQDictionary* failure, const Invocati
 /* One line with the code and the text that the server sent. */
 std::string describeServerFault(const BQDictionary* fault);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -3,7 +3,7 @@
 #include <iomanip>
 #include <sstream>
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 constexpr const char* kIntroduction =
@@ -52,4 +52,4 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string, CLI::AppF
   return text.str();
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* One line for each option, between what surrounds them; fits a terminal of 80 columns. */
 class HelpFormatter : public CLI::Formatter {
@@ -14,6 +14,6 @@ class HelpFormatter : public CLI::Formatter {
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override;
 };
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

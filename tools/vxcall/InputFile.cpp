@@ -6,10 +6,10 @@
 
 #include <memory>
 
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
@@ -45,4 +45,4 @@ std::string nameOfInput(const std::string& path) {
   return path == "-" ? "standard input" : singleLine(path);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

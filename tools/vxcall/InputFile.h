@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /*
  * All bytes of a file; those of standard input for "-", which can be read once only. Throws
@@ -15,6 +15,6 @@ std::string readInput(const std::string& path);
 /* How to name the file to the user. */
 std::string nameOfInput(const std::string& path);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

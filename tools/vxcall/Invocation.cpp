@@ -6,9 +6,9 @@
 #include "Parameters.h"
 #include "Properties.h"
 #include "SavedInvocation.h"
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 const BQString* protocolNamed(const std::string& name) {
@@ -37,4 +37,4 @@ Invocation makeInvocation(const Options& options) {
   return invocation;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -8,9 +8,9 @@
 #include <VX/VXMethodInvocation.h>
 
 #include "Options.h"
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* An invocation with what the library does not tell about it. */
 struct Invocation {
@@ -24,6 +24,6 @@ struct Invocation {
 /* The invocation that the options describe or load, with their properties. Throws UsageError. */
 Invocation makeInvocation(const Options& options);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -9,10 +9,10 @@
 #include <CLI/CLI.hpp>
 
 #include "Help.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* Checks without the text that they would add to the help, which names the values by itself. */
@@ -156,4 +156,4 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
   return {std::move(options), {}};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /*
  * What the user asked for, each value as it was written but known to be one of those allowed, and
@@ -55,6 +55,6 @@ struct CommandLine {
 /* Throws UsageError. */
 CommandLine parseCommandLine(int argc, const char* const* argv);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

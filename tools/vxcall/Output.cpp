@@ -5,7 +5,7 @@
 
 #include "Json.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 std::string formatJson(BQTypeRef value) {
   return jsonFromValue(value).dump(2) + "\n";
@@ -19,4 +19,4 @@ std::optional<std::string> formatPropertyList(BQTypeRef value) {
                      static_cast<size_t>(BQDataGetLength(data.get())));
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

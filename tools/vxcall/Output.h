@@ -7,7 +7,7 @@
 
 #include <BQ/BQBase.h>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Any value as JSON, two blanks per level, with a line end. */
 std::string formatJson(BQTypeRef value);
@@ -15,6 +15,6 @@ std::string formatJson(BQTypeRef value);
 /* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */
 std::optional<std::string> formatPropertyList(BQTypeRef value);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -19,10 +19,10 @@
 
 #include "Endpoint.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 using Header = std::pair<std::string, std::string>;
@@ -124,4 +124,4 @@ void setProperties(const Options& options, const SetProperty& set) {
   setTransportProperties(options, set);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

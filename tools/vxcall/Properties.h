@@ -8,13 +8,13 @@
 
 #include "Options.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using SetProperty = std::function<void(const BQString* key, BQTypeRef value)>;
 
 /* Those of the options that are given, and no others. Throws UsageError. */
 void setProperties(const Options& options, const SetProperty& set);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

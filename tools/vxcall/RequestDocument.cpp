@@ -4,9 +4,9 @@
 #include <VX/VXConstants.h>
 #include <VX/VXProtocolHandler.h>
 
-#include "UsageError.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 using Handler = Ref<OpaqueVXProtocolHandlerRef>;
@@ -35,4 +35,4 @@ std::string makeRequestDocument(const Invocation& invocation) {
           static_cast<size_t>(BQDataGetLength(document.get()))};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

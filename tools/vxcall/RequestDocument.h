@@ -6,11 +6,11 @@
 
 #include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* The document byte for byte. Throws UsageError if none can be made. */
 std::string makeRequestDocument(const Invocation& invocation);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

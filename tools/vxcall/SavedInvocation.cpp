@@ -5,10 +5,10 @@
 
 #include "Endpoint.h"
 #include "InputFile.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* The library's constant for the protocol that a file names, which it has made sure of. */
@@ -52,4 +52,4 @@ std::string serializeInvocation(const Invocation& invocation) {
           static_cast<size_t>(BQDataGetLength(data.get()))};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

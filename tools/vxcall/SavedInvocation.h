@@ -6,7 +6,7 @@
 
 #include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* From a file, or from standard input for "-". Throws UsageError if there is no invocation in it. */
 Invocation loadInvocation(const std::string& path);
@@ -14,6 +14,6 @@ Invocation loadInvocation(const std::string& path);
 /* The bytes that such a file holds. Throws UsageError if a value cannot be kept in one. */
 std::string serializeInvocation(const Invocation& invocation);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

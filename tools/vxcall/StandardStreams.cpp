@@ -5,7 +5,7 @@
 
 #include <cstdio>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 void occupyStandardStreams() {
   for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -27,4 +27,4 @@ bool writeFile(const std::string& path, const std::string& text) {
   return std::fclose(file) == 0 && written;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

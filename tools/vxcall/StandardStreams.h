@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /*
  * Takes the places of the standard streams that the process was started without, so that no
@@ -19,6 +19,6 @@ bool writeOutput(const std::string& text);
 /* Writes all of a text to a file, or to standard output for "-"; errno says why it could not. */
 bool writeFile(const std::string& path, const std::string& text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

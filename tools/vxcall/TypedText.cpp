@@ -14,10 +14,10 @@
 #include "InputFile.h"
 #include "Json.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 UsageError notA(std::string_view text, std::string_view kind) {
@@ -153,4 +153,4 @@ Value valueFromTypedText(std::string_view text) {
   return readUntyped(text);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

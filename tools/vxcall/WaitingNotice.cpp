@@ -9,7 +9,7 @@
 #include <chrono>
 #include <string_view>
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* Blanks do on every terminal what a control sequence does on most. */
@@ -77,4 +77,4 @@ void WaitingNotice::run() {
   }
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

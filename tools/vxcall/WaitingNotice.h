@@ -6,7 +6,7 @@
 #include <mutex>
 #include <thread>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /*
  * From its second second on it shows on standard error, if that is a terminal, for how long it has
@@ -29,6 +29,6 @@ class WaitingNotice {
   std::thread thread_;
 };
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -18,11 +18,11 @@
 #include "RequestDocument.h"
 #include "SavedInvocation.h"
 #include "StandardStreams.h"
-#include "Text.h"
 #include "Trace.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 enum ExitStatus { kExitResult = 0, kExitFault = 1, kExitUsage = 2, kExitFailure = 3 };
@@ -91,15 +91,16 @@ ExitStatus run(const Options& options) {
 }
 
 }  // namespace
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 int main(int argc, char** argv) {
-  vxcall::occupyStandardStreams();
+  tools::vxcall::occupyStandardStreams();
   try {
-    vxcall::CommandLine line = vxcall::parseCommandLine(argc, argv);
-    return line.options ? vxcall::run(*line.options) : vxcall::print(line.answer, vxcall::kExitResult);
-  } catch (const vxcall::UsageError& error) {
-    vxcall::complain(error.what());
-    return vxcall::kExitUsage;
+    tools::vxcall::CommandLine line = tools::vxcall::parseCommandLine(argc, argv);
+    return line.options ? tools::vxcall::run(*line.options)
+                        : tools::vxcall::print(line.answer, tools::vxcall::kExitResult);
+  } catch (const tools::UsageError& error) {
+    tools::vxcall::complain(error.what());
+    return tools::vxcall::kExitUsage;
   }
 }
