@@ -20,9 +20,6 @@
 
 BQ_EXTERN_C_BEGIN
 
-/** A method invocation. */
-typedef struct OpaqueVXMethodInvocationRef* VXMethodInvocationRef;
-
 /**
  * Receives the result of a scheduled call, on the thread of the run loop that performed it.
  *
@@ -115,18 +112,20 @@ BQ_EXPORT void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation,
  * Starts the call on a run loop, in a mode. It makes progress while that run loop runs in that
  * mode, and ends with one call of the callback. The invocation must live until then; releasing it
  * earlier ends the call without a callback. After a result it may be scheduled again, which is a
- * new call. Called on the run loop's thread.
+ * new call. In several modes it makes progress in each. Called on the run loop's thread.
  */
 BQ_EXPORT void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                                      const BQString* mode);
 
-/** Takes the invocation off a run loop's mode. */
+/** Takes the invocation off a run loop's mode, in which its call then makes no progress. */
 BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                                        const BQString* mode);
 
 /**
  * Makes the call and waits for its result, in a private mode of the calling thread's run loop, so
- * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none.
+ * that nothing else on that run loop is served meanwhile. Replaces the callback and leaves none. A
+ * scheduled call that is under way is given up for it. From inside the making of its own call, by an
+ * override, an invocation cannot be invoked: the result is a fault.
  *
  * @return The result dictionary, owned by the caller; never null for an invocation. There is no
  *         time limit unless kVXMethodInvocationTimeoutValue sets one.
@@ -134,8 +133,10 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 
 /**
- * Writes the invocation as an XML property list: its protocol, method name, endpoint, parameters
- * with their order, and properties. The callback and the overrides are not part of it.
+ * Writes the invocation as an XML property list: a dictionary of the protocol (under the key
+ * "ProtocolType"), the method name ("MethodName"), the endpoint's text ("ServiceURL"), the
+ * parameters ("ParamValues") with their order ("ParamOrder") and the properties ("Properties").
+ * The callback and the overrides are not part of it.
  *
  * @return The bytes, owned by the caller; null if a parameter or property is no property-list value.
  */

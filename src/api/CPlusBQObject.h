@@ -13,11 +13,53 @@ class CPlusBQObject {
   /* The identifier in the slot; registers the class first if the slot is 0. */
   static BQTypeID ensureTypeID(const BQRuntimeClass* runtimeClass, BQTypeID* typeIDSlot);
 
-  /* A platform instance of that class; null if it cannot be made. The header is in place already. */
+  /*
+   * A platform instance of that class, its header in place already; null if it cannot be made. It is
+   * called as a function: a new-expression would begin the life of the object anew, and the compiler
+   * might take what is in the header for lost.
+   */
   static void* operator new(size_t size, BQTypeID typeID) noexcept;
   /* The memory belongs to the platform. */
-  static void operator delete(void*, BQTypeID) {}
   static void operator delete(void*) = delete;
+};
+
+/*
+ * A handle that owns an object of the library. `Handle` is the class that derives from this one; it
+ * names itself in kClassName and describes its instances in _bqCopyDebugDesc.
+ */
+template <class Handle, class Object>
+struct HandleOf : CPlusBQObject {
+  /* Takes over the object. The handle is owned by the caller; null, with the object destroyed, if none
+   * can be made. */
+  static Handle* wrap(Object* object) {
+    auto* handle = static_cast<Handle*>(CPlusBQObject::operator new(sizeof(Handle), typeID()));
+    if (handle == nullptr) {
+      delete object;
+      return nullptr;
+    }
+    handle->wrapped = object;
+    object->setOwner(handle);
+    return handle;
+  }
+
+  static BQTypeID typeID() { return ensureTypeID(&sRT, &sID); }
+
+  BQRuntimeBase header;
+  Object* wrapped;
+
+ private:
+  static void _bqDealloc(const void* instance) {
+    auto* handle = static_cast<Handle*>(const_cast<void*>(instance));
+    if (handle == nullptr || handle->wrapped == nullptr) return;
+    handle->wrapped->setOwner(nullptr);
+    delete handle->wrapped;
+    handle->wrapped = nullptr;
+  }
+
+  static inline const BQRuntimeClass sRT = {
+      0,       Handle::kClassName,      nullptr, nullptr, _bqDealloc, nullptr, nullptr,
+      nullptr, Handle::_bqCopyDebugDesc};
+  static inline BQTypeID sID = 0;
 };
 
 }  // namespace vx

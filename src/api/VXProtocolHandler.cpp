@@ -39,7 +39,7 @@ const BQDictionary* VXProtocolHandlerCopyRequestDictionary(VXProtocolHandlerRef 
                                                            const BQData* document) {
   if (handler == nullptr || document == nullptr) return nullptr;
   const BQString* message = nullptr;
-  const BQDictionary* request = handler->handler->parsePostData(document, vx::kDefaultEncoding, &message);
+  const BQDictionary* request = handler->wrapped->parsePostData(document, vx::kDefaultEncoding, &message);
   BQRelease(message);
   return request;
 }
@@ -49,7 +49,7 @@ const BQDictionary* VXProtocolHandlerCopyReplyDictionary(VXProtocolHandlerRef ha
   if (handler == nullptr || methodName == nullptr || document == nullptr) return nullptr;
   const BQString* message = nullptr;
   const BQDictionary* reply =
-      handler->handler->parseReplyData(methodName, document, vx::kDefaultEncoding, &message);
+      handler->wrapped->parseReplyData(methodName, document, vx::kDefaultEncoding, &message);
   BQRelease(message);
   return reply;
 }
@@ -59,37 +59,37 @@ const BQData* VXProtocolHandlerCopyRequestDocument(VXProtocolHandlerRef handler,
                                                    const BQArray* parameterOrder,
                                                    const BQDictionary* reserved) {
   if (handler == nullptr || methodName == nullptr) return nullptr;
-  return handler->handler->createRequest(methodName, parameters, parameterOrder, reserved);
+  return handler->wrapped->createRequest(methodName, parameters, parameterOrder, reserved);
 }
 
 const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
                                                  BQTypeRef result) {
-  return handler == nullptr ? nullptr : handler->handler->createReply(request, result);
+  return handler == nullptr ? nullptr : handler->wrapped->createReply(request, result);
 }
 
 const BQData* VXProtocolHandlerCopyFaultDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
                                                  const BQDictionary* fault) {
-  return handler == nullptr ? nullptr : handler->handler->createFault(request, fault);
+  return handler == nullptr ? nullptr : handler->wrapped->createFault(request, fault);
 }
 
 void VXProtocolHandlerSetProperty(VXProtocolHandlerRef handler, const BQString* key, BQTypeRef value) {
-  if (handler != nullptr) handler->handler->setProperty(key, value);
+  if (handler != nullptr) handler->wrapped->setProperty(key, value);
 }
 
 BQTypeRef VXProtocolHandlerCopyProperty(VXProtocolHandlerRef handler, const BQString* key) {
-  return handler == nullptr ? nullptr : BQRetain(handler->handler->getProperty(key));
+  return handler == nullptr ? nullptr : BQRetain(handler->wrapped->getProperty(key));
 }
 
 void VXProtocolHandlerSetSerializationOverride(VXProtocolHandlerRef handler, BQTypeID typeID,
                                                VXSerializeOverrideFunc function,
                                                const VXClientContext* context) {
-  if (handler != nullptr) handler->handler->addSerializationOverride(typeID, function, context);
+  if (handler != nullptr) handler->wrapped->addSerializationOverride(typeID, function, context);
 }
 
 void VXProtocolHandlerSetDeserializationOverride(VXProtocolHandlerRef handler, const BQString* typeNamespace,
                                                  const BQString* typeName, VXDeserializeOverrideFunc function,
                                                  const VXClientContext* context) {
   if (handler != nullptr) {
-    handler->handler->addDeserializationOverride(typeNamespace, typeName, function, context);
+    handler->wrapped->addDeserializationOverride(typeNamespace, typeName, function, context);
   }
 }

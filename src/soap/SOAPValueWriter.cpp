@@ -23,6 +23,8 @@ std::string_view textBetween(const char* start, const char* end) {
 
 void SOAPValueWriter::write(int level, std::string_view name, BQTypeRef value) {
   if (value == nullptr) return buffer_.addLine(level, {"<", name, " xsi:type=\"nil\"/>"});
+  /* An override may take the value out of what holds it. */
+  Owned<const void> kept = hasOverrides_ ? retain(value) : nullptr;
   if (!hasOverrides_ || !writeOverride(level, name, value)) writeContent(level, name, value);
 }
 
@@ -118,7 +120,9 @@ void SOAPValueWriter::writeArray(int level, std::string_view name, const BQArray
   buffer_.addLine(level, {"</", name, ">"});
 }
 
-void SOAPValueWriter::writeDictionary(int level, std::string_view name, const BQDictionary* dictionary) {
+void SOAPValueWriter::writeDictionary(int level, std::string_view name, const BQDictionary* members) {
+  Owned<const BQDictionary> copy = hasOverrides_ ? own(BQDictionaryCreateCopy(members)) : nullptr;
+  const BQDictionary* dictionary = copy != nullptr ? copy.get() : members;
   BQTypeRef typeEntry = BQDictionaryGetValue(dictionary, kVXRecordType);
   BQTypeRef namespaceEntry = BQDictionaryGetValue(dictionary, kVXRecordNamespaceURI);
   auto type = own(BQCopyDescription(typeEntry != nullptr ? typeEntry : BQSTR("SOAP-ENC:Dictionary")));

@@ -33,7 +33,10 @@ BQDictionary* SOAPWebServiceMethodInvocation::copyAgreement() {
 const BQData* SOAPWebServiceMethodInvocation::constructMessage(const BQString**) {
   SOAPProtocolHandler handler(protocol.get());
   handler.setParentSerializer(this);
-  return handler.createRequest(methodName.get(), params.get(), paramOrder.get(), nullptr);
+  /* An override may set other ones. */
+  auto parameters = retain(params.get());
+  auto order = retain(paramOrder.get());
+  return handler.createRequest(methodName.get(), parameters.get(), order.get(), nullptr);
 }
 
 void SOAPWebServiceMethodInvocation::parseReply(WebServiceResult* result, const BQTree* tree) {

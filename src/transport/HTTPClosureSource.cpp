@@ -67,22 +67,41 @@ HTTPClosureSource::HTTPClosureSource(WebServiceMethodInvocation* invocation, con
 HTTPClosureSource::~HTTPClosureSource() {
   if (readStream != nullptr) {
     BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, nullptr, nullptr);
-    BQReadStreamUnscheduleFromRunLoop(readStream.get(), runLoop.get(), runLoopMode.get());
+    BQReadStreamClose(readStream.get());
   }
   disarmTimer();
 }
 
 void HTTPClosureSource::perform() {
   if (isFinished()) return;
+  /* An override or the callback may drop the last reference of the caller. */
+  auto handle = retain(invocation->getOwner());
   if (gVXDebugVerbose != 0) _vxLogf("HTTPClosureSource::perform state %d (%s)", state, stateName(state));
   step();
   if (gVXDebugVerbose != 0)
     _vxLogf("HTTPClosureSource::perform new state state %d (%s)", state, stateName(state));
 }
 
+void HTTPClosureSource::schedule(BQRunLoop* toRunLoop, const BQString* mode) {
+  places.push_back({toRunLoop, retain(mode)});
+  if (readStream == nullptr || toRunLoop != runLoop.get()) return;
+  BQReadStreamScheduleWithRunLoop(readStream.get(), toRunLoop, mode);
+  BQRunLoopAddTimer(toRunLoop, timer.get(), mode);
+}
+
+void HTTPClosureSource::cancel(BQRunLoop* fromRunLoop, const BQString* mode) {
+  std::erase_if(places, [=](const Place& place) {
+    return place.runLoop == fromRunLoop && BQEqual(place.mode.get(), mode);
+  });
+  if (readStream == nullptr || fromRunLoop != runLoop.get()) return;
+  BQReadStreamUnscheduleFromRunLoop(readStream.get(), fromRunLoop, mode);
+  BQRunLoopRemoveTimer(fromRunLoop, timer.get(), mode);
+}
+
 void HTTPClosureSource::step() {
   switch (state) {
     case kUninitialized:
+      begin();
       if (!initConnection()) return;
       state = kWaitForOpen;
       readBuffer = own(BQDataCreateMutable(0));
@@ -120,7 +139,19 @@ bool HTTPClosureSource::initConnection() {
     return false;
   }
   armTimer();
+  joinModes();
   return true;
+}
+
+/* An override may have taken the source off the mode in which the call was begun. */
+void HTTPClosureSource::joinModes() {
+  for (const Place& place : places) {
+    if (place.runLoop != runLoop.get()) continue;
+    BQReadStreamScheduleWithRunLoop(readStream.get(), place.runLoop, place.mode.get());
+    BQRunLoopAddTimer(place.runLoop, timer.get(), place.mode.get());
+  }
+  bool isThere = BQRunLoopContainsSource(runLoop.get(), platformSource(), runLoopMode.get());
+  if (!isThere) cancel(runLoop.get(), runLoopMode.get());
 }
 
 const BQString* HTTPClosureSource::createRequest() {
@@ -161,7 +192,7 @@ void HTTPClosureSource::armTimer() {
 
 void HTTPClosureSource::disarmTimer() {
   if (timer == nullptr) return;
-  BQRunLoopRemoveTimer(runLoop.get(), timer.get(), runLoopMode.get());
+  BQRunLoopTimerInvalidate(timer.get());
   timer.reset();
 }
 
@@ -172,6 +203,8 @@ void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
   }
   if (isFinished()) {
     if (gVXDebugVerbose != 0) _vxLogf("We shouldn't be serviging any more callback signals");
+    /* Bytes that nobody reads would be reported for ever. */
+    BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, nullptr, nullptr);
     return;
   }
   switch (event) {

@@ -5,6 +5,8 @@
 #include <BQ/BQRunLoop.h>
 #include <BQ/BQStream.h>
 
+#include <vector>
+
 #include "transport/ClosureSource.h"
 
 namespace vx {
@@ -27,6 +29,9 @@ class HTTPClosureSource : public ClosureSource {
   HTTPClosureSource(WebServiceMethodInvocation* invocation, const BQURL* url);
 
   void perform() override;
+  /* What the call waits for goes where the source goes. */
+  void schedule(BQRunLoop* runLoop, const BQString* mode) override;
+  void cancel(BQRunLoop* runLoop, const BQString* mode) override;
   void finish() override;
 
   int32_t getState() const { return state; }
@@ -43,6 +48,7 @@ class HTTPClosureSource : public ClosureSource {
   /* Each returns a message if it fails. */
   const BQString* createRequest();
   const BQString* openStream();
+  void joinModes();
   void armTimer();
   void disarmTimer();
   void fillReadBuffer();
@@ -59,11 +65,19 @@ class HTTPClosureSource : public ClosureSource {
   static void _nullRelease(void* info);
   static const BQString* _copyDescription(void* info);
 
+  struct Place {
+    BQRunLoop* runLoop;
+    Owned<const BQString> mode;
+  };
+
   int32_t state = kUninitialized;
   Owned<const BQURL> url;
   Owned<BQHTTPMessage> request;
   Owned<BQData> readBuffer;
   Owned<BQReadStream> readStream;
+  /* Where the source is. */
+  std::vector<Place> places;
+  /* Where the call was begun. */
   Owned<BQRunLoop> runLoop;
   Owned<const BQString> runLoopMode;
   Owned<const BQData> requestBody;

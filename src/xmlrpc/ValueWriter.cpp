@@ -34,6 +34,8 @@ bool isString(BQTypeRef object) {
 }  // namespace
 
 void ValueWriter::write(int level, BQTypeRef value) {
+  /* An override may take the value out of what holds it. */
+  Owned<const void> kept = hasOverrides_ ? retain(value) : nullptr;
   buffer_.addLine(level, {"<value>"});
   if (!hasOverrides_ || !writeOverride(level, value)) {
     if (value == nullptr) {
@@ -117,7 +119,9 @@ void ValueWriter::writeArray(int level, const BQArray* array) {
   buffer_.addLine(level + 1, {"</array>"});
 }
 
-void ValueWriter::writeStruct(int level, const BQDictionary* dictionary) {
+void ValueWriter::writeStruct(int level, const BQDictionary* members) {
+  Owned<const BQDictionary> copy = hasOverrides_ ? own(BQDictionaryCreateCopy(members)) : nullptr;
+  const BQDictionary* dictionary = copy != nullptr ? copy.get() : members;
   buffer_.addLine(level + 1, {"<struct>"});
   if (buffer_.enterContainer()) {
     BQTypeRef order = BQDictionaryGetValue(dictionary, kVXRecordParameterOrder);

@@ -30,7 +30,10 @@ BQDictionary* XMLRPCWebServiceMethodInvocation::copyAgreement() {
 const BQData* XMLRPCWebServiceMethodInvocation::constructMessage(const BQString**) {
   XMLRPCProtocolHandler handler;
   handler.setParentSerializer(this);
-  return handler.createRequest(methodName.get(), params.get(), paramOrder.get(), nullptr);
+  /* An override may set other ones. */
+  auto parameters = retain(params.get());
+  auto order = retain(paramOrder.get());
+  return handler.createRequest(methodName.get(), parameters.get(), order.get(), nullptr);
 }
 
 void XMLRPCWebServiceMethodInvocation::parseReply(WebServiceResult* result, const BQTree* tree) {

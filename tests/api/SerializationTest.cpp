@@ -32,6 +32,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     VXMethodInvocationSetParameters(handle, parameters, array({string("b"), string("a"), string("c")}));
     VXMethodInvocationSetProperty(handle, kVXMethodInvocationTimeoutValue, integer(5));
     VXMethodInvocationSetProperty(handle, kVXHTTPFollowsRedirects, kBQBooleanFalse);
+    VXMethodInvocationSetProperty(handle, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
     Value data = Value::adopt(VXMethodInvocationCopySerialization(handle));
     Value list = Value::adopt(BQPropertyListCreateFromXMLData(data, nullptr));
     EXPECT_EQ(BQDictionaryGetCount(list), 6);
@@ -40,14 +41,14 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     auto* copied = copy.as<OpaqueVXMethodInvocationRef>();
     ASSERT_NE(copied, nullptr);
     EXPECT_EQ(bytes(Value::adopt(VXMethodInvocationCopySerialization(copied))), bytes(data));
-    EXPECT_EQ(bytes(Value::adopt(copied->invocation->constructMessage(nullptr))),
-              bytes(Value::adopt(handle->invocation->constructMessage(nullptr))))
+    EXPECT_EQ(bytes(Value::adopt(copied->wrapped->constructMessage(nullptr))),
+              bytes(Value::adopt(handle->wrapped->constructMessage(nullptr))))
         << "the protocol and the method are the same";
     const BQArray* order = nullptr;
     Value copiedParameters = Value::adopt(VXMethodInvocationCopyParameters(copied, &order));
     EXPECT_TRUE(BQEqual(copiedParameters.get(), parameters.get()));
     EXPECT_EQ(notation(Value::adopt(order).get()), "['b', 'a', 'c']");
-    EXPECT_EQ(text(BQURLGetString(copied->invocation->getServiceURL())), "http://h:1/p%20q?r#s");
+    EXPECT_EQ(text(BQURLGetString(copied->wrapped->getServiceURL())), "http://h:1/p%20q?r#s");
     EXPECT_EQ(Value::adopt(VXMethodInvocationCopyProperty(copied, kVXHTTPFollowsRedirects)).get(),
               kBQBooleanFalse);
   }
@@ -88,7 +89,7 @@ TEST(Serialization, EntriesOfWrongKindsCountAsMissing) {
   const BQArray* order = nullptr;
   EXPECT_EQ(VXMethodInvocationCopyParameters(handle, &order), nullptr);
   EXPECT_EQ(order, nullptr);
-  EXPECT_EQ(handle->invocation->getServiceURL(), nullptr);
+  EXPECT_EQ(handle->wrapped->getServiceURL(), nullptr);
   Value result = Value::adopt(VXMethodInvocationInvoke(handle));
   EXPECT_TRUE(VXMethodResultIsFault(result));
 }

@@ -3,10 +3,8 @@
 #define VXCALL_CALL_H
 
 #include <BQ/BQBase.h>
-#include <VX/VXMethodInvocation.h>
 
-#include "Options.h"
-#include "common/Ref.h"
+#include "Invocation.h"
 
 namespace tools::vxcall {
 
@@ -14,8 +12,9 @@ using Result = Ref<const BQDictionary>;
 
 class Call {
  public:
-  /* Throws UsageError if the options do not describe a call. */
-  explicit Call(const Options& options);
+  /* `isAsync` takes the scheduled road instead of the synchronous one. The invocation must live on. */
+  Call(const Invocation& invocation, bool isAsync)
+      : invocation_(invocation.handle.get()), isAsync_(isAsync) {}
 
   /* Makes the call and waits for its result dictionary. */
   Result perform();
@@ -23,8 +22,8 @@ class Call {
  private:
   Result performOnRunLoop();
 
-  Ref<OpaqueVXMethodInvocationRef> invocation_;
-  bool async_;
+  VXMethodInvocationRef invocation_;
+  bool isAsync_;
 };
 
 }  // namespace tools::vxcall

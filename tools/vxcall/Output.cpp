@@ -1,7 +1,5 @@
 #include "Output.h"
 
-#include <cstdio>
-
 #include <BQ/BQData.h>
 #include <BQ/BQPropertyList.h>
 
@@ -19,10 +17,6 @@ std::optional<std::string> formatPropertyList(BQTypeRef value) {
   if (!data) return std::nullopt;
   return std::string(reinterpret_cast<const char*>(BQDataGetBytePtr(data.get())),
                      static_cast<size_t>(BQDataGetLength(data.get())));
-}
-
-bool writeOutput(const std::string& text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
 }
 
 }  // namespace tools::vxcall

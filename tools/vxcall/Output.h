@@ -1,4 +1,4 @@
-/* The text that goes to standard output. */
+/* Results as text. */
 #ifndef VXCALL_OUTPUT_H
 #define VXCALL_OUTPUT_H
 
@@ -14,9 +14,6 @@ std::string formatJson(BQTypeRef value);
 
 /* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */
 std::optional<std::string> formatPropertyList(BQTypeRef value);
-
-/* Whether all of the text could be written to standard output; errno says why not. */
-bool writeOutput(const std::string& text);
 
 }  // namespace tools::vxcall
 

@@ -289,6 +289,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
   }
   if (unread_.size() >= kMostUnread) {
     isPaused_ = true;
+    engine_.paused();
     return CURL_WRITEFUNC_PAUSE;
   }
   bodyBytes_ += size;
@@ -299,6 +300,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
 
 void Transfer::attemptEnded(CURLcode code) {
   detach();
+  isPaused_ = false;
   if (areHeadersComplete_ && !response_) {
     followRedirect();
   } else if (code == CURLE_OK && areHeadersComplete_) {

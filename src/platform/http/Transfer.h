@@ -74,6 +74,7 @@ class Transfer {
   /* For the engine. */
   CURL* handle() const { return handle_.get(); }
   bool isEncrypted() const { return isEncrypted_; }
+  bool isPaused() const { return isPaused_; }
   void attemptEnded(CURLcode code);
   void connectionClosed(bool hadData, int pendingError) {
     replyBegan_ = replyBegan_ || hadData;

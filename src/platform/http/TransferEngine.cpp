@@ -12,7 +12,8 @@ namespace bq {
 namespace {
 
 constexpr size_t kMostIdleTransfers = 16;
-constexpr long kMostIdleConnections = 32;
+/* Of a thread, at work and idle together: a process may have no more than 1024 descriptors. */
+constexpr size_t kMostConnections = 128;
 constexpr size_t kMostReady = 32;
 /* Steps without waiting before the run loop has its turn again. */
 constexpr int kMostSteps = 64;
@@ -69,7 +70,7 @@ TransferEngine::TransferEngine()
   curl_multi_setopt(multi, CURLMOPT_TIMERFUNCTION, onTimer);
   curl_multi_setopt(multi, CURLMOPT_TIMERDATA, this);
   curl_multi_setopt(multi, CURLMOPT_PIPELINING, CURLPIPE_NOTHING);
-  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, kMostIdleConnections);
+  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, static_cast<long>(kMostConnections));
   descriptor_ = Ref<BQFileDescriptor>::adopt(
       BQFileDescriptorCreate(sockets_.descriptor(), kBQFileDescriptorRead, onReady, this));
   BQRunLoopTimerContext context{};
@@ -148,15 +149,28 @@ void TransferEngine::releaseMode(const BQString* name) {
 
 void TransferEngine::add(Transfer& transfer) {
   usesTLS_ = usesTLS_ || transfer.isEncrypted();
-  curl_multi_add_handle(multi_.get(), transfer.handle());
+  waiting_.push_back(&transfer);
+  startWaiting();
 }
 
 void TransferEngine::remove(Transfer& transfer) {
+  if (std::erase(waiting_, &transfer) != 0) return;
   SigpipeGuard guard(usesTLS_);
   curl_multi_remove_handle(multi_.get(), transfer.handle());
+  if (!transfer.isPaused()) --atWork_;
+  startWaiting();
+}
+
+void TransferEngine::startWaiting() {
+  while (atWork_ < kMostConnections && !waiting_.empty()) {
+    curl_multi_add_handle(multi_.get(), waiting_.front()->handle());
+    waiting_.pop_front();
+    ++atWork_;
+  }
 }
 
 CURLcode TransferEngine::resume(Transfer& transfer) {
+  ++atWork_;
   SigpipeGuard guard(usesTLS_);
   return curl_easy_pause(transfer.handle(), CURLPAUSE_CONT);
 }
@@ -164,6 +178,7 @@ CURLcode TransferEngine::resume(Transfer& transfer) {
 /* Does all that is due, without waiting. */
 void TransferEngine::drive() {
   isDriving_ = true;
+  startWaiting();
   int running = 0;
   for (int step = 0; step < kMostSteps && isDue_; ++step) {
     isDue_ = false;

@@ -5,6 +5,7 @@
 #ifndef BQ_HTTP_TRANSFER_ENGINE_H
 #define BQ_HTTP_TRANSFER_ENGINE_H
 
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -39,9 +40,11 @@ class TransferEngine {
   void retainMode(const BQString* mode);
   void releaseMode(const BQString* mode);
 
-  /* For the transfers. */
+  /* For the transfers. One that is added waits until there is room for its connection. */
   void add(Transfer& transfer);
   void remove(Transfer& transfer);
+  /* One that waits for its reader leaves its room to others: the reader may wait for them. */
+  void paused() { --atWork_; }
   CURLcode resume(Transfer& transfer);
   SocketTable& sockets() { return sockets_; }
 
@@ -60,6 +63,7 @@ class TransferEngine {
   static void onDeadline(BQRunLoopTimer*, void* engine);
 
   bool isUsable() const { return multi_ != nullptr && sockets_.descriptor() >= 0; }
+  void startWaiting();
   void drive();
   void collectEnded();
   void arm(BQTimeInterval delay);
@@ -77,6 +81,9 @@ class TransferEngine {
   bool usesTLS_ = false;
   std::vector<Mode> modes_;
   std::vector<std::unique_ptr<Transfer>> running_;
+  /* Of those, the number that are at work, and those that wait for room, in their order. */
+  size_t atWork_ = 0;
+  std::deque<Transfer*> waiting_;
   std::vector<std::unique_ptr<Transfer>> idle_;
 };
 

@@ -355,6 +355,21 @@ TEST(ReadStream, ManyAtOnceAreAllServed) {
   EXPECT_EQ(peer.connectionCount(), 100u);
 }
 
+/* More than a thread connects at once, and none of them is read: the next must not wait for them. */
+TEST(ReadStream, ThoseThatAreNotReadLeaveTheirRoomToOthers) {
+  ScriptedPeer large({reply(okResponse(std::string(8'000'000, 'x')))});
+  std::vector<std::unique_ptr<Exchange>> unread;
+  for (int i = 0; i < 130; ++i) {
+    unread.push_back(std::make_unique<Exchange>(large.url()));
+    unread.back()->readsBytes = false;
+    ASSERT_TRUE(unread.back()->open(BQSTR("unread")));
+  }
+  ScriptedPeer small({reply(okResponse("small"))});
+  Exchange next(small.url());
+  next.run();
+  EXPECT_EQ(next.body(), "small");
+}
+
 TEST(StreamError, DescriptionsArePlainSentences) {
   const struct {
     BQStreamError error;
