@@ -7,6 +7,7 @@
 #include <BQ/BQ.h>
 #include <VX/VX.h>
 
+#include "support/ScriptedPeer.h"
 #include "values/Owned.h"
 
 namespace vx {
@@ -75,6 +76,23 @@ inline std::string valueOf(const BQDictionary* result) {
 inline std::string replyBody(const std::string& text) {
   return "<?xml version=\"1.0\"?><methodResponse><params><param><value><string>" + text +
          "</string></value></param></params></methodResponse>";
+}
+
+inline const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
+
+/* A response that a call in the protocol ends well with. */
+inline std::string anyReply(const BQString* protocol) {
+  if (protocol == kVXXMLRPCProtocol) return okResponse(replyBody("ok"));
+  return okResponse(
+      "<?xml version=\"1.0\"?><e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body>"
+      "<test.methodResponse><Result>ok</Result></test.methodResponse></e:Body></e:Envelope>");
+}
+
+/* What a call came to: "ok", or why it failed. */
+inline std::string outcomeOf(const BQDictionary* result) {
+  if (VXMethodResultIsFault(result)) return failureOf(result);
+  bool isOutput = BQDictionaryGetValue(result, BQSTR("Result")) != nullptr;
+  return isOutput || valueOf(result) == "ok" ? "ok" : textOfObject(result);
 }
 
 }  // namespace vx

@@ -12,23 +12,6 @@
 namespace vx {
 namespace {
 
-const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
-
-/* A reply that all protocols read. */
-std::string anyReply(const BQString* protocol) {
-  if (protocol == kVXXMLRPCProtocol) return okResponse(replyBody("ok"));
-  return okResponse(
-      "<?xml version=\"1.0\"?><e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body>"
-      "<test.methodResponse><Result>ok</Result></test.methodResponse></e:Body></e:Envelope>");
-}
-
-/* What a call came to: "ok", or why it failed. */
-std::string outcomeOf(const BQDictionary* result) {
-  if (VXMethodResultIsFault(result)) return failureOf(result);
-  bool isOutput = BQDictionaryGetValue(result, BQSTR("Result")) != nullptr;
-  return isOutput || valueOf(result) == "ok" ? "ok" : textOfObject(result);
-}
-
 /* A call whose string parameters are handed to an override that does something odd, once. */
 struct OddCall {
   VXMethodInvocationRef invocation = nullptr;
