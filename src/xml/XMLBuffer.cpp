@@ -15,7 +15,8 @@ namespace vx {
 namespace {
 
 constexpr int kMaximumDepth = 512;
-constexpr size_t kFirstCapacity = 4096;
+/* Enough for a small call, and small enough for the allocator's quick lists. */
+constexpr size_t kFirstCapacity = 960;
 constexpr size_t kDeepestIndent = 30;
 constexpr char kBlanks[] = "                              ";
 static_assert(sizeof kBlanks == kDeepestIndent + 1);

@@ -79,7 +79,9 @@ void SocketTable::apply(int socket, Entry& entry, uint32_t events) {
   if (entry.registered == 0) operation = EPOLL_CTL_ADD;
   if (events == 0) operation = EPOLL_CTL_DEL;
   epoll_ctl(epoll_, operation, socket, &event);
+  registered_ += (events != 0) - (entry.registered != 0);
   entry.registered = events;
+  lastRegistered_ = socket;
 }
 
 void SocketTable::watch(int socket, uint32_t events) {
@@ -129,6 +131,12 @@ int SocketTable::close(int socket) {
 }
 
 size_t SocketTable::collectReady(Ready* ready, size_t capacity) {
+  /* If there is but one socket, and it waits to be read, it is what made the descriptor readable. */
+  if (registered_ == 1 && entryOf(lastRegistered_).registered == EPOLLIN &&
+      entryOf(lastRegistered_).wanted == EPOLLIN) {
+    ready[0] = {lastRegistered_, CURL_CSELECT_IN};
+    return 1;
+  }
   epoll_event events[kMostReady];
   int count = epoll_wait(epoll_, events, static_cast<int>(std::min(capacity, kMostReady)), 0);
   size_t used = 0;

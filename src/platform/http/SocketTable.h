@@ -48,7 +48,10 @@ class SocketTable {
   /* Closes the socket of a connection and tells its owner. Returns what close() does. */
   int close(int socket);
 
-  /* Writes the sockets that are ready, without waiting, and returns how many. */
+  /*
+   * Writes the sockets that are ready, without waiting, and returns how many. For a thread whose
+   * descriptor was reported readable: a socket that is alone is taken to be the reason.
+   */
   size_t collectReady(Ready* ready, size_t capacity);
 
  private:
@@ -69,6 +72,9 @@ class SocketTable {
   void apply(int socket, Entry& entry, uint32_t events);
 
   int epoll_;
+  /* How many sockets the instance watches, and the one that was changed last. */
+  int registered_ = 0;
+  int lastRegistered_ = -1;
   /* By their numbers. */
   std::vector<Entry> entries_;
   std::vector<int> connections_;

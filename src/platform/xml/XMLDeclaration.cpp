@@ -27,6 +27,19 @@ bool startsDeclaration(std::string_view document) {
          kWhitespace.find(document[kStart.size()]) != std::string_view::npos;
 }
 
+/* As nearly every document has it. */
+struct UsualDeclaration {
+  std::string_view text;
+  size_t encodingStart;
+  size_t encodingLength;
+};
+constexpr UsualDeclaration kUsualDeclarations[] = {
+    {"<?xml version=\"1.0\"?>", 0, 0},
+    {"<?xml version='1.0'?>", 0, 0},
+    {"<?xml version=\"1.0\" encoding=\"UTF-8\"?>", 30, 5},
+    {"<?xml version=\"1.0\" encoding=\"utf-8\"?>", 30, 5},
+};
+
 }  // namespace
 
 struct XMLDeclaration::Attribute {
@@ -37,7 +50,16 @@ struct XMLDeclaration::Attribute {
 };
 
 XMLDeclaration::XMLDeclaration(std::string_view document) {
-  if (!startsDeclaration(document)) return;
+  for (const UsualDeclaration& usual : kUsualDeclarations) {
+    if (!document.starts_with(usual.text)) continue;
+    length_ = usual.text.size();
+    encoding_ = document.substr(usual.encodingStart, usual.encodingLength);
+    return;
+  }
+  if (startsDeclaration(document)) read(document);
+}
+
+void XMLDeclaration::read(std::string_view document) {
   size_t end = document.find(kEnd);
   if (end == std::string_view::npos) return;
   length_ = end + kEnd.size();

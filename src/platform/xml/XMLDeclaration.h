@@ -31,6 +31,7 @@ class XMLDeclaration {
 
  private:
   struct Attribute;
+  void read(std::string_view document);
   bool readAttribute(std::string_view text, size_t& position, Attribute& attribute);
   void replace(std::string_view text, size_t position, std::string_view replacement);
 

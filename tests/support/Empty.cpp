@@ -1,0 +1,1 @@
+/* A precompiled header belongs to a target, which must have a source. */
