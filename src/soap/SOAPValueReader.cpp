@@ -50,7 +50,7 @@ bool isEncodingNamespace(const BQString* uri) {
 }
 
 /* Whether an attribute of that name is in the namespace, unprefixed ones being in the default one. */
-bool isInNamespace(const BQString* name, const AutoDict& namespaces, const BQString* namespaceURI) {
+bool isInNamespace(const BQString* name, const NamespaceMap& namespaces, const BQString* namespaceURI) {
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
   xmlNamespaceQualify(namespaces, name, &uri, &local);
@@ -94,9 +94,10 @@ class RepeatingDictionary {
     auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
                                   : BQArrayCreateMutable(0));
     if (!isArrayValue) BQArrayAppendValue(array.get(), present);
-    BQDictionarySetValue(dictionary_.get(), name, array.get());
-    made_.insert(array.get());
-    return array.get();
+    BQTypeRef made = array.get();
+    BQDictionarySetValue(dictionary_.get(), name, made);
+    made_.insert(made);
+    return made;
   }
 
   Owned<BQDictionary> dictionary_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
@@ -105,7 +106,7 @@ class RepeatingDictionary {
 
 }  // namespace
 
-const BQString* getNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+const BQString* getNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
                                  const BQString* namespaceURI, std::string_view localName) {
   const BQXMLElementInfo* info = treeGetElementInfo(element);
   if (info == nullptr || info->attributes == nullptr) return nullptr;
@@ -119,7 +120,7 @@ const BQString* getNodeAttribute(const BQTree* element, const AutoDict& namespac
   return nullptr;
 }
 
-const BQString* getSoapNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+const BQString* getSoapNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
                                      std::string_view localName) {
   /* The look in any namespace is cheap and mostly decides. */
   if (getNodeAttribute(element, namespaces, nullptr, localName) == nullptr) return nullptr;
@@ -131,7 +132,7 @@ const BQString* getSoapNodeAttribute(const BQTree* element, const AutoDict& name
   return getNodeAttribute(element, namespaces, defaultNamespace, localName);
 }
 
-bool isArray(const BQTree* element, const AutoDict& namespaces) {
+bool isArray(const BQTree* element, const NamespaceMap& namespaces) {
   return getNodeAttribute(element, namespaces, VX_SOAP_1999_ENCODING_NAMESPACE, "arrayType") != nullptr ||
          getNodeAttribute(element, namespaces, VX_SOAP_2001_ENCODING_NAMESPACE, "arrayType") != nullptr;
 }
@@ -189,16 +190,16 @@ const BQString* SOAPValueReader::spendOn(const BQTree* element) {
   return nullptr;
 }
 
-Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, const AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, NamespaceMap& namespaces) {
   if (!enter(element)) return nullptr;
-  AutoDict ownNamespaces(namespaces);
-  xmlGetElementNamespaces(element, &ownNamespaces);
-  auto value = readElement(element, ownNamespaces);
+  NamespaceMap::Scope scope(namespaces);
+  xmlGetElementNamespaces(element, &namespaces);
+  auto value = readElement(element, namespaces);
   inProgress_.pop_back();
   return value;
 }
 
-Owned<const void> SOAPValueReader::readElement(const BQTree* element, AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::readElement(const BQTree* element, NamespaceMap& namespaces) {
   if (auto value = readByOverride(element, namespaces)) return value;
   const BQTree* child = BQTreeGetFirstChild(element);
   if (child != nullptr) {
@@ -212,12 +213,12 @@ Owned<const void> SOAPValueReader::readElement(const BQTree* element, AutoDict& 
   return own<const void>(kBQNull);
 }
 
-Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const NamespaceMap& namespaces) {
   if (!hasOverrides_) return nullptr;
   return own(handler_.deserilizeOverride(element, namespaces, getElementName(element), root_));
 }
 
-Owned<const void> SOAPValueReader::readReference(const BQString* reference, AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
   BQIndex length = BQStringGetLength(reference);
   BQIndex start = textOf(reference).starts_with('#') ? 1 : 0;
   auto id = own(BQStringCreateSubstring(reference, BQRangeMake(start, length - start)));
@@ -232,7 +233,7 @@ Owned<const void> SOAPValueReader::readReference(const BQString* reference, Auto
   return nullptr;
 }
 
-Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, AutoDict& namespaces) {
+Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, NamespaceMap& namespaces) {
   int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
   ++references_;
   repeats_ += repeat;
