@@ -1,7 +1,7 @@
 # Options and the compile settings that every target shares.
 
 option(BUILD_SHARED_LIBS "Build shared libraries" ON)
-option(ORVANE_BUILD_TOOLS "Build vxcall" ON)
+option(ORVANE_BUILD_TOOLS "Build vxcall and vxserve" ON)
 option(ORVANE_BUILD_EXAMPLES "Build the examples" ON)
 option(ORVANE_BUILD_TESTS "Build the tests" ON)
 option(ORVANE_BUILD_FUZZ "Build the fuzz targets" ON)
