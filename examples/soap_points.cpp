@@ -42,7 +42,7 @@ const Point* createPoint(double x, double y) {
 }
 
 /* Called with every point of a document that is written. "%@" is where the element's name goes. */
-const BQString* writePoint(BQTypeRef, BQTypeRef value, void*) {
+const BQString* writePoint(VXMethodInvocationRef, BQTypeRef value, void*) {
   auto* point = static_cast<const Point*>(value);
   return BQStringCreateWithFormat(BQSTR("<%%@ xmlns:p=\"urn:points\" xsi:type=\"p:Point\">"
                                         "<x xsi:type=\"xsd:double\">%g</x><y xsi:type=\"xsd:double\">%g</y>"
@@ -62,7 +62,7 @@ double numberOfChild(const BQTree* element, const BQString* name) {
 }
 
 /* Called with every element {urn:points}Point of the reply. Null would leave it to the library. */
-BQTypeRef readPoint(BQTypeRef, const BQTree* element, const BQTree*, void*) {
+BQTypeRef readPoint(VXMethodInvocationRef, const BQTree* element, const BQTree*, void*) {
   return createPoint(numberOfChild(element, BQSTR("x")), numberOfChild(element, BQSTR("y")));
 }
 

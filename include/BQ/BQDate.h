@@ -9,13 +9,19 @@ BQ_EXTERN_C_BEGIN
 /** Seconds from 1970-01-01T00:00:00Z to 2001-01-01T00:00:00Z. */
 #define kBQAbsoluteTimeIntervalSince1970 978307200.0
 
-/** A date and time of day in UTC. `month` and `day` count from 1. */
+/** A date and time of day in UTC. */
 typedef struct BQGregorianDate {
+  /** The year; 0 is the year before 1. */
   int32_t year;
+  /** 1 to 12. */
   int8_t month;
+  /** The day of the month, 1 to 31. */
   int8_t day;
+  /** 0 to 23. */
   int8_t hour;
+  /** 0 to 59. */
   int8_t minute;
+  /** 0 up to 60, with a fraction. */
   double second;
 } BQGregorianDate;
 

@@ -8,19 +8,33 @@ BQ_EXTERN_C_BEGIN
 
 /** The C type behind a number. The codes are stable. */
 typedef enum BQNumberType {
+  /** int8_t. */
   kBQNumberSInt8Type = 1,
+  /** int16_t. */
   kBQNumberSInt16Type = 2,
+  /** int32_t. */
   kBQNumberSInt32Type = 3,
+  /** int64_t. */
   kBQNumberSInt64Type = 4,
+  /** A float of 32 bits. */
   kBQNumberFloat32Type = 5,
+  /** A double of 64 bits. */
   kBQNumberFloat64Type = 6,
+  /** char, taken as signed. */
   kBQNumberCharType = 7,
+  /** short. */
   kBQNumberShortType = 8,
+  /** int. */
   kBQNumberIntType = 9,
+  /** long. */
   kBQNumberLongType = 10,
+  /** long long. */
   kBQNumberLongLongType = 11,
+  /** float. */
   kBQNumberFloatType = 12,
+  /** double. */
   kBQNumberDoubleType = 13,
+  /** BQIndex. */
   kBQNumberIndexType = 14
 } BQNumberType;
 

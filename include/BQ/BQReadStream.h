@@ -35,10 +35,15 @@ typedef void (*BQReadStreamClientCallBack)(BQReadStream* stream, BQStreamEventTy
 
 /** What a client registers besides its function. Each function may be null. */
 typedef struct BQStreamClientContext {
-  BQIndex version; /* 0 */
+  /** 0. */
+  BQIndex version;
+  /** The caller's pointer; may be null. */
   void* info;
+  /** Called with `info` when the record is copied; gives what the copy holds instead. */
   void* (*retain)(void* info);
+  /** Called with what the copy holds when it is dropped. */
   void (*release)(void* info);
+  /** Not called. */
   const BQString* (*copyDescription)(void* info);
 } BQStreamClientContext;
 
@@ -89,7 +94,7 @@ BQ_EXPORT void BQReadStreamClose(BQReadStream* stream);
 
 /**
  * Takes up to `size` bytes that have arrived, without waiting. Returns their number; 0 if there
- * are none at present or at the end (see the status); -1 after an error.
+ * are none at present or at the end (see the status); -1 after an error and for null.
  */
 BQ_EXPORT BQIndex BQReadStreamRead(BQReadStream* stream, uint8_t* buffer, BQIndex size);
 

@@ -25,7 +25,7 @@ BQ_EXTERN_C_BEGIN
 
 /** Why a run came back. */
 typedef enum BQRunLoopRunResult {
-  /** The mode has no source, timer or descriptor. */
+  /** The mode has no source, timer or descriptor, or is null. */
   kBQRunLoopRunFinished = 1,
   /** BQRunLoopStop was called. */
   kBQRunLoopRunStopped = 2,
@@ -38,9 +38,16 @@ typedef enum BQRunLoopRunResult {
 /** The mode for ordinary work. */
 BQ_EXPORT extern const BQString* const kBQRunLoopDefaultMode;
 
+/** The identifier of the run loop class. */
 BQ_EXPORT BQTypeID BQRunLoopGetTypeID(void);
+
+/** The identifier of the source class. */
 BQ_EXPORT BQTypeID BQRunLoopSourceGetTypeID(void);
+
+/** The identifier of the timer class. */
 BQ_EXPORT BQTypeID BQRunLoopTimerGetTypeID(void);
+
+/** The identifier of the file descriptor class. */
 BQ_EXPORT BQTypeID BQFileDescriptorGetTypeID(void);
 
 /**
@@ -73,12 +80,19 @@ BQ_EXPORT void BQRunLoopWakeUp(BQRunLoop* runLoop);
 
 /** The functions of a source. `info` is handed to each; every function may be null. */
 typedef struct BQRunLoopSourceContext {
-  BQIndex version; /* 0 */
+  /** 0. */
+  BQIndex version;
+  /** The caller's pointer; may be null. */
   void* info;
+  /** Called with `info` when the record is copied; gives what the copy holds instead. */
   const void* (*retain)(const void* info);
+  /** Called with what the copy holds when it is dropped. */
   void (*release)(const void* info);
+  /** The description of `info`, owned by the caller. */
   const BQString* (*copyDescription)(const void* info);
+  /** Whether two sources of the same order and functions are equal, by their `info`; identity without it. */
   bool (*equal)(const void* first, const void* second);
+  /** The hash of `info`, the same where `equal` finds them equal. */
   BQHashCode (*hash)(const void* info);
   /** Called when the source was added to a mode of a run loop. */
   void (*schedule)(void* info, BQRunLoop* runLoop, const BQString* mode);
@@ -119,10 +133,15 @@ typedef void (*BQRunLoopTimerCallBack)(BQRunLoopTimer* timer, void* info);
 
 /** What a timer is given besides its function; every function may be null. */
 typedef struct BQRunLoopTimerContext {
-  BQIndex version; /* 0 */
+  /** 0. */
+  BQIndex version;
+  /** The caller's pointer; may be null. */
   void* info;
+  /** Called with `info` when the record is copied; gives what the copy holds instead. */
   const void* (*retain)(const void* info);
+  /** Called with what the copy holds when it is dropped. */
   void (*release)(const void* info);
+  /** The description of `info`, owned by the caller. */
   const BQString* (*copyDescription)(const void* info);
 } BQRunLoopTimerContext;
 
@@ -160,7 +179,12 @@ BQ_EXPORT bool BQRunLoopContainsTimer(BQRunLoop* runLoop, BQRunLoopTimer* timer,
 /* File descriptors. */
 
 /** The readiness that is asked for and reported. */
-enum { kBQFileDescriptorRead = 1, kBQFileDescriptorWrite = 2 };
+enum {
+  /** Bytes, a connection, an end or an error can be read. */
+  kBQFileDescriptorRead = 1,
+  /** Bytes can be written, or an error be found so. */
+  kBQFileDescriptorWrite = 2
+};
 
 /** Called while the descriptor is ready, level-triggered; `ready` holds the bits above. */
 typedef void (*BQFileDescriptorCallBack)(BQFileDescriptor* descriptor, uint32_t ready, void* info);

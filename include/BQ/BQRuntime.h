@@ -8,8 +8,11 @@ BQ_EXTERN_C_BEGIN
 
 /** The header in front of every object. Its fields belong to the runtime. */
 typedef struct BQRuntimeBase {
+  /** The class. */
   uint16_t typeID;
+  /** kBQRuntimeImmortal, and what is private to the runtime. */
   uint16_t flags;
+  /** The number of references. */
   uint32_t retainCount;
 } BQRuntimeBase;
 
@@ -17,7 +20,10 @@ typedef struct BQRuntimeBase {
 #define kBQRuntimeImmortal 0x1u
 
 /** The identifiers of the classes whose instances can be laid out at compile time. */
-enum { kBQRuntimeStringTypeID = 1 };
+enum {
+  /** The identifier of strings. */
+  kBQRuntimeStringTypeID = 1
+};
 
 /**
  * What the runtime knows of a class. Every function may be null. The record must outlive the

@@ -13,8 +13,11 @@ BQ_EXTERN_C_BEGIN
 
 /** The memory of a constant string; made by the macros below, never by hand. */
 typedef struct BQConstantString {
+  /** The header of every object. */
   BQRuntimeBase base;
+  /** The number of bytes, without the NUL. */
   uint64_t length;
+  /** UTF-8, with a NUL behind it. */
   const char* bytes;
 } BQConstantString;
 
@@ -55,6 +58,7 @@ typedef struct BQConstantString {
 
 /** How to compare and search. */
 typedef enum BQStringCompareOptions {
+  /** Letter by letter, from the start. */
   kBQCompareExact = 0,
   /** ASCII letters of either case are the same. */
   kBQCompareCaseInsensitive = 1,

@@ -28,7 +28,7 @@ BQ_EXPORT const BQString* BQURLCopyScheme(const BQURL* url);
  */
 BQ_EXPORT const BQString* BQURLCopyHostName(const BQURL* url);
 
-/** The port number that the text gives; -1 if it gives none. */
+/** The port number that the text gives; -1 if it gives none, and for null. */
 BQ_EXPORT int32_t BQURLGetPortNumber(const BQURL* url);
 
 /** The path with its percent escapes, "/" at least, without query; owned by the caller. */

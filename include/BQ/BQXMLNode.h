@@ -8,20 +8,35 @@ BQ_EXTERN_C_BEGIN
 
 /** What a node is. Trees hold documents, elements, texts, CDATA sections and entity references. */
 typedef enum BQXMLNodeTypeCode {
+  /** A document: the root of a tree. */
   kBQXMLNodeTypeDocument = 1,
+  /** An element. */
   kBQXMLNodeTypeElement = 2,
+  /** An attribute; not in trees. */
   kBQXMLNodeTypeAttribute = 3,
+  /** A processing instruction; not in trees. */
   kBQXMLNodeTypeProcessingInstruction = 4,
+  /** A comment; not in trees. */
   kBQXMLNodeTypeComment = 5,
+  /** A text. */
   kBQXMLNodeTypeText = 6,
+  /** A CDATA section. */
   kBQXMLNodeTypeCDATASection = 7,
+  /** A part of a document; not in trees. */
   kBQXMLNodeTypeDocumentFragment = 8,
+  /** An entity; not in trees. */
   kBQXMLNodeTypeEntity = 9,
+  /** A reference to an entity that XML does not define itself. */
   kBQXMLNodeTypeEntityReference = 10,
+  /** A document type; not in trees. */
   kBQXMLNodeTypeDocumentType = 11,
+  /** White space between tags; not in trees. */
   kBQXMLNodeTypeWhitespace = 12,
+  /** A notation; not in trees. */
   kBQXMLNodeTypeNotation = 13,
+  /** The declaration of an element; not in trees. */
   kBQXMLNodeTypeElementTypeDeclaration = 14,
+  /** The declaration of attributes; not in trees. */
   kBQXMLNodeTypeAttributeListDeclaration = 15
 } BQXMLNodeTypeCode;
 

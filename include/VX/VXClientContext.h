@@ -16,7 +16,9 @@ typedef struct VXClientContext {
   BQIndex version;
   /** The caller's pointer; may be null. */
   void* info;
+  /** Called with `info` when the library copies the record; gives what the copy holds instead. */
   void* (*retain)(void* info);
+  /** Called with what the copy holds when it is dropped. */
   void (*release)(void* info);
   /** Kept, never called. */
   const BQString* (*copyDescription)(void* info);

@@ -70,6 +70,16 @@ BQ_EXPORT extern const BQString* const kVXHTTPProxy;
  */
 BQ_EXPORT extern const BQString* const kVXHTTPExtraHeaders;
 /**
+ * "/VXHTTPCertificateAuthorityFile": a string: the path of a file of certificates (PEM) to trust
+ * in place of the system's. A call whose file cannot be used fails.
+ */
+BQ_EXPORT extern const BQString* const kVXHTTPCertificateAuthorityFile;
+/**
+ * "/VXHTTPReplySizeLimit": a number: the most bytes that a reply's body may have; 1 GiB if unset
+ * or not above 0. A call whose reply is larger ends with a transport fault.
+ */
+BQ_EXPORT extern const BQString* const kVXHTTPReplySizeLimit;
+/**
  * "kVXMethodInvocationTimeoutValue": a number: the most whole seconds that the exchange may
  * take; none if unset or not above 0.
  */

@@ -8,7 +8,7 @@ BQ_EXTERN_C_BEGIN
 
 /**
  * Writes a date as 2005-02-28T13:45:09Z, or 20050228T13:45:09Z if `compact` is not 0, and a NUL.
- * Fractions of a second are dropped.
+ * Fractions of a second are dropped. Null is written as 2001-01-01T00:00:00Z.
  *
  * @param buffer  Receives at most `size` bytes, the NUL included; may be null if `size` is 0.
  * @return The length of the whole text without the NUL, also when it was cut. Any thread.

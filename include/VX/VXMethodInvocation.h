@@ -20,9 +20,6 @@
 
 BQ_EXTERN_C_BEGIN
 
-/** A method invocation. */
-typedef struct OpaqueVXMethodInvocationRef* VXMethodInvocationRef;
-
 /**
  * Receives the result of a scheduled call, on the thread of the run loop that performed it.
  *
@@ -136,8 +133,10 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 
 /**
- * Writes the invocation as an XML property list: its protocol, method name, endpoint, parameters
- * with their order, and properties. The callback and the overrides are not part of it.
+ * Writes the invocation as an XML property list: a dictionary of the protocol (under the key
+ * "ProtocolType"), the method name ("MethodName"), the endpoint's text ("ServiceURL"), the
+ * parameters ("ParamValues") with their order ("ParamOrder") and the properties ("Properties").
+ * The callback and the overrides are not part of it.
  *
  * @return The bytes, owned by the caller; null if a parameter or property is no property-list value.
  */

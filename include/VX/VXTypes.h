@@ -12,15 +12,21 @@ typedef enum VXTypeID {
   kVXTypeUnknown = 0,
   /** The null object. */
   kVXTypeNull = 1,
+  /** A boolean. */
   kVXTypeBoolean = 2,
   /** A number that was not made with a floating type. */
   kVXTypeInteger = 3,
   /** A number that was made with a floating type. */
   kVXTypeDouble = 4,
+  /** A string. */
   kVXTypeString = 5,
+  /** A date. */
   kVXTypeDate = 6,
+  /** Data; base64 on the wire. */
   kVXTypeData = 7,
+  /** An array. */
   kVXTypeArray = 8,
+  /** A dictionary; a structure on the wire. */
   kVXTypeDictionary = 9
 } VXTypeID;
 

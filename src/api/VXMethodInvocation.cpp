@@ -109,7 +109,7 @@ void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocatio
 void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                            const BQString* mode) {
   if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->wrapped->getSource();
+  vx::VXRunLoopSource* source = invocation->wrapped->getSourceForCall();
   if (source != nullptr && source->addToRunLoop(runLoop, mode)) source->signal();
 }
 
@@ -139,7 +139,7 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
   if (result != nullptr) return result;
   call->giveUpCall();
-  return createFaultResult(BQSTR("The call was taken away"));
+  return createFaultResult(BQSTR("The invocation was taken out of its synchronous call"));
 }
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {

@@ -2,6 +2,8 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -26,8 +28,15 @@ const char* charsOf(const BQData* data) {
   return reinterpret_cast<const char*>(BQDataGetBytePtr(data));
 }
 
-int lengthOf(const BQData* data) {
-  return static_cast<int>(BQDataGetLength(data));
+/*
+ * As one write, so that threads do not cut into each other's texts: formatted output that is longer than
+ * the buffer of the C library would be several. Like a string of C the text ends at a NUL.
+ */
+void writeText(std::string_view before, const BQData* text, std::string_view after) {
+  std::string_view view(charsOf(text), static_cast<size_t>(BQDataGetLength(text)));
+  std::string line(before);
+  line.append(view.substr(0, view.find('\0'))).append(after);
+  std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 }  // namespace
@@ -39,8 +48,7 @@ int _vxLogf(const char* format, ...) {
   auto text = own(vxCreateString(format, arguments));
   va_end(arguments);
   if (auto bytes = outputBytes(text.get())) {
-    std::fprintf(stderr, "VX (%d): %.*s\n", static_cast<int>(getpid()), lengthOf(bytes.get()),
-                 charsOf(bytes.get()));
+    writeText("VX (" + std::to_string(getpid()) + "): ", bytes.get(), "\n");
   } else {
     BQShow(text.get());
   }
@@ -53,7 +61,7 @@ void vxPrintf(const BQString* format, ...) {
   auto text = own(BQStringCreateWithFormatAndArguments(format, arguments));
   va_end(arguments);
   if (auto bytes = outputBytes(text.get())) {
-    std::fprintf(stderr, "%.*s", lengthOf(bytes.get()), charsOf(bytes.get()));
+    writeText("", bytes.get(), "");
   } else {
     BQShow(text.get());
   }
@@ -65,8 +73,7 @@ void vxDumpDict(const char* label, const BQDictionary* dictionary) {
     auto description = own(BQCopyDescription(dictionary));
     data = own(BQStringCreateExternalRepresentation(description.get(), kBQStringEncodingUTF8, 0));
   }
-  std::fprintf(stderr, "%s ---\n--------------\n%.*s\n--------------\n", label, lengthOf(data.get()),
-               charsOf(data.get()));
+  writeText(std::string(label) + " ---\n--------------\n", data.get(), "\n--------------\n");
 }
 
 const BQString* vxCreateString(const char* format, va_list arguments) {

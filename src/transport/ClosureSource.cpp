@@ -18,6 +18,7 @@ void ClosureSource::perform() {
 }
 
 void ClosureSource::finish() {
+  end();
   std::unique_ptr<WebServiceResult> finished = std::move(result);
   if (finished != nullptr) invocation->doCallback(finished.get());
 }

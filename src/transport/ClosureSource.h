@@ -18,7 +18,6 @@ class ClosureSource : public VXRunLoopSource {
 
   /* Fails: a transport is what a derived class adds. */
   void perform() override;
-  bool isFinished() const override { return result == nullptr; }
 
   /* Ends the call: hands the result to the invocation, which may destroy itself meanwhile. */
   virtual void finish();

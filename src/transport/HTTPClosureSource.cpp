@@ -101,6 +101,7 @@ void HTTPClosureSource::cancel(BQRunLoop* fromRunLoop, const BQString* mode) {
 void HTTPClosureSource::step() {
   switch (state) {
     case kUninitialized:
+      begin();
       if (!initConnection()) return;
       state = kWaitForOpen;
       readBuffer = own(BQDataCreateMutable(0));
@@ -202,6 +203,8 @@ void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
   }
   if (isFinished()) {
     if (gVXDebugVerbose != 0) _vxLogf("We shouldn't be serviging any more callback signals");
+    /* Bytes that nobody reads would be reported for ever. */
+    BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, nullptr, nullptr);
     return;
   }
   switch (event) {

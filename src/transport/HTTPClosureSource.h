@@ -33,7 +33,6 @@ class HTTPClosureSource : public ClosureSource {
   void schedule(BQRunLoop* runLoop, const BQString* mode) override;
   void cancel(BQRunLoop* runLoop, const BQString* mode) override;
   void finish() override;
-  bool hasBegun() const override { return state != kUninitialized || isActive(); }
 
   int32_t getState() const { return state; }
   void setState(int32_t newState) { state = newState; }

@@ -17,6 +17,14 @@ const BQString* getStringProperty(WebServiceMethodInvocation* invocation, const 
   return value != nullptr ? static_cast<const BQString*>(value) : fallback;
 }
 
+/* The host as a header names it: an IPv6 address in brackets, and no port. */
+Owned<const BQString> copyHost(const BQURL* url) {
+  auto host = own(BQURLCopyHostName(url));
+  const BQRange all = {0, BQStringGetLength(host.get())};
+  bool isAddress = BQStringFind(host.get(), BQSTR(":"), all, kBQCompareExact, nullptr);
+  return isAddress ? own(BQStringCreateWithFormat(BQSTR("[%@]"), host.get())) : std::move(host);
+}
+
 const BQString* makeUserAgent() {
   BQBundle* bundle = BQBundleGetBundleWithIdentifier(kLibraryBundleIdentifier);
   auto info = own(BQBundleCopyInfoDictionary(bundle));
@@ -48,6 +56,15 @@ void setProxy(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
   auto settings = own(bqTypeCreateDictionary(nullptr, kBQStreamPropertyHTTPProxyPort, portNumber.get(),
                                              kBQStreamPropertyHTTPProxyHost, host.get(), nullptr));
   BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPProxy, settings.get());
+}
+
+void setReplySizeLimit(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
+  BQTypeRef value = invocation->getPropertyOfType(kVXHTTPReplySizeLimit, BQNumberGetTypeID());
+  int64_t bytes = 0;
+  BQNumberGetValue(static_cast<const BQNumber*>(value), kBQNumberSInt64Type, &bytes);
+  if (bytes <= 0) return;
+  auto limit = own(BQNumberCreate(kBQNumberSInt64Type, &bytes));
+  BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPMaximumReplySize, limit.get());
 }
 
 }  // namespace
@@ -92,7 +109,7 @@ Owned<BQHTTPMessage> createHTTPRequest(WebServiceMethodInvocation* invocation, c
                                                                              getHttpVersion(invocation)));
   if (request == nullptr) return nullptr;
   BQHTTPMessageSetBody(request.get(), body);
-  auto host = own(BQURLCopyHostName(url));
+  auto host = copyHost(url);
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("User-Agent"), getUserAgentString());
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("Host"), host.get());
   setHeaderFieldValue(requestTemplate, request.get(), BQSTR("Content-Type"),
@@ -104,6 +121,10 @@ void configureStream(WebServiceMethodInvocation* invocation, BQReadStream* strea
   setProxy(invocation, stream);
   BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPShouldAutoredirect,
                           getFollowsRedirects(invocation) ? kBQBooleanTrue : kBQBooleanFalse);
+  BQReadStreamSetProperty(
+      stream, kBQStreamPropertyTLSCertificateAuthorityFile,
+      invocation->getPropertyOfType(kVXHTTPCertificateAuthorityFile, BQStringGetTypeID()));
+  setReplySizeLimit(invocation, stream);
 }
 
 }  // namespace vx

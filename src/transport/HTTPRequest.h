@@ -24,7 +24,7 @@ void setHeaderFieldValue(const BQHTTPMessage* requestTemplate, BQHTTPMessage* re
 Owned<BQHTTPMessage> createHTTPRequest(WebServiceMethodInvocation* invocation, const BQURL* url,
                                        const BQData* body, const BQString* contentType);
 
-/* Sets the proxy and the redirect rule that the invocation's properties ask for on a stream. */
+/* Sets on a stream what the invocation's properties ask for: proxy, redirects, trust, size of the reply. */
 void configureStream(WebServiceMethodInvocation* invocation, BQReadStream* stream);
 
 /* The method of an invocation's request: "POST" unless a property says otherwise. Borrowed. */

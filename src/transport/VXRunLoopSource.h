@@ -9,6 +9,10 @@
 namespace vx {
 
 class VXRunLoopSource {
+ protected:
+  /* Takes the platform's source off its run loops, which would call a destroyed object. */
+  virtual ~VXRunLoopSource();
+
  public:
   VXRunLoopSource();
   VXRunLoopSource(const VXRunLoopSource&) = delete;
@@ -19,11 +23,6 @@ class VXRunLoopSource {
   virtual void perform() {}
   virtual void schedule(BQRunLoop* runLoop, const BQString* mode);
   virtual void cancel(BQRunLoop* runLoop, const BQString* mode);
-  /* Whether the source has started on what it was made for. */
-  virtual bool hasBegun() const { return false; }
-  /* Whether what the source was made for has been done. */
-  virtual bool isFinished() const { return false; }
-
   /* The platform's source, borrowed, made when it is first asked for. */
   BQRunLoopSource* getSourceCreatingIfNecessary();
   /* The platform's source, borrowed; null if it was not made. */
@@ -33,6 +32,10 @@ class VXRunLoopSource {
   bool addToRunLoop(BQRunLoop* runLoop, const BQString* mode);
   bool removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode);
 
+  /* Whether the source has started on what it was made for. */
+  bool hasBegun() const { return begun_; }
+  /* Whether what the source was made for has been done. */
+  bool isFinished() const { return finished_; }
   /* Whether one of its callbacks is running. */
   bool isActive() const { return entries_ > 0; }
 
@@ -61,8 +64,8 @@ class VXRunLoopSource {
     VXRunLoopSource* object_;
   };
 
-  /* Takes the platform's source off its run loops, which would call a destroyed object. */
-  virtual ~VXRunLoopSource();
+  void begin() { begun_ = true; }
+  void end() { finished_ = true; }
 
  private:
   static const void* _retain(const void* info);
@@ -78,6 +81,8 @@ class VXRunLoopSource {
   Owned<BQRunLoopSource> source;
   int entries_ = 0;
   bool retired_ = false;
+  bool begun_ = false;
+  bool finished_ = false;
 };
 
 }  // namespace vx

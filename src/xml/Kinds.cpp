@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include <array>
 #include <string_view>
@@ -88,12 +89,19 @@ int64_t readPlainDecimal(std::string_view text) {
   return value;
 }
 
+/* Newer C libraries read "0b101" as five; it is a zero with something behind it. */
+bool isBinary(const char* text) {
+  text += std::strspn(text, " \t\n\v\f\r");
+  text += *text == '-' || *text == '+';
+  return text[0] == '0' && (text[1] == 'b' || text[1] == 'B');
+}
+
 int64_t readInteger(std::string_view text) {
   int64_t value = readPlainDecimal(text);
   if (value >= 0) return value;
   char buffer[kLongestIntegerText + 1];
   copyASCII(text, buffer);
-  return std::strtoll(buffer, nullptr, 0);
+  return isBinary(buffer) ? 0 : std::strtoll(buffer, nullptr, 0);
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include <algorithm>
+#include <string_view>
+
 #include <BQ/BQ.h>
 
 #include "diag/Log.h"
@@ -39,6 +42,17 @@ Owned<const BQData> withDeclaration(const BQData* data, BQStringEncoding encodin
   return own(static_cast<const BQData*>(whole));
 }
 
+/* Whether the first bytes show the encoding, which the parser then goes by: a byte-order mark, or UTF-16. */
+bool showsEncoding(const BQData* data) {
+  using namespace std::string_view_literals;
+  std::string_view bytes(reinterpret_cast<const char*>(BQDataGetBytePtr(data)),
+                         static_cast<size_t>(BQDataGetLength(data)));
+  constexpr std::string_view kSigns[] = {"\xEF\xBB\xBF"sv, "\xFE\xFF"sv, "\xFF\xFE"sv, "\0<\0?"sv,
+                                         "<\0?\0"sv};
+  return std::any_of(std::begin(kSigns), std::end(kSigns),
+                     [bytes](std::string_view sign) { return bytes.starts_with(sign); });
+}
+
 /* The bytes to parse; null if the document has no declaration and may not or cannot get one. */
 Owned<const BQData> documentBytes(const BQData* data, bool allowMissingDeclaration, unsigned long encoding) {
   BQIndex offset = findDeclaration(data);
@@ -46,6 +60,7 @@ Owned<const BQData> documentBytes(const BQData* data, bool allowMissingDeclarati
   if (offset > 0)
     return own(BQDataCreateView(BQDataGetBytePtr(data) + offset, BQDataGetLength(data) - offset));
   if (!allowMissingDeclaration) return nullptr;
+  if (showsEncoding(data)) return retain(data);
   return withDeclaration(data, static_cast<BQStringEncoding>(encoding));
 }
 

@@ -152,7 +152,7 @@ TEST(Boundary, HandlersTakeNullAndOtherClasses) {
     }
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(VXProtocolHandlerCopyRequestDictionary(handler, nullptr), nullptr);
-    auto returnNumber = [](BQTypeRef, BQTypeRef, void*) {
+    auto returnNumber = [](VXMethodInvocationRef, BQTypeRef, void*) {
       return static_cast<const BQString*>(integer(5).release());
     };
     VXProtocolHandlerSetSerializationOverride(handler, BQStringGetTypeID(), returnNumber, nullptr);

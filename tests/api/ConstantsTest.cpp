@@ -36,6 +36,8 @@ TEST(Constants, HaveTheirDocumentedTexts) {
       {kVXHTTPFollowsRedirects, "/VXHTTPFollowsRedirects"},
       {kVXHTTPProxy, "/VXHTTPProxy"},
       {kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders"},
+      {kVXHTTPCertificateAuthorityFile, "/VXHTTPCertificateAuthorityFile"},
+      {kVXHTTPReplySizeLimit, "/VXHTTPReplySizeLimit"},
       {kVXAuthInfo, "/VXHTTPAuthInfo"},
       {kVXAuthInfo_user, "username"},
       {kVXAuthInfo_password, "password"},

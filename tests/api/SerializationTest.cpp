@@ -32,6 +32,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     VXMethodInvocationSetParameters(handle, parameters, array({string("b"), string("a"), string("c")}));
     VXMethodInvocationSetProperty(handle, kVXMethodInvocationTimeoutValue, integer(5));
     VXMethodInvocationSetProperty(handle, kVXHTTPFollowsRedirects, kBQBooleanFalse);
+    VXMethodInvocationSetProperty(handle, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
     Value data = Value::adopt(VXMethodInvocationCopySerialization(handle));
     Value list = Value::adopt(BQPropertyListCreateFromXMLData(data, nullptr));
     EXPECT_EQ(BQDictionaryGetCount(list), 6);

@@ -77,7 +77,7 @@ TEST(SerializerBase, ContextsAreRetainedAndReleasedOnce) {
 }
 
 /* Writes the text that the info points to; null for a null one. */
-const BQString* writeInfo(BQTypeRef, BQTypeRef, void* info) {
+const BQString* writeInfo(VXMethodInvocationRef, BQTypeRef, void* info) {
   return info == nullptr ? nullptr
                          : BQStringCreateWithCString(static_cast<const char*>(info), kBQStringEncodingUTF8);
 }
@@ -135,7 +135,7 @@ TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
   auto make = [](std::string_view text) { return text == "-" ? Value() : string(text); };
   for (const auto& row : rows) {
     VXSerializerBase base;
-    auto returnTrue = [](BQTypeRef, const BQTree*, const BQTree*, void*) -> BQTypeRef {
+    auto returnTrue = [](VXMethodInvocationRef, const BQTree*, const BQTree*, void*) -> BQTypeRef {
       return kBQBooleanTrue;
     };
     base.addDeserializationOverride(make(row.typeNamespace), make(row.typeName), returnTrue, nullptr);
@@ -154,7 +154,7 @@ TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
 
 TEST(SerializerBase, TheFirstOverrideForReadingDecidesBehindTheParents) {
   VXSerializerBase parent, child;
-  auto returnInfo = [](BQTypeRef, const BQTree*, const BQTree*, void* info) -> BQTypeRef {
+  auto returnInfo = [](VXMethodInvocationRef, const BQTree*, const BQTree*, void* info) -> BQTypeRef {
     return BQRetain(info);
   };
   Value first = string("first"), second = string("second"), inherited = string("inherited");
@@ -184,7 +184,7 @@ void registerMore(void* info) {
 
 TEST(SerializerBase, OverridesMayBeRegisteredFromInsideTheCallersFunctions) {
   VXSerializerBase base;
-  auto registering = [](BQTypeRef, BQTypeRef, void* info) -> const BQString* {
+  auto registering = [](VXMethodInvocationRef, BQTypeRef, void* info) -> const BQString* {
     registerMore(info);
     return BQSTR("written");
   };

@@ -4,7 +4,9 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "diag/Switches.h"
@@ -53,6 +55,18 @@ TEST_F(Log, PrintAddsNothingAndNeedsNoSwitch) {
   EXPECT_EQ(written([] { vx::vxPrintf(BQSTR("")); }), "");
   std::string large(100000, 'x');
   EXPECT_EQ(written([&] { vx::vxPrintf(string(large)); }), large);
+}
+
+TEST_F(Log, LongTextIsOneWrite) {
+  int ends[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
+  int standardError = dup(STDERR_FILENO);
+  dup2(ends[0], STDERR_FILENO);
+  vx::vxPrintf(string(std::string(50000, 'x')));
+  dup2(standardError, STDERR_FILENO);
+  std::vector<char> packet(60000);
+  EXPECT_EQ(recv(ends[1], packet.data(), packet.size(), MSG_DONTWAIT), 50000);
+  for (int end : {ends[0], ends[1], standardError}) close(end);
 }
 
 TEST_F(Log, DictionaryIsDumpedAsPropertyListOrDescription) {

@@ -176,7 +176,7 @@ TEST(SOAPValue, AttributesAreFoundByNamespaceAndName) {
   EXPECT_EQ(vx::getNodeAttribute(document, namespaces, nullptr, "id"), nullptr) << "no element";
 }
 
-BQTypeRef overridden(BQTypeRef, const BQTree* element, const BQTree* root, void* info) {
+BQTypeRef overridden(VXMethodInvocationRef, const BQTree* element, const BQTree* root, void* info) {
   EXPECT_EQ(text(BQXMLNodeGetString(BQXMLTreeGetNode(root))), "root");
   if (info != nullptr) ++*static_cast<int*>(info);
   return info != nullptr

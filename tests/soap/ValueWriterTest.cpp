@@ -18,7 +18,7 @@ struct Override {
   const char* text; /* null: the override declines */
 };
 
-const BQString* overrideText(BQTypeRef, BQTypeRef, void* info) {
+const BQString* overrideText(VXMethodInvocationRef, BQTypeRef, void* info) {
   const char* text = static_cast<const Override*>(info)->text;
   return text == nullptr ? nullptr : BQStringCreateWithUTF8(text, static_cast<BQIndex>(strlen(text)));
 }

@@ -1,12 +1,12 @@
 """How vxcall fails: the exit status, and one line that says why."""
-import os
-import signal
+import re
+import shlex
 import socket
 import subprocess
 import tempfile
 import unittest
 
-from vxcall_case import VXCALL, Peer, VxcallCase, vxcall
+from vxcall_case import VXCALL, VxcallCase, vxcall
 
 DEEP = 600
 
@@ -17,6 +17,21 @@ class UsageTest(VxcallCase):
         for arguments, fragment in [
             ([], "URL"),
             ([url], "METHOD"),
+            (["--load", "/no/such/file"], "cannot read /no/such/file: No such file"),
+            (["--load", "/dev/null"], "/dev/null holds no saved call; --save makes one"),
+            (["--load", "/etc/passwd"], "holds no saved call"),
+            (["--load", "f", url], "--load takes no URL"),
+            (["--load", "f", "-p", "xml-rpc"], "--load"),
+            (["--save", "f", "--proxy", url, url, "m"], "give --proxy to the vxcall that loads it"),
+            (["--save", "f", "--print-request", url, "m"], "--print-request"),
+            (["--save", "f", "--async", url, "m"], "--async"),
+            (["--save", "f", "-v", url, "m"], "--verbose"),
+            (["--print-request", "--repeat", "2", url, "m"], "--repeat"),
+            (["--print-request", "-o", "full", url, "m"], "--output"),
+            (["--save", "f", url, "m", "json:[null]"], "no room for null"),
+            (["--save", "f", url, "m", "string:\x01"], "control characters"),
+            (["--ca", "/no/such/file", url, "m"], "cannot read /no/such/file: No such file"),
+            (["--max-reply", "0", url, "m"], "0"),
             (["localhost:80", "m"], "not a URL of http or https"),
             (["ftp://host/", "m"], "not a URL of http or https"),
             (["/RPC2", "m"], "not a URL"),
@@ -74,6 +89,10 @@ class UsageTest(VxcallCase):
             ([url, "m", "json:" + "[" * 60000 + "]" * 60000], "nested"),
             ([url, "m", "file:/no/such/file"], "No such file"),
             ([url, "m", "file:/"], "directory"),
+            ([url, "m", "json:@/no/such/file"], "No such file"),
+            ([url, "m", "json:@/etc/passwd"], "/etc/passwd is not JSON in line 1"),
+            ([url, "m", "json:@/dev/null"], "/dev/null is not JSON"),
+            ([url, "m", "file:-", "json:@-"], "once"),
             ([url, "m", "a=1", "a=2"], "named a"),
             ([url, "m", "1", "p1=2"], "named p1"),
             ([url, "m", b"\xff"], "UTF-8"),
@@ -90,10 +109,16 @@ class UsageTest(VxcallCase):
         self.assertRegex(run.stdout.decode(), r"\Avxcall \d+\.\d+\.\d+\n\Z")
         run = vxcall("--help")
         self.assertEqual((run.returncode, run.stderr), (0, b""))
-        for word in ("URL METHOD [PARAM...]", "--protocol", "-n", "--style", "--result", "-H", "--soap-header",
-                     "-t", "--proxy", "--no-redirect", "--http", "--async", "--repeat", "-o", "-v",
-                     "--print-request", "--version", "--help", "base64", "Exit status"):
-            self.assertIn(word, run.stdout.decode())
+
+    def test_help_fits_a_screen_and_its_examples_are_calls(self):
+        text = vxcall("--help").stdout.decode()
+        self.assertLessEqual(len(text.splitlines()), 45)
+        self.assertLessEqual(max(map(len, text.splitlines())), 80)
+        examples = re.findall(r"^  vxcall (.*http.*?)(?: \|.*)?$", text, re.MULTILINE)
+        self.assertGreaterEqual(len(examples), 3)
+        for example in examples:
+            arguments = [argument for argument in shlex.split(example) if argument not in ("--save", "add.call")]
+            self.assertEqual(vxcall("--print-request", *arguments).returncode, 0, example)
 
 
 class FaultTest(VxcallCase):
@@ -155,40 +180,25 @@ class TransportFailureTest(VxcallCase):
                               "307 Temporary Redirect")
 
     def test_certificate_that_nobody_vouches_for(self):
-        with tempfile.TemporaryDirectory() as folder:
-            certificate, key = os.path.join(folder, "certificate"), os.path.join(folder, "key")
-            subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                            "-nodes", "-days", "2", "-subj", "/CN=localhost", "-addext",
-                            "subjectAltName=IP:127.0.0.1", "-keyout", key, "-out", certificate],
-                           check=True, stderr=subprocess.DEVNULL)
-            peer = Peer("--tls", certificate, key)
-            self.addCleanup(peer.stop)
-            self.assert_complaint(vxcall(peer.url(), "echo", 1), 3, "no secure connection to " + peer.url(),
-                                  "certificate")
+        peer, certificate = self.tls_peer()
+        for options in ([], ["--ca", "/etc/hostname"]):
+            self.assert_complaint(vxcall(*options, peer.url(), "echo", 1), 3, "no secure connection to " + peer.url(),
+                                  "certificate could not be verified; --ca FILE")
+        self.assertEqual(vxcall("--ca", certificate, peer.url(), "echo", 1).stdout, b"1\n")
 
+    def test_reply_beyond_the_limit(self):
+        server = self.raw_server()
+        size = len(server.answer.partition(b"\r\n\r\n")[2])
+        self.assertEqual(vxcall("--max-reply", size, server.url, "m").stdout, b"7\n")
+        self.assert_complaint(vxcall("--max-reply", size - 1, server.url, "m"), 3, "larger than the limit; --max-reply")
 
-class ProcessTest(VxcallCase):
-    def test_closed_pipe_is_a_failed_write_and_no_crash(self):
-        reader, writer = os.pipe()
-        os.close(reader)
-        try:
-            run = vxcall(self.peer.url(), "echo", 1, stdout=writer)
-        finally:
-            os.close(writer)
-        self.assert_complaint(run, 3, "standard output", "Broken pipe")
-
-    def test_full_disk_is_not_success(self):
-        with open("/dev/full", "wb") as full:
-            self.assert_complaint(vxcall(self.peer.url(), "echo", 1, stdout=full), 3, "No space left")
-            self.assert_complaint(vxcall("--print-request", self.peer.url(), "echo", stdout=full), 3, "No space left")
-
-    def test_interrupt_ends_a_waiting_call(self):
-        with socket.create_server(("127.0.0.1", 0)) as listener:
-            process = subprocess.Popen([VXCALL, "http://127.0.0.1:%d/" % listener.getsockname()[1], "m"])
-            connection = listener.accept()[0]
-            process.send_signal(signal.SIGINT)
-            self.assertEqual(process.wait(timeout=60), -signal.SIGINT)
-            connection.close()
+    def test_server_that_hangs_up_while_a_large_request_goes_out(self):
+        tls_peer, certificate = self.tls_peer()
+        with tempfile.NamedTemporaryFile() as file:
+            file.truncate(20000000)
+            for peer in (self.peer, tls_peer):
+                run = vxcall("--ca", certificate, peer.url("/hang-up-early"), "echo", "file:" + file.name)
+                self.assert_complaint(run, 3, peer.url("/hang-up-early"))
 
 
 if __name__ == "__main__":

@@ -77,6 +77,21 @@ class ParameterTest(VxcallCase):
                 for parameter in ("file:" + path, "x=file:" + path):
                     self.assertEqual(base64.b64decode(json.loads(self.call("echo", parameter))), content)
 
+    def test_come_from_standard_input_for_a_dash(self):
+        for parameter, data, value in [("file:-", b"\x00\xff", "AP8="), ("x=json:@-", b'\n{"a": [1, 2]}\n', {"a": [1, 2]})]:
+            run = vxcall(self.peer.url(), "echo", parameter, input=data)
+            self.assertEqual((json.loads(run.stdout), run.stderr), (value, b""))
+
+    def test_are_read_from_a_file_of_json(self):
+        path = os.path.join(self.folder(), "value")
+        for text, expected in [("7", 7), ("[1,\n2]", [1, 2]), ('"é"', "é")]:
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(text)
+            self.assertEqual(json.loads(self.call("echo", "json:@" + path)), expected)
+        with open(path, "w", encoding="utf-8") as file:
+            file.write("[1,\n2,\n}")
+        self.assert_complaint(vxcall(self.peer.url(), "echo", "json:@" + path), 2, path + " is not JSON in line 3")
+
     def test_go_out_in_the_order_in_which_they_are_written(self):
         self.assertEqual(json.loads(self.call("echo_all", "z=1", "2", "a=3", "nil:", "p9=5")), [1, 2, 3, 0, 5])
 

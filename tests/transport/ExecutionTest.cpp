@@ -103,6 +103,60 @@ TEST(Execution, AnInvocationCallsAgainWithTheSameConnection) {
   EXPECT_EQ(peer.connectionCount(), 1u);
 }
 
+/* What a function of the caller's may do to the call while it is being made. */
+struct Meddler {
+  void (*meddle)(VXMethodInvocationRef);
+  VXMethodInvocationRef invocation;
+
+  static const BQString* serialize(VXMethodInvocationRef, BQTypeRef, void* info) {
+    auto* meddler = static_cast<Meddler*>(info);
+    if (meddler->meddle != nullptr) meddler->meddle(meddler->invocation);
+    return nullptr;
+  }
+};
+
+void takeOffTheRunLoop(VXMethodInvocationRef invocation) {
+  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("VXSYNC"));
+}
+
+TEST(Execution, SynchronousCallThatCannotEndAnyMoreIsAFault) {
+  const char* abandoned = "The invocation was taken out of its synchronous call 2 -65794";
+  struct Row {
+    void (*meddle)(VXMethodInvocationRef);
+    const char* expected;
+    const char* why;
+  };
+  const Row rows[] = {
+      {takeOffTheRunLoop, abandoned, "nothing serves the call"},
+      {[](VXMethodInvocationRef invocation) {
+         takeOffTheRunLoop(invocation);
+         VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("elsewhere"));
+       },
+       abandoned, "a mode that does not run would serve it"},
+      {[](VXMethodInvocationRef invocation) { VXMethodInvocationSetCallBack(invocation, nullptr, nullptr); },
+       abandoned, "nobody receives the result"},
+      {[](VXMethodInvocationRef) { BQRunLoopStop(BQRunLoopGetCurrent()); }, "x", "only one run is stopped"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.why);
+    ScriptedPeer peer({replies({okResponse(replyBody("x")), okResponse(replyBody("x"))})});
+    TestCall call(peer.url());
+    Meddler meddler{row.meddle, call.get()};
+    VXClientContext context = {0, &meddler, nullptr, nullptr, nullptr};
+    VXMethodInvocationAddSerializationOverride(call.get(), BQStringGetTypeID(), Meddler::serialize, &context);
+    const void *name = BQSTR("a"), *value = BQSTR("text");
+    VXMethodInvocationSetParameters(call.get(), own(BQDictionaryCreate(&name, &value, 1)).get(), nullptr);
+    auto result = call.invoke();
+    EXPECT_EQ(VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get()),
+              row.expected);
+    meddler.meddle = nullptr;
+    EXPECT_EQ(valueOf(call.invoke().get()), "x") << "the next call is a new one";
+    for (const BQString* mode : {BQSTR("VXSYNC"), BQSTR("elsewhere")}) {
+      EXPECT_EQ(BQRunLoopRunInMode(mode, 0, true), kBQRunLoopRunFinished);
+    }
+  }
+}
+
 /* Calls another invocation from inside the callback of the first. */
 TEST(Execution, CallbackMayCallSynchronously) {
   ScriptedPeer peer({replies({okResponse(replyBody("outer")), okResponse(replyBody("inner"))})});

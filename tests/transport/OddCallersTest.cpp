@@ -62,7 +62,7 @@ struct OddCall {
   OddCall(const OddCall&) = delete;
   OddCall& operator=(const OddCall&) = delete;
 
-  static const BQString* override(BQTypeRef, BQTypeRef value, void* info) {
+  static const BQString* override(VXMethodInvocationRef, BQTypeRef value, void* info) {
     auto* call = static_cast<OddCall*>(info);
     if (call->act != nullptr && call->acts++ == 0) call->act(*call);
     return call->answer != nullptr ? call->answer(value) : nullptr;
@@ -76,7 +76,7 @@ void ignoreResult(VXMethodInvocationRef, void* info, const BQDictionary* result)
   BQRelease(result);
 }
 
-constexpr const char* kTakenAway = "The call was taken away 2 -65794";
+constexpr const char* kTakenAway = "The invocation was taken out of its synchronous call 2 -65794";
 
 const struct {
   const char* what;
@@ -168,7 +168,7 @@ TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
       } holders{values.get(), members.get(), when};
       BQArrayAppendValue(values.get(), members.get());
       members.reset();
-      auto empty = [](BQTypeRef, BQTypeRef, void* info) -> const BQString* {
+      auto empty = [](VXMethodInvocationRef, BQTypeRef, void* info) -> const BQString* {
         auto* state = static_cast<Holders*>(info);
         if (--state->left != 0) return nullptr;
         BQDictionaryRemoveAllValues(state->members);
@@ -214,7 +214,7 @@ TEST(OddCallers, OverridesMayReturnNonsense) {
 }
 
 TEST(OddCallers, OverridesOfNoClassAreNotCalled) {
-  auto fail = [](BQTypeRef, BQTypeRef, void*) -> const BQString* {
+  auto fail = [](VXMethodInvocationRef, BQTypeRef, void*) -> const BQString* {
     ADD_FAILURE() << "called for a value that is not there";
     return nullptr;
   };

@@ -78,10 +78,10 @@ TEST_F(SourceTest, StrayPerformAfterTheResultIsIgnored) {
 }
 
 TEST_F(SourceTest, AfterAResultTheNextCallGetsAFreshSource) {
-  schedule(invocation->getSource());
-  EXPECT_EQ(invocation->getSource(), invocation->getSource());
+  schedule(invocation->getSourceForCall());
+  EXPECT_EQ(invocation->getSourceForCall(), invocation->getSource());
   runOnce();
-  schedule(invocation->getSource());
+  schedule(invocation->getSourceForCall());
   runOnce();
   EXPECT_EQ(delivery.count, 2);
   EXPECT_EQ(invocation->sourcesMade, 2);

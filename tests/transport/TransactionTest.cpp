@@ -212,6 +212,14 @@ TEST(Transaction, SendsItsHeadersAndNoOthers) {
                    "SOAPAction: \"urn:a\"", agent}));
 }
 
+TEST(Transaction, HostOfAnIPv6AddressIsInBrackets) {
+  ScriptedPeer peer({reply(okResponse(replyBody("x")))}, true);
+  if (!peer.isListening()) GTEST_SKIP() << "the machine has no IPv6";
+  TestCall call(peer.url());
+  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  EXPECT_NE(peer.requests().at(0).find("\r\nHost: [::1]\r\n"), std::string::npos);
+}
+
 TEST(Transaction, TemplateGivesMethodURLAndHeaders) {
   ScriptedPeer peer({reply(okResponse(replyBody("x")))});
   auto url = own(BQURLCreateWithString(makeText(peer.url("/template")).get(), nullptr));
@@ -248,10 +256,44 @@ TEST(Transaction, GoesThroughAProxy) {
   EXPECT_EQ(headersOf(proxy.requests().at(0))[0], "POST http://unreachable.invalid/RPC2 HTTP/1.1");
 }
 
+TEST(Transaction, BoundsTheReplyAsTheLimitSays) {
+  const std::string body = replyBody("bounded");
+  const int size = static_cast<int>(body.size());
+  struct Row {
+    int limit;
+    std::string expected;
+  };
+  const std::string tooLarge = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " " +
+                               std::to_string(kBQStreamHTTPErrorReplyTooLarge);
+  for (const Row& row : {Row{size, "bounded"}, Row{size - 1, tooLarge}, Row{1, tooLarge}, Row{0, "bounded"},
+                         Row{-1, "bounded"}}) {
+    ScriptedPeer peer({reply(okResponse(body))});
+    TestCall call(peer.url());
+    call.set(kVXHTTPReplySizeLimit, row.limit);
+    auto result = call.invoke();
+    EXPECT_EQ(VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get()),
+              row.expected)
+        << row.limit;
+  }
+}
+
+TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
+  auto failure = [](const BQString* file) {
+    ScriptedPeer peer({Script().expectFirstBytes().send("HTTP/1.1 400 Bad Request\r\n\r\n").waitForClose()});
+    TestCall call("https://127.0.0.1:" + std::to_string(peer.port()) + "/");
+    return failureOf(call.set(kVXHTTPCertificateAuthorityFile, file).invoke().get());
+  };
+  const std::string tls = "Stream Error " + std::to_string(kBQStreamErrorDomainTLS) + " ";
+  EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
+  EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), tls + std::to_string(kBQStreamTLSErrorCertificate));
+  EXPECT_EQ(failure(BQSTR("")), "Can't issue read stream open 2 -65794");
+}
+
 TEST(Transaction, PropertiesOfWrongKindsCountAsUnset) {
-  ScriptedPeer peer({replies(std::vector<std::string>(6, okResponse(replyBody("x"))))});
-  for (const BQString* key : {kVXPostingMethod, kVXHTTPVersion, kVXHTTPMessage, kVXHTTPProxy,
-                              kVXHTTPExtraHeaders, kVXMethodInvocationTimeoutValue}) {
+  ScriptedPeer peer({replies(std::vector<std::string>(8, okResponse(replyBody("x"))))});
+  for (const BQString* key :
+       {kVXPostingMethod, kVXHTTPVersion, kVXHTTPMessage, kVXHTTPProxy, kVXHTTPExtraHeaders,
+        kVXHTTPCertificateAuthorityFile, kVXHTTPReplySizeLimit, kVXMethodInvocationTimeoutValue}) {
     TestCall call(peer.url());
     call.set(key, kBQNull);
     EXPECT_EQ(valueOf(call.invoke().get()), "x") << textOfObject(key);
@@ -275,6 +317,14 @@ TEST(Transaction, CapturesWhatWasAskedFor) {
     EXPECT_NE(textOfObject(BQDictionaryGetValue(result.get(), row.key)).find(row.part), std::string::npos);
     EXPECT_EQ(BQDictionaryGetCount(result.get()), 3) << "result, response message and the one capture";
   }
+}
+
+TEST(Transaction, CapturesAreChosenAnewForTheNextCall) {
+  ScriptedPeer peer({replies({okResponse(replyBody("x")), okResponse(replyBody("x"))})});
+  TestCall call(peer.url());
+  EXPECT_EQ(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
+  call.set(kVXDebugIncomingBody, kBQBooleanTrue);
+  EXPECT_NE(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
 }
 
 TEST(Transaction, CapturesAreChosenWhenTheSourceIsMade) {
@@ -330,7 +380,7 @@ TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
   for (const Row& row : {Row{1, "Timed Out Waiting For Open -1 -65796"}, Row{4, "Timed Out -1 -65796"},
                          Row{5, "Uknown State 2 -65794"}, Row{-1, "Uknown State 2 -65794"}}) {
     MachineTest::failures.clear();
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
     source->setState(row.state);
     source->perform();
     source->perform();
@@ -359,6 +409,27 @@ TEST_F(MachineTest, EventsSetTheStateAndUnknownOnesEndTheCall) {
   source->readStreamCallback(kBQStreamEventHasBytesAvailable);
   EXPECT_EQ(failures, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
   EXPECT_EQ(source->getState(), 3) << "events behind the end of the call are ignored";
+}
+
+TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
+  Gate gate;
+  ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(okResponse(replyBody("late")))});
+  TestCall call(peer.url());
+  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  while (peer.requests().empty()) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+  gVXDebug = gVXDebugVerbose = 1;
+  testing::internal::CaptureStderr();
+  auto* source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+  source->readStreamCallback(kBQStreamEventCanAcceptBytes);
+  gate.open();
+  while (peer.openConnectionCount() > 0) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+  for (int pass = 0; pass < 100; ++pass) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+  std::string printed = testing::internal::GetCapturedStderr();
+  gVXDebug = gVXDebugVerbose = 0;
+  const std::string ignored = "We shouldn't be serviging any more callback signals";
+  size_t first = printed.find(ignored);
+  EXPECT_NE(first, std::string::npos);
+  EXPECT_EQ(printed.find(ignored, first + 1), std::string::npos);
 }
 
 TEST(Transaction, LogsItsStepsWhenVerbose) {

@@ -71,6 +71,7 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
       {" -7", "-7"},
       {"\t\n +8", "8"},
       {"0x1F", "31"},
+      {"-0B101", "0"},
       {"-0X1f", "-31"},
       {"010", "8"},
       {"08", "0"},

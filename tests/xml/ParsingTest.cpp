@@ -65,6 +65,13 @@ TEST(Parsing, ADocumentWithoutDeclarationIsReadInTheEncodingGiven) {
   EXPECT_EQ(parse(blob("<a>\u00e9</a>"), true).name, "a \u00e9");
   EXPECT_EQ(parse(blob("<a>\xe9</a>"), true, kBQStringEncodingISOLatin1).name, "a \u00e9");
   EXPECT_EQ(parse(blob("\0<\0a\0/\0>"s), true, kBQStringEncodingUTF16BE).name, "a");
+  for (BQStringEncoding given : {kBQStringEncodingASCII, kBQStringEncodingUTF16, kBQStringEncodingUTF16LE}) {
+    const std::string declared =
+        "\0<\0?\0x\0m\0l\0 \0v\0e\0r\0s\0i\0o\0n\0=\0'\0001\0.\0000\0'\0?\0>\0<\0a\0/\0>"s;
+    EXPECT_EQ(parse(blob("\xef\xbb\xbf<a>\u00e9</a>"), true, given).name, "a \u00e9") << "a mark says UTF-8";
+    EXPECT_EQ(parse(blob("\xfe\xff" + declared), true, given).name, "a") << "a mark says UTF-16";
+    EXPECT_EQ(parse(blob(declared), true, given).name, "a") << "UTF-16 with a declaration";
+  }
   EXPECT_EQ(parse(blob("<a/>"), true, 0x7777).message, none) << "the declaration cannot be written";
 }
 

@@ -163,7 +163,7 @@ struct Call {
   std::string value;
 };
 
-const BQString* recordCall(BQTypeRef object, BQTypeRef value, void* info) {
+const BQString* recordCall(VXMethodInvocationRef object, BQTypeRef value, void* info) {
   *static_cast<Call*>(info) = {object, notation(value)};
   return BQSTR("<custom/>");
 }

@@ -16,7 +16,7 @@ namespace {
 using namespace support;
 
 /* An override: the value's description in angle brackets, not escaped. */
-const BQString* bracket(BQTypeRef, BQTypeRef value, void*) {
+const BQString* bracket(VXMethodInvocationRef, BQTypeRef value, void*) {
   return BQStringCreateWithFormat(BQSTR("<<%@>&>"), value);
 }
 

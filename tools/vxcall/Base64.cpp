@@ -1,6 +1,6 @@
 #include "Base64.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -64,4 +64,4 @@ std::optional<std::vector<uint8_t>> decodeBase64(std::string_view text) {
   return bytes;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -10,13 +10,13 @@
 #include <string_view>
 #include <vector>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 std::string encodeBase64(std::span<const uint8_t> bytes);
 
 /* Ignores white space; nothing for any other character outside the alphabet, wrong padding or stray bits. */
 std::optional<std::vector<uint8_t>> decodeBase64(std::string_view text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

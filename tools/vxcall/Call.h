@@ -3,19 +3,18 @@
 #define VXCALL_CALL_H
 
 #include <BQ/BQBase.h>
-#include <VX/VXMethodInvocation.h>
 
-#include "Options.h"
-#include "Ref.h"
+#include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using Result = Ref<const BQDictionary>;
 
 class Call {
  public:
-  /* Throws UsageError if the options do not describe a call. */
-  explicit Call(const Options& options);
+  /* `isAsync` takes the scheduled road instead of the synchronous one. The invocation must live on. */
+  Call(const Invocation& invocation, bool isAsync)
+      : invocation_(invocation.handle.get()), isAsync_(isAsync) {}
 
   /* Makes the call and waits for its result dictionary. */
   Result perform();
@@ -23,10 +22,10 @@ class Call {
  private:
   Result performOnRunLoop();
 
-  Ref<OpaqueVXMethodInvocationRef> invocation_;
-  bool async_;
+  VXMethodInvocationRef invocation_;
+  bool isAsync_;
 };
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

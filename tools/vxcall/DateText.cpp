@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <chrono>
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 bool isDigit(char c) {
@@ -84,4 +84,4 @@ bool isDateText(std::string_view text) {
   return dayExists && cursor.atEnd();
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /*
  * Whether a text is a date that exists, in the form YYYY-MM-DD[Thh:mm:ss[.f][Z|+hh:mm|-hh:mm]],
@@ -12,6 +12,6 @@ namespace vxcall {
  */
 bool isDateText(std::string_view text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -2,10 +2,10 @@
 
 #include <BQ/BQURL.h>
 
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 Ref<const BQURL> parseEndpoint(const std::string& text) {
   auto url = Ref<const BQURL>::adopt(BQURLCreateWithString(makeString(text).get(), nullptr));
@@ -18,4 +18,4 @@ Ref<const BQURL> parseEndpoint(const std::string& text) {
   return url;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -6,13 +6,13 @@
 
 #include <BQ/BQBase.h>
 
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Throws UsageError unless the text is an http or https URL with a host. */
 Ref<const BQURL> parseEndpoint(const std::string& text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

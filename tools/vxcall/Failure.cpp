@@ -1,13 +1,16 @@
 #include "Failure.h"
 
 #include <cctype>
+#include <cerrno>
+
+#include <algorithm>
 
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* The library's own codes; see VXConstants.h. */
@@ -36,9 +39,25 @@ std::string continued(std::string sentence) {
   return sentence;
 }
 
+bool is(BQStreamError error, BQStreamErrorDomain domain, int32_t number) {
+  return error.domain == domain && error.error == number;
+}
+
+/* What the user can do about an error of the connection, or nothing. */
+std::string_view adviceFor(BQStreamError error) {
+  if (is(error, kBQStreamErrorDomainPOSIX, ECONNREFUSED))
+    return "; is the server running, and is this its port?";
+  if (error.domain == kBQStreamErrorDomainResolver) return "; is the name right?";
+  if (is(error, kBQStreamErrorDomainTLS, kBQStreamTLSErrorHandshake)) return "; does the server speak https?";
+  if (error.domain == kBQStreamErrorDomainTLS) return "; --ca FILE names authorities to trust";
+  if (is(error, kBQStreamErrorDomainHTTP, kBQStreamHTTPErrorReplyTooLarge))
+    return "; --max-reply BYTES sets it";
+  return "";
+}
+
 std::string describeStreamError(BQStreamError error, const std::string& url) {
   auto description = Ref<const BQString>::adopt(BQStreamErrorCopyDescription(error));
-  std::string reason = continued(std::string(textOf(description.get())));
+  std::string reason = continued(std::string(textOf(description.get()))).append(adviceFor(error));
   switch (error.domain) {
     case kBQStreamErrorDomainPOSIX:
     case kBQStreamErrorDomainResolver:
@@ -50,14 +69,29 @@ std::string describeStreamError(BQStreamError error, const std::string& url) {
   }
 }
 
-std::string describeUnusableReply(const std::string& message, const std::string& url) {
-  if (message.starts_with("HTTP/")) return url + " answered with the status " + message;
-  return "the reply of " + url + " is not usable: " + message;
+/* What the user can do about a status line, or nothing. */
+std::string_view adviceFor(std::string_view statusLine) {
+  std::string_view status = statusLine.substr(std::min(statusLine.size(), statusLine.find(' ') + 1), 3);
+  if (status.starts_with('3')) return "; without --no-redirect it would be followed";
+  if (status == "401" || status == "403") return "; --header 'Authorization: ...' sends credentials";
+  if (status == "404" || status == "405") return "; is the path of the URL right?";
+  return "";
 }
 
-std::string describeTimeout(int seconds, const std::string& url) {
-  return "timed out: " + url + " did not answer within " + std::to_string(seconds) +
-         (seconds == 1 ? " second" : " seconds");
+std::string describeUnusableReply(const std::string& message, const std::string& url) {
+  if (message.starts_with("HTTP/")) {
+    return (url + " answered with the status " + message).append(adviceFor(message));
+  }
+  return "the reply of " + url + " is not usable: " + message + "; --verbose shows it";
+}
+
+std::string describeTimeout(const Invocation& invocation) {
+  auto limit =
+      Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), kVXMethodInvocationTimeoutValue));
+  int32_t seconds = 0;
+  BQNumberGetValue(static_cast<const BQNumber*>(limit.get()), kBQNumberSInt32Type, &seconds);
+  return "timed out: " + invocation.url + " did not answer within " + std::to_string(seconds) +
+         (seconds == 1 ? " second" : " seconds") + "; --timeout SECONDS sets the limit";
 }
 
 }  // namespace
@@ -67,19 +101,19 @@ bool isTransportFailure(const BQDictionary* fault) {
          integerAt(fault, kVXFaultCode) == kTransportFault && extraOf(fault) != nullptr;
 }
 
-std::string describeTransportFailure(const BQDictionary* failure, const Options& options) {
+std::string describeTransportFailure(const BQDictionary* failure, const Invocation& invocation) {
   const BQDictionary* extra = extraOf(failure);
   std::string message(textOf(BQDictionaryGetValue(extra, kVXStreamErrorMessage)));
   BQStreamError error = {integerAt(extra, kVXStreamErrorDomain), integerAt(extra, kVXStreamErrorError)};
   std::string line;
-  if (error.domain == kBQStreamErrorDomainCustom && error.error == kTimedOut) {
-    line = describeTimeout(options.timeoutSeconds, options.url);
-  } else if (error.domain == kBQStreamErrorDomainCustom && error.error == kUnusableReply) {
-    line = describeUnusableReply(message, options.url);
+  if (is(error, kBQStreamErrorDomainCustom, kTimedOut)) {
+    line = describeTimeout(invocation);
+  } else if (is(error, kBQStreamErrorDomainCustom, kUnusableReply)) {
+    line = describeUnusableReply(message, invocation.url);
   } else if (error.domain == kMessageDomain) {
-    line = "the call of " + options.url + " failed: " + continued(message);
+    line = "the call of " + invocation.url + " failed: " + continued(message);
   } else {
-    line = describeStreamError(error, options.url);
+    line = describeStreamError(error, invocation.url);
   }
   return singleLine(line);
 }
@@ -91,4 +125,4 @@ std::string describeServerFault(const BQDictionary* fault) {
   return line;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

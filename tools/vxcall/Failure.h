@@ -6,19 +6,19 @@
 
 #include <BQ/BQBase.h>
 
-#include "Options.h"
+#include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Whether a fault was made by the transport rather than sent by the server. */
 bool isTransportFailure(const BQDictionary* fault);
 
-/* One line that says what failed. */
-std::string describeTransportFailure(const BQDictionary* failure, const Options& options);
+/* One line that says what failed and, where it is known, what to do about it. */
+std::string describeTransportFailure(const BQDictionary* failure, const Invocation& invocation);
 
 /* One line with the code and the text that the server sent. */
 std::string describeServerFault(const BQDictionary* fault);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

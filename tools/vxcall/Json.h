@@ -6,9 +6,9 @@
 
 #include <BQ/BQBase.h>
 
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Objects keep the order of their members. */
 using Json = nlohmann::ordered_json;
@@ -23,6 +23,6 @@ Json jsonFromValue(BQTypeRef value);
 /* Null is the null object. Throws UsageError for what no request can carry. */
 Value valueFromJson(const Json& json);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

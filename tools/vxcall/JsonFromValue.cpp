@@ -6,9 +6,9 @@
 
 #include "Base64.h"
 #include "Json.h"
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 Json jsonFromDate(const BQDate* date) {
@@ -97,4 +97,4 @@ Json jsonFromValue(BQTypeRef value) {
   return jsonFromOther(value);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

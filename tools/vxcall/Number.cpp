@@ -4,7 +4,7 @@
 
 #include <BQ/BQNumber.h>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 UsageError integerTooLarge(const std::string& digits) {
   return UsageError(digits + " does not fit an int of 32 bits; write it as double: or string:");
@@ -22,4 +22,4 @@ Value makeDouble(double value) {
   return Value::adopt(BQNumberCreate(kBQNumberFloat64Type, &value));
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -6,10 +6,10 @@
 
 #include <string>
 
-#include "Ref.h"
-#include "UsageError.h"
+#include "common/Ref.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* What to say about an integer that both protocols would send as 0. */
 UsageError integerTooLarge(const std::string& digits);
@@ -19,6 +19,6 @@ Value makeInteger(int64_t value);
 
 Value makeDouble(double value);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

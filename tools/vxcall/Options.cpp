@@ -1,44 +1,19 @@
 #include "Options.h"
 
 #include <cctype>
-#include <iostream>
+
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
-#include "Text.h"
-#include "UsageError.h"
+#include "Help.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
-
-constexpr const char* kDescription = "Calls a method of an XML-RPC or SOAP server and prints the result.";
-
-constexpr const char* kParameterHelp =
-    R"(PARAM is [NAME=][TYPE:]VALUE. TYPE is one of
-  int       a whole number of 32 bits
-  double    a number
-  bool      true, false, 1 or 0
-  string    the text as it stands
-  date      YYYY-MM-DD[Thh:mm:ss[Z or +hh:mm]]; UTC unless it says otherwise
-  base64    bytes, written in base64
-  file      the bytes of the file of that name
-  nil       no value; nothing follows the colon
-  json      a JSON value; arrays and objects keep their order
-Without TYPE the value is an int, a double, or true or false if it reads as one, else a
-string. Without NAME the parameters are named p1, p2 and so on by their place.
-
-Exit status: 0 for a result, 1 if the server answered with a fault, 2 for wrong usage, 3 if
-the call failed on the way, timed out or got an unusable reply.)";
-
-/* The usage line of CLI11 does not know of the parameters, which it does not parse. */
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_usage(const CLI::App*, std::string name) const override {
-    return "Usage: " + name + " [OPTIONS] URL METHOD [PARAM...]\n";
-  }
-};
 
 /* Checks without the text that they would add to the help, which names the values by itself. */
 CLI::Validator oneOf(std::vector<std::string> values) {
@@ -50,53 +25,69 @@ CLI::Validator atLeast(Number least) {
 }
 
 void addCallOptions(CLI::App& app, Options& options) {
-  app.add_option("URL", options.url, "The endpoint, http or https")->required()->type_name("");
-  app.add_option("METHOD", options.method, "The method to call")->required()->type_name("");
-  app.add_option("-p,--protocol", options.protocol, "The protocol (default xml-rpc)")
+  app.add_option("URL", options.url);
+  app.add_option("METHOD", options.method);
+  app.add_option("-p,--protocol", options.protocol, "xml-rpc (the default), soap-1999 or soap-2001")
       ->check(oneOf({"xml-rpc", "soap-1999", "soap-2001"}))
-      ->type_name("xml-rpc|soap-1999|soap-2001");
-  app.add_flag("--async", options.async, "Schedule the call on a run loop instead of waiting for it");
-  app.add_option("--repeat", options.repeat, "Make N calls one after the other; the last result is printed")
+      ->type_name("NAME");
+  app.add_option("-t,--timeout", options.timeoutSeconds, "end the call after so long; 0 is no limit")
+      ->check(atLeast(0))
+      ->type_name("SECONDS");
+  app.add_flag("--async", options.async, "schedule the call instead of waiting in it");
+  app.add_option("--repeat", options.repeat, "make N calls; print the last result")
       ->check(atLeast(1L))
       ->type_name("N");
 }
 
 void addSOAPOptions(CLI::App& app, Options& options) {
-  app.add_option("-n,--namespace", options.methodNamespace, "The namespace of the method (SOAP)")
+  app.add_option("-n,--namespace", options.methodNamespace, "SOAP: the namespace of the method")
       ->type_name("URI");
-  app.add_option("--style", options.style, "The form of the body (SOAP)")
+  app.add_option("--style", options.style, "SOAP: the form of the body, rpc or doc")
       ->check(oneOf({"rpc", "doc"}))
-      ->type_name("rpc|doc");
-  app.add_option("--result", options.resultName, "The reply element that holds the result (SOAP)")
+      ->type_name("FORM");
+  app.add_option("--result", options.resultName, "SOAP: the element of the reply to print")
       ->type_name("NAME");
-  app.add_option("--soap-header", options.soapHeaders, "A header element to send (SOAP); may be repeated")
+  app.add_option("--soap-header", options.soapHeaders, "SOAP: send a header element (repeatable)")
       ->allow_extra_args(false)
       ->type_name("XML");
 }
 
 void addHTTPOptions(CLI::App& app, Options& options) {
-  app.add_option("-H,--header", options.headers, "A further HTTP header, 'NAME: VALUE'; may be repeated")
+  app.add_option("-H,--header", options.headers, "send an HTTP header, 'NAME: VALUE' (repeatable)")
       ->allow_extra_args(false)
       ->type_name("HEADER");
-  app.add_option("-t,--timeout", options.timeoutSeconds,
-                 "The most seconds that a call may take (default 0: any)")
-      ->check(atLeast(0))
-      ->type_name("SECONDS");
-  app.add_option("--proxy", options.proxy, "The HTTP proxy")->type_name("URL");
-  app.add_flag_callback(
-      "--no-redirect", [&options] { options.followsRedirects = false; }, "Do not follow redirects");
-  app.add_option("--http", options.httpVersion, "The version of HTTP (default 1.1)")
+  app.add_option("--http", options.httpVersion, "the version of HTTP, 1.0 or 1.1 (the default)")
       ->check(oneOf({"1.0", "1.1"}))
-      ->type_name("1.0|1.1");
+      ->type_name("VERSION");
+  app.add_option("--proxy", options.proxy, "go through an HTTP proxy")->type_name("URL");
+  app.add_flag("--no-redirect", options.refusesRedirects, "do not follow redirects");
+  app.add_option("--ca", options.certificateAuthority, "trust the certificates of a PEM file alone")
+      ->type_name("FILE");
+  app.add_option("--max-reply", options.replyLimit, "refuse a larger reply (default 1 GiB)")
+      ->check(atLeast<int64_t>(1))
+      ->type_name("BYTES");
 }
 
 void addOutputOptions(CLI::App& app, Options& options) {
-  app.add_option("-o,--output", options.output,
-                 "Print the value as JSON (the default) or as a property list, or all of the result")
+  app.add_option("-o,--output", options.output, "json, plist, or full: all of the result, as JSON")
       ->check(oneOf({"json", "plist", "full"}))
-      ->type_name("json|plist|full");
-  app.add_flag("-v,--verbose", options.verbose, "Show headers and bodies on standard error");
-  app.add_flag("--print-request", options.printRequest, "Print the request document and send nothing");
+      ->type_name("FORM");
+  app.add_flag("-v,--verbose", options.verbose, "show headers and bodies on standard error");
+  app.add_flag("--print-request", options.printRequest, "print the request document; send nothing");
+  app.add_option("--save", options.save, "write the call to a file; send nothing")->type_name("FILE");
+  app.add_option("--load", options.load, "make a saved call; further options change it")->type_name("FILE");
+}
+
+/* What cannot have an effect beside another option is an oversight, which silence would hide. */
+void excludeContradictions(CLI::App& app) {
+  CLI::Option* save = app.get_option("--save");
+  CLI::Option* printRequest = app.get_option("--print-request");
+  save->excludes(printRequest);
+  for (const char* name : {"--async", "--repeat", "--output", "--verbose"}) {
+    save->excludes(name);
+    printRequest->excludes(name);
+  }
+  app.get_option("--load")->excludes("--protocol");
 }
 
 UsageError noOption(const std::string& argument) {
@@ -125,30 +116,44 @@ std::vector<std::string> takeParameters(const std::vector<std::string>& remainin
   return parameters;
 }
 
+void checkTarget(const Options& options) {
+  if (!options.load) {
+    if (options.url.empty()) throw UsageError("URL and METHOD are missing; vxcall --help shows the usage");
+    if (options.method.empty()) throw UsageError("METHOD is missing; vxcall --help shows the usage");
+  } else if (!options.url.empty()) {
+    throw UsageError("--load takes no URL, METHOD or PARAM: they are in the file");
+  }
+  if (options.save && options.proxy) {
+    throw UsageError("a proxy is not saved with a call; give --proxy to the vxcall that loads it");
+  }
+}
+
 }  // namespace
 
-std::optional<Options> parseOptions(int argc, const char* const* argv) {
+CommandLine parseCommandLine(int argc, const char* const* argv) {
   Options options;
-  CLI::App app(kDescription, "vxcall");
+  CLI::App app("", "vxcall");
   app.formatter(std::make_shared<HelpFormatter>());
-  app.footer(kParameterHelp);
-  app.set_version_flag("--version", "vxcall " VXCALL_VERSION);
-  app.set_help_flag("--help", "Show this help");
   app.allow_extras();
   addCallOptions(app, options);
   addSOAPOptions(app, options);
   addHTTPOptions(app, options);
   addOutputOptions(app, options);
+  app.set_version_flag("--version", "vxcall " VXCALL_VERSION, "show the version");
+  app.set_help_flag("--help", "show this help");
+  excludeContradictions(app);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::Success& request) {
-    app.exit(request, std::cout, std::cerr);
-    return std::nullopt;
+  } catch (const CLI::CallForHelp&) {
+    return {std::nullopt, app.help()};
+  } catch (const CLI::CallForVersion& version) {
+    return {std::nullopt, std::string(version.what()) + "\n"};
   } catch (const CLI::ParseError& error) {
-    throw UsageError(singleLine(error.what()));
+    throw UsageError(singleLine(error.what()) + "; vxcall --help shows the options");
   }
   options.parameters = takeParameters(app.remaining());
-  return options;
+  checkTarget(options);
+  return {std::move(options), {}};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

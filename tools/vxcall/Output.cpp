@@ -1,13 +1,11 @@
 #include "Output.h"
 
-#include <cstdio>
-
 #include <BQ/BQData.h>
 #include <BQ/BQPropertyList.h>
 
 #include "Json.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 std::string formatJson(BQTypeRef value) {
   return jsonFromValue(value).dump(2) + "\n";
@@ -21,8 +19,4 @@ std::optional<std::string> formatPropertyList(BQTypeRef value) {
                      static_cast<size_t>(BQDataGetLength(data.get())));
 }
 
-bool writeOutput(const std::string& text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
-}
-
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -1,4 +1,4 @@
-/* The text that goes to standard output. */
+/* Results as text. */
 #ifndef VXCALL_OUTPUT_H
 #define VXCALL_OUTPUT_H
 
@@ -7,7 +7,7 @@
 
 #include <BQ/BQBase.h>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Any value as JSON, two blanks per level, with a line end. */
 std::string formatJson(BQTypeRef value);
@@ -15,9 +15,6 @@ std::string formatJson(BQTypeRef value);
 /* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */
 std::optional<std::string> formatPropertyList(BQTypeRef value);
 
-/* Whether all of the text could be written to standard output; errno says why not. */
-bool writeOutput(const std::string& text);
-
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -6,11 +6,11 @@
 #include <BQ/BQArray.h>
 #include <BQ/BQDictionary.h>
 
-#include "Text.h"
 #include "TypedText.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 constexpr std::string_view kNameStarts = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_";
@@ -45,4 +45,4 @@ Parameters parseParameters(const std::vector<std::string>& arguments) {
   return {Ref<const BQDictionary>::retain(values.get()), Ref<const BQArray>::retain(order.get())};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -7,9 +7,9 @@
 
 #include <BQ/BQBase.h>
 
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 struct Parameters {
   /* A name of the order that has no value here is sent as nil. */
@@ -20,6 +20,6 @@ struct Parameters {
 /* Reads arguments of the form [NAME=][TYPE:]VALUE. Throws UsageError. */
 Parameters parseParameters(const std::vector<std::string>& arguments);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

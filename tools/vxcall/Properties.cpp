@@ -1,10 +1,16 @@
 #include "Properties.h"
 
 #include <strings.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -13,10 +19,10 @@
 
 #include "Endpoint.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 using Header = std::pair<std::string, std::string>;
@@ -67,43 +73,55 @@ void setText(const SetProperty& set, const BQString* key, const std::optional<st
   if (text) set(key, makeString(*text).get());
 }
 
-}  // namespace
-
-const BQString* protocolOf(const Options& options) {
-  if (options.protocol == "soap-1999") return kVXSOAP1999Protocol;
-  if (options.protocol == "soap-2001") return kVXSOAP2001Protocol;
-  return kVXXMLRPCProtocol;
-}
-
 void setDocumentProperties(const Options& options, const SetProperty& set) {
   setText(set, kVXSOAPMethodNamespaceURI, options.methodNamespace);
   setText(set, kVXMethodInvocationResultParameterName, options.resultName);
   if (options.style) {
     set(kVXSOAPBodyEncodingStyle, *options.style == "rpc" ? kVXSOAPStyleRPC : kVXSOAPStyleDoc);
   }
-  if (!options.soapHeaders.empty()) {
-    auto headers = Ref<BQArray>::adopt(BQArrayCreateMutable(0));
-    for (const std::string& header : options.soapHeaders) {
-      BQArrayAppendValue(headers.get(), makeString(header).get());
-    }
-    set(kVXSOAPMessageHeaders, headers.get());
+  if (options.soapHeaders.empty()) return;
+  auto headers = Ref<BQArray>::adopt(BQArrayCreateMutable(0));
+  for (const std::string& header : options.soapHeaders) {
+    BQArrayAppendValue(headers.get(), makeString(header).get());
   }
+  set(kVXSOAPMessageHeaders, headers.get());
+}
+
+/* Absolute, since a saved call may be loaded in another directory. */
+void setCertificateAuthority(const std::string& file, const SetProperty& set) {
+  if (access(file.c_str(), R_OK) != 0) {
+    throw UsageError("cannot read " + singleLine(file) + ": " + std::strerror(errno));
+  }
+  std::error_code error;
+  std::filesystem::path path = std::filesystem::absolute(file, error);
+  set(kVXHTTPCertificateAuthorityFile, makeString(error ? file : path.string()).get());
 }
 
 void setTransportProperties(const Options& options, const SetProperty& set) {
   setHeaders(options.headers, set);
-  set(kVXHTTPVersion, options.httpVersion == "1.0" ? kBQHTTPVersion1_0 : kBQHTTPVersion1_1);
-  set(kVXHTTPFollowsRedirects, options.followsRedirects ? kBQBooleanTrue : kBQBooleanFalse);
-  if (options.proxy) set(kVXHTTPProxy, parseEndpoint(*options.proxy).get());
-  if (options.timeoutSeconds > 0) {
-    set(kVXMethodInvocationTimeoutValue, makeInteger(options.timeoutSeconds).get());
+  if (options.httpVersion) {
+    set(kVXHTTPVersion, *options.httpVersion == "1.0" ? kBQHTTPVersion1_0 : kBQHTTPVersion1_1);
   }
-  if (options.verbose) {
-    set(kVXDebugOutgoingHeaders, kBQBooleanTrue);
-    set(kVXDebugOutgoingBody, kBQBooleanTrue);
-    set(kVXDebugIncomingHeaders, kBQBooleanTrue);
-    set(kVXDebugIncomingBody, kBQBooleanTrue);
+  if (options.refusesRedirects) set(kVXHTTPFollowsRedirects, kBQBooleanFalse);
+  if (options.proxy) set(kVXHTTPProxy, parseEndpoint(*options.proxy).get());
+  if (options.certificateAuthority) setCertificateAuthority(*options.certificateAuthority, set);
+  if (options.replyLimit) {
+    set(kVXHTTPReplySizeLimit, Value::adopt(BQNumberCreate(kBQNumberSInt64Type, &*options.replyLimit)).get());
+  }
+  if (options.timeoutSeconds)
+    set(kVXMethodInvocationTimeoutValue, makeInteger(*options.timeoutSeconds).get());
+  if (!options.verbose) return;
+  for (const BQString* capture :
+       {kVXDebugOutgoingHeaders, kVXDebugOutgoingBody, kVXDebugIncomingHeaders, kVXDebugIncomingBody}) {
+    set(capture, kBQBooleanTrue);
   }
 }
 
-}  // namespace vxcall
+}  // namespace
+
+void setProperties(const Options& options, const SetProperty& set) {
+  setDocumentProperties(options, set);
+  setTransportProperties(options, set);
+}
+
+}  // namespace tools::vxcall

@@ -8,19 +8,13 @@
 
 #include "Options.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 using SetProperty = std::function<void(const BQString* key, BQTypeRef value)>;
 
-/* The constant of the protocol that the options name; borrowed. */
-const BQString* protocolOf(const Options& options);
+/* Those of the options that are given, and no others. Throws UsageError. */
+void setProperties(const Options& options, const SetProperty& set);
 
-/* Those that shape the request document. */
-void setDocumentProperties(const Options& options, const SetProperty& set);
-
-/* Those that shape the HTTP exchange. Throws UsageError. */
-void setTransportProperties(const Options& options, const SetProperty& set);
-
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

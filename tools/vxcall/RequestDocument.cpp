@@ -1,30 +1,38 @@
 #include "RequestDocument.h"
 
 #include <BQ/BQData.h>
+#include <VX/VXConstants.h>
 #include <VX/VXProtocolHandler.h>
 
-#include "Endpoint.h"
-#include "Parameters.h"
-#include "Properties.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
+namespace {
 
-std::string makeRequestDocument(const Options& options) {
-  parseEndpoint(options.url);
-  Parameters parameters = parseParameters(options.parameters);
-  auto handler =
-      Ref<OpaqueVXProtocolHandlerRef>::adopt(VXProtocolHandlerCreate(nullptr, protocolOf(options)));
-  setDocumentProperties(options, [&](const BQString* key, BQTypeRef value) {
-    VXProtocolHandlerSetProperty(handler.get(), key, value);
-  });
-  auto document = Ref<const BQData>::adopt(
-      VXProtocolHandlerCopyRequestDocument(handler.get(), makeString(options.method).get(),
-                                           parameters.values.get(), parameters.order.get(), nullptr));
+using Handler = Ref<OpaqueVXProtocolHandlerRef>;
+
+/* A handler that writes as the invocation does. */
+Handler makeHandler(const Invocation& invocation) {
+  auto handler = Handler::adopt(VXProtocolHandlerCreate(nullptr, invocation.protocol));
+  for (const BQString* key : {kVXSOAPMethodNamespaceURI, kVXSOAPBodyEncodingStyle, kVXSOAPMessageHeaders}) {
+    auto value = Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), key));
+    VXProtocolHandlerSetProperty(handler.get(), key, value.get());
+  }
+  return handler;
+}
+
+}  // namespace
+
+std::string makeRequestDocument(const Invocation& invocation) {
+  const BQArray* order = nullptr;
+  auto values =
+      Ref<const BQDictionary>::adopt(VXMethodInvocationCopyParameters(invocation.handle.get(), &order));
+  auto ownedOrder = Ref<const BQArray>::adopt(order);
+  auto document = Ref<const BQData>::adopt(VXProtocolHandlerCopyRequestDocument(
+      makeHandler(invocation).get(), invocation.method.get(), values.get(), order, nullptr));
   if (!document) throw UsageError("no request document can be made of these parameters");
   return {reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),
           static_cast<size_t>(BQDataGetLength(document.get()))};
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

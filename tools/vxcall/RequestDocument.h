@@ -4,13 +4,13 @@
 
 #include <string>
 
-#include "Options.h"
+#include "Invocation.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
-/* The document byte for byte. Throws UsageError if the options describe none. */
-std::string makeRequestDocument(const Options& options);
+/* The document byte for byte. Throws UsageError if none can be made. */
+std::string makeRequestDocument(const Invocation& invocation);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -6,9 +6,9 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "Text.h"
+#include "common/Text.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 void addLine(std::string& trace, std::string_view mark, std::string_view text) {
@@ -52,4 +52,4 @@ std::string traceOf(const BQDictionary* result) {
   return trace;
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

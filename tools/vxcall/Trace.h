@@ -6,11 +6,11 @@
 
 #include <BQ/BQBase.h>
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* Headers and bodies of both directions, as far as the result dictionary has captured them. */
 std::string traceOf(const BQDictionary* result);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

@@ -1,12 +1,7 @@
 #include "TypedText.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-
 #include <algorithm>
 #include <charconv>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,12 +11,13 @@
 
 #include "Base64.h"
 #include "DateText.h"
+#include "InputFile.h"
 #include "Json.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 UsageError notA(std::string_view text, std::string_view kind) {
@@ -92,18 +88,7 @@ Value readBase64(std::string_view text) {
 }
 
 Value readFile(std::string_view path) {
-  std::string name(path);
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rb"), std::fclose);
-  std::vector<char> bytes;
-  char chunk[65536];
-  while (file != nullptr) {
-    size_t count = std::fread(chunk, 1, sizeof chunk, file.get());
-    bytes.insert(bytes.end(), chunk, chunk + count);
-    if (count < sizeof chunk) break;
-  }
-  if (file == nullptr || std::ferror(file.get()) != 0) {
-    throw UsageError("cannot read " + singleLine(name) + ": " + std::strerror(errno));
-  }
+  std::string bytes = readInput(std::string(path));
   return makeData(bytes.data(), bytes.size());
 }
 
@@ -112,10 +97,26 @@ Value readNil(std::string_view text) {
   return {};
 }
 
+/* What to say of a file that is not JSON from one byte on. */
+UsageError notJson(const std::string& path, std::string_view text, size_t byte) {
+  auto line =
+      1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(byte, text.size())), '\n');
+  return UsageError(nameOfInput(path) + " is not JSON in line " + std::to_string(line));
+}
+
 Value readJson(std::string_view text) {
-  Json json = Json::parse(text, nullptr, /*allow_exceptions=*/false);
-  if (json.is_discarded()) throw notA(text, "JSON");
-  return json.is_null() ? Value() : valueFromJson(json);
+  const bool isFile = text.starts_with('@');
+  const std::string path(isFile ? text.substr(1) : "");
+  const std::string contents = isFile ? readInput(path) : std::string(text);
+  try {
+    Json json = Json::parse(contents);
+    return json.is_null() ? Value() : valueFromJson(json);
+  } catch (const Json::parse_error& error) {
+    if (isFile) throw notJson(path, contents, error.byte - 1);
+    throw notA(text, "JSON");
+  } catch (const Json::exception&) {
+    throw UsageError("a number in the JSON value does not fit a double");
+  }
 }
 
 Value readUntyped(std::string_view text) {
@@ -152,4 +153,4 @@ Value valueFromTypedText(std::string_view text) {
   return readUntyped(text);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -4,13 +4,13 @@
 
 #include <string_view>
 
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 
 /* The value of a text; a null reference for nil. Throws UsageError. */
 Value valueFromTypedText(std::string_view text);
 
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 #endif

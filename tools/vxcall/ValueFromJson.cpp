@@ -6,10 +6,10 @@
 
 #include "Json.h"
 #include "Number.h"
-#include "Text.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 /* One level further in than its caller; the recursion is bounded by the nesting that is allowed. */
@@ -65,4 +65,4 @@ Value valueFromJson(const Json& json) {
   return valueAtDepth(json, 1);
 }
 
-}  // namespace vxcall
+}  // namespace tools::vxcall

@@ -1,6 +1,5 @@
 /* vxcall: one call of an XML-RPC or SOAP server from the command line. */
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 
@@ -13,13 +12,17 @@
 
 #include "Call.h"
 #include "Failure.h"
+#include "Invocation.h"
 #include "Options.h"
 #include "Output.h"
 #include "RequestDocument.h"
+#include "SavedInvocation.h"
+#include "StandardStreams.h"
 #include "Trace.h"
-#include "UsageError.h"
+#include "common/Text.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools::vxcall {
 namespace {
 
 enum ExitStatus { kExitResult = 0, kExitFault = 1, kExitUsage = 2, kExitFailure = 3 };
@@ -28,15 +31,23 @@ void complain(const std::string& line) {
   std::fprintf(stderr, "vxcall: %s\n", line.c_str());
 }
 
-ExitStatus print(const std::string& text, ExitStatus status) {
-  if (writeOutput(text)) return status;
-  complain(std::string("cannot write to standard output: ") + std::strerror(errno));
+ExitStatus complainOfWriting(const std::string& name) {
+  complain("cannot write to " + name + ": " + std::strerror(errno));
   return kExitFailure;
 }
 
+ExitStatus print(const std::string& text, ExitStatus status) {
+  return writeOutput(text) ? status : complainOfWriting("standard output");
+}
+
+ExitStatus save(const Invocation& invocation, const std::string& path) {
+  if (writeFile(path, serializeInvocation(invocation))) return kExitResult;
+  return complainOfWriting(path == "-" ? "standard output" : singleLine(path));
+}
+
 /* Makes the calls up to the first fault; the result is the last one's. */
-Result performCalls(const Options& options) {
-  Call call(options);
+Result performCalls(const Invocation& invocation, const Options& options) {
+  Call call(invocation, options.async);
   Result result;
   for (long i = 0; i < options.repeat; ++i) {
     result = call.perform();
@@ -46,9 +57,9 @@ Result performCalls(const Options& options) {
   return result;
 }
 
-ExitStatus reportFault(const BQDictionary* fault, const Options& options) {
+ExitStatus reportFault(const BQDictionary* fault, const Invocation& invocation) {
   if (isTransportFailure(fault)) {
-    complain(describeTransportFailure(fault, options));
+    complain(describeTransportFailure(fault, invocation));
     return kExitFailure;
   }
   complain(describeServerFault(fault));
@@ -64,30 +75,32 @@ ExitStatus printValue(BQTypeRef value, const Options& options) {
 }
 
 ExitStatus run(const Options& options) {
-  if (options.printRequest) return print(makeRequestDocument(options), kExitResult);
-  Result result = performCalls(options);
+  Invocation invocation = makeInvocation(options);
+  if (options.save) return save(invocation, *options.save);
+  if (options.printRequest) return print(makeRequestDocument(invocation), kExitResult);
+  Result result = performCalls(invocation, options);
   if (!result) {
     complain("the call ended without a result");
     return kExitFailure;
   }
   bool isFault = VXMethodResultIsFault(result.get());
-  ExitStatus status = isFault ? reportFault(result.get(), options) : kExitResult;
+  ExitStatus status = isFault ? reportFault(result.get(), invocation) : kExitResult;
   if (options.output == "full") return print(formatJson(result.get()), status);
   return isFault ? status
                  : printValue(BQDictionaryGetValue(result.get(), kVXMethodInvocationResult), options);
 }
 
 }  // namespace
-}  // namespace vxcall
+}  // namespace tools::vxcall
 
 int main(int argc, char** argv) {
-  /* A reader that is gone shows as a failed write, which gets a message. */
-  std::signal(SIGPIPE, SIG_IGN);
+  tools::vxcall::occupyStandardStreams();
   try {
-    std::optional<vxcall::Options> options = vxcall::parseOptions(argc, argv);
-    return options ? vxcall::run(*options) : vxcall::kExitResult;
-  } catch (const vxcall::UsageError& error) {
-    vxcall::complain(error.what());
-    return vxcall::kExitUsage;
+    tools::vxcall::CommandLine line = tools::vxcall::parseCommandLine(argc, argv);
+    return line.options ? tools::vxcall::run(*line.options)
+                        : tools::vxcall::print(line.answer, tools::vxcall::kExitResult);
+  } catch (const tools::UsageError& error) {
+    tools::vxcall::complain(error.what());
+    return tools::vxcall::kExitUsage;
   }
 }

@@ -9,6 +9,11 @@
 namespace vx {
 namespace {
 
+/* As overrides take it; that of a protocol handler too. */
+::OpaqueVXMethodInvocationRef* handleOf(BQTypeRef owner) {
+  return static_cast<::OpaqueVXMethodInvocationRef*>(const_cast<void*>(owner));
+}
+
 bool isText(const BQString* string, const BQString* text) {
   return string == text || BQStringEqualsIgnoringCase(string, text);
 }
@@ -89,7 +94,7 @@ const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
     if (entry.typeID != typeID) continue;
     /* The function may register further overrides, which moves the table. */
     auto [type, function, context] = entry;
-    result = own(function == nullptr ? nullptr : function(owner, value, context.info));
+    result = own(function == nullptr ? nullptr : function(handleOf(owner), value, context.info));
     break;
   }
   return result.release();
@@ -110,7 +115,8 @@ BQTypeRef VXSerializerBase::deserilizeOverride(const BQTree* tree, const Namespa
   for (const DeserializationOverride& entry : deserializationOverrides) {
     if (!wildcardMatches(uri, entry.typeNamespace.get()) || !wildcardMatches(local, entry.typeName.get()))
       continue;
-    return entry.function == nullptr ? nullptr : entry.function(owner, tree, root, entry.context.info);
+    return entry.function == nullptr ? nullptr
+                                     : entry.function(handleOf(owner), tree, root, entry.context.info);
   }
   return nullptr;
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <BQ/BQ.h>
+#include <VX/VXConstants.h>
 
 #include "api/base/AgreementKeys.h"
 #include "transport/VXRunLoopSource.h"
@@ -11,6 +12,15 @@
 #include "values/DictIterator.h"
 
 namespace vx {
+namespace {
+
+/* A style counts by identity, which a text that was read does not have. */
+BQTypeRef restoreProperty(BQTypeRef key, BQTypeRef value) {
+  bool isRPCStyle = BQEqual(key, kVXSOAPBodyEncodingStyle) && BQEqual(value, kVXSOAPStyleRPC);
+  return isRPCStyle ? kVXSOAPStyleRPC : value;
+}
+
+}  // namespace
 
 WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agreement) {
   auto* url = getAgreementEntry<BQString>(agreement, kAgreementServiceURL, BQStringGetTypeID());
@@ -20,7 +30,7 @@ WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agree
   auto* stored = getAgreementEntry<BQDictionary>(agreement, kAgreementProperties, BQDictionaryGetTypeID());
   for (DictIterator entries(stored); entries.hasNext();) {
     BQTypeRef key = entries.nextKey();
-    setProperty(static_cast<const BQString*>(key), entries.valueFor(key));
+    setProperty(static_cast<const BQString*>(key), restoreProperty(key, entries.valueFor(key)));
   }
 }
 
@@ -28,7 +38,7 @@ WebServiceMethodInvocation::~WebServiceMethodInvocation() {
   serviceURL.reset();
   paramOrder.reset();
   params.reset();
-  if (source != nullptr) source->retire();
+  dropSource();
   releaseContext(&clientContext);
 }
 
@@ -63,8 +73,12 @@ void WebServiceMethodInvocation::populateAgreement(BQDictionary* agreement) cons
   BQDictionarySetValue(agreement, kAgreementProperties, getProperties());
 }
 
+VXRunLoopSource* WebServiceMethodInvocation::getSourceForCall() {
+  if (source != nullptr && source->isFinished()) dropSource();
+  return getSource();
+}
+
 VXRunLoopSource* WebServiceMethodInvocation::getSource() {
-  if (source != nullptr && source->isFinished()) std::exchange(source, nullptr)->retire();
   if (source == nullptr) source = createRunLoopSource();
   return source;
 }
@@ -72,12 +86,16 @@ VXRunLoopSource* WebServiceMethodInvocation::getSource() {
 bool WebServiceMethodInvocation::giveUpCall() {
   if (isCallOver() || !source->hasBegun()) return true;
   if (source->isActive()) return false;
-  std::exchange(source, nullptr)->retire();
+  dropSource();
   return true;
 }
 
 bool WebServiceMethodInvocation::isCallOver() const {
   return source == nullptr || source->isFinished();
+}
+
+void WebServiceMethodInvocation::dropSource() {
+  if (source != nullptr) std::exchange(source, nullptr)->retire();
 }
 
 void WebServiceMethodInvocation::setCallback(VXInvocationCallbackFunc function,

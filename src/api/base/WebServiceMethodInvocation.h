@@ -36,11 +36,10 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   /* A new source that carries one call, owned by the caller. */
   virtual VXRunLoopSource* createRunLoopSource() = 0;
 
-  /*
-   * The source of the present call. It is made when it is first needed, with the endpoint of that
-   * moment; once its call has ended, the next one gets a new source.
-   */
+  /* The source, borrowed. It is made when it is first needed, with the endpoint of that moment. */
   VXRunLoopSource* getSource();
+  /* The same for what starts a call: a source whose call has ended gives way to a new one. */
+  VXRunLoopSource* getSourceForCall();
 
   /* Ends a call that is under way, without a callback. False if this is called from inside the call. */
   bool giveUpCall();
@@ -59,12 +58,16 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   /* Adds to a serialized form what is common to the protocols. */
   void populateAgreement(BQDictionary* agreement) const;
 
+ private:
+  Owned<const BQURL> serviceURL;
+
  protected:
   Owned<const BQArray> paramOrder;
   Owned<const BQDictionary> params;
 
  private:
-  Owned<const BQURL> serviceURL;
+  void dropSource();
+
   VXInvocationCallbackFunc callback = nullptr;
   VXClientContext clientContext = {};
   VXRunLoopSource* source = nullptr;

@@ -67,6 +67,8 @@ class Handler(xmlrpc.server.SimpleXMLRPCRequestHandler):
         elif path == "/hang-up":
             self.read_body()
             self.close_connection = True
+        elif path == "/hang-up-early":
+            self.close_connection = True
         elif path == "/short":
             self.read_body()
             self.wfile.write(b"HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: 500\r\n\r\n<?xml")

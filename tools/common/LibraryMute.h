@@ -1,10 +1,10 @@
 /* Keeps the library's own notes off standard error. */
-#ifndef VXCALL_LIBRARY_MUTE_H
-#define VXCALL_LIBRARY_MUTE_H
+#ifndef TOOLS_LIBRARY_MUTE_H
+#define TOOLS_LIBRARY_MUTE_H
 
 #include <cstdio>
 
-namespace vxcall {
+namespace tools {
 
 /*
  * While it lives, what is printed to the stream of standard error is dropped: the library notes
@@ -23,6 +23,6 @@ class LibraryMute {
   std::FILE* original_;
 };
 
-}  // namespace vxcall
+}  // namespace tools
 
 #endif

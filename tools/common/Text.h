@@ -1,15 +1,15 @@
 /* The library's strings as std::string, and back. */
-#ifndef VXCALL_TEXT_H
-#define VXCALL_TEXT_H
+#ifndef TOOLS_TEXT_H
+#define TOOLS_TEXT_H
 
 #include <string>
 #include <string_view>
 
 #include <BQ/BQBase.h>
 
-#include "Ref.h"
+#include "common/Ref.h"
 
-namespace vxcall {
+namespace tools {
 
 /* Throws UsageError if the bytes are not UTF-8. */
 Ref<const BQString> makeString(std::string_view text);
@@ -20,6 +20,6 @@ std::string_view textOf(BQTypeRef string);
 /* The text as one line that a terminal can show: every control character becomes a blank. */
 std::string singleLine(std::string_view text);
 
-}  // namespace vxcall
+}  // namespace tools
 
 #endif

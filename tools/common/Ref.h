@@ -1,12 +1,12 @@
 /* A counted reference to an object of the library. */
-#ifndef VXCALL_REF_H
-#define VXCALL_REF_H
+#ifndef TOOLS_REF_H
+#define TOOLS_REF_H
 
 #include <utility>
 
 #include <BQ/BQObject.h>
 
-namespace vxcall {
+namespace tools {
 
 /* Owns one reference, or none. T is the pointee: Ref<const BQString>, Ref<const void>. */
 template <typename T>
@@ -44,6 +44,6 @@ class Ref {
 
 using Value = Ref<const void>;
 
-}  // namespace vxcall
+}  // namespace tools
 
 #endif

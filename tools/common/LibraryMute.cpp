@@ -1,8 +1,8 @@
-#include "LibraryMute.h"
+#include "common/LibraryMute.h"
 
 #include <cstdlib>
 
-namespace vxcall {
+namespace tools {
 namespace {
 
 bool isDebugging() {
@@ -16,4 +16,4 @@ LibraryMute::LibraryMute() : original_(stderr) {
   if (nowhere != nullptr) stderr = nowhere;
 }
 
-}  // namespace vxcall
+}  // namespace tools

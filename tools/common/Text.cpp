@@ -1,12 +1,12 @@
-#include "Text.h"
+#include "common/Text.h"
 
 #include <algorithm>
 
 #include <BQ/BQString.h>
 
-#include "UsageError.h"
+#include "common/UsageError.h"
 
-namespace vxcall {
+namespace tools {
 
 Ref<const BQString> makeString(std::string_view text) {
   auto string =
@@ -28,4 +28,4 @@ std::string singleLine(std::string_view text) {
   return line;
 }
 
-}  // namespace vxcall
+}  // namespace tools

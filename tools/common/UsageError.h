@@ -1,10 +1,10 @@
 /* A command line that cannot be carried out. */
-#ifndef VXCALL_USAGE_ERROR_H
-#define VXCALL_USAGE_ERROR_H
+#ifndef TOOLS_USAGE_ERROR_H
+#define TOOLS_USAGE_ERROR_H
 
 #include <stdexcept>
 
-namespace vxcall {
+namespace tools {
 
 /* Says in one sentence what is wrong with the command line. */
 class UsageError : public std::runtime_error {
@@ -12,6 +12,6 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-}  // namespace vxcall
+}  // namespace tools
 
 #endif

@@ -1,0 +1,81 @@
+"""The Debian packages: what they hold and need, and that programs build against them unpacked."""
+import gzip
+import re
+import unittest
+
+from installed_tree import BUILD, CPACK, LIBDIR, ROOT, VERSION, InstalledTreeCase, files_below, run
+
+MAJOR = VERSION.split(".", maxsplit=1)[0]
+RUNTIME, DEVELOPMENT, TOOLS = "liborvane" + MAJOR, "liborvane-dev", "orvane-tools"
+THIS = "%s (= %s-1)" % (RUNTIME, VERSION)
+
+
+class DebianTest(InstalledTreeCase):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        run(CPACK, "--config", BUILD + "/CPackConfig.cmake", "-B", cls.scratch / "made")
+        cls.packages = {path.name.split("_")[0]: path for path in (cls.scratch / "made").glob("*.deb")}
+        cls.files = {}
+        for name, path in cls.packages.items():
+            run("dpkg-deb", "--extract", path, cls.scratch / name)
+            run("dpkg-deb", "--extract", path, cls.scratch / "root")
+            cls.files[name] = files_below(cls.scratch / name)
+        cls.prefix = cls.scratch / "root/usr"
+
+    def needs(self, package):
+        return run("dpkg-deb", "--field", self.packages[package], "Depends").strip().split(", ")
+
+    def test_files_are_in_the_package_that_they_belong_to(self):
+        self.assertEqual(set(self.files), {RUNTIME, DEVELOPMENT, TOOLS})
+        library = "usr/" + LIBDIR
+        self.assertEqual({name for name in self.files[RUNTIME] if not name.startswith("usr/share/doc/")},
+                         {"%s/lib%s.so.%s" % (library, name, version)
+                          for name in ("bq", "vx") for version in (MAJOR, VERSION)})
+        self.assertLessEqual({library + "/libvx.so", library + "/pkgconfig/orvane.pc", "usr/include/VX/VX.h"},
+                             self.files[DEVELOPMENT])
+        self.assertIn("usr/bin/vxcall", self.files[TOOLS])
+        total = sum(len(files) for files in self.files.values())
+        self.assertEqual(len(set().union(*self.files.values())), total, "a file is in two packages")
+
+    def test_packages_need_each_other_and_their_libraries(self):
+        self.assertLessEqual({"libc6", "libcurl4", "libexpat1", "libstdc++6"},
+                             {need.split(" ")[0] for need in self.needs(RUNTIME)})
+        self.assertEqual(self.needs(DEVELOPMENT), [THIS])
+        self.assertIn(THIS, self.needs(TOOLS))
+
+    def test_library_package_tells_dependents_and_the_loader_of_itself(self):
+        control = self.scratch / "control"
+        run("dpkg-deb", "--control", self.packages[RUNTIME], control)
+        self.assertEqual(sorted((control / "shlibs").read_text().splitlines()),
+                         ["lib%s %s %s (>= %s-1)" % (name, MAJOR, RUNTIME, VERSION) for name in ("bq", "vx")])
+        self.assertIn("ldconfig", (control / "triggers").read_text())
+
+    def test_documents_are_those_that_debian_wants(self):
+        for name in self.files:
+            doc = self.scratch / name / "usr/share/doc" / name
+            self.assertIn("License: Expat", (doc / "copyright").read_text())
+            self.assertEqual(gzip.decompress((doc / "changelog.gz").read_bytes()), (ROOT / "CHANGELOG.md").read_bytes())
+            self.assertRegex(gzip.decompress((doc / "changelog.Debian.gz").read_bytes()).decode(),
+                             r"\Aorvane \(%s-1\)" % re.escape(VERSION))
+
+    def test_every_manual_page_is_compressed_and_beside_its_tool(self):
+        pages = {name for files in self.files.values() for name in files if "/man/" in name}
+        tools = {name for name in self.files[TOOLS] if name.startswith("usr/bin/")}
+        written = {page.stem for page in (ROOT / "packaging/man").glob("*.1")}
+        self.assertEqual(pages, {"usr/share/man/man1/%s.1.gz" % name for name in written if "usr/bin/" + name in tools})
+
+    def test_zsh_completions_are_where_debian_looks(self):
+        folders = {name.rpartition("/")[0] for name in self.files[TOOLS] if "/zsh/" in name}
+        self.assertLessEqual(folders, {"usr/share/zsh/vendor-completions"})
+
+    def test_programs_build_against_the_unpacked_packages(self):
+        folder = self.build_with_cmake()
+        self.assert_calls(folder / "call")
+        programs = self.build_with_pkg_config()
+        self.assert_echoes(programs["call_in_c"], **self.library_path())
+        self.assertEqual(run(self.prefix / "bin/vxcall", self.peer.url(), "add", "40", "2", **self.library_path()), "42\n")
+
+
+if __name__ == "__main__":
+    unittest.main()

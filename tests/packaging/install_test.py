@@ -1,0 +1,96 @@
+"""The installed tree: what is in it, and that programs build against it and run, wherever it is moved."""
+import re
+import sys
+import unittest
+
+from installed_tree import (BUILD, CC, CMAKE, EXAMPLES, LIBDIR, ROOT, SHARED, STRICT_C, TOOLS, VERSION,
+                            InstalledTreeCase, files_below, run)
+
+MAJOR = VERSION.split(".", maxsplit=1)[0]
+HEADERS = {"include/" + name for name in files_below(ROOT / "include")}
+SHARED_FILES = {"%s/lib%s.so.%s" % (LIBDIR, name, version) for name in ("bq", "vx") for version in (MAJOR, VERSION)}
+LINK_FILES = {"%s/lib%s.%s" % (LIBDIR, name, "so" if SHARED else "a") for name in ("bq", "vx")}
+
+
+class InstallTest(InstalledTreeCase):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        run(CMAKE, "--install", BUILD, "--prefix", cls.scratch / "installed")
+        # Nothing may depend on the place that it was installed to.
+        cls.prefix = (cls.scratch / "installed").rename(cls.scratch / "moved")
+
+    def install_component(self, component):
+        folder = self.scratch / component
+        run(CMAKE, "--install", BUILD, "--prefix", folder, "--component", component)
+        return files_below(folder)
+
+    def test_components_divide_the_tree(self):
+        development = self.install_component("development")
+        self.assertLessEqual(HEADERS | LINK_FILES, development)
+        self.assertEqual({name for name in development if name.endswith(".h")}, HEADERS)
+        self.assertLessEqual({"%s/pkgconfig/orvane.pc" % LIBDIR, "%s/pkgconfig/orvane-bq.pc" % LIBDIR,
+                              "%s/cmake/Orvane/OrvaneConfig.cmake" % LIBDIR,
+                              "%s/cmake/Orvane/OrvaneConfigVersion.cmake" % LIBDIR}, development)
+        runtime = self.install_component("runtime")
+        self.assertEqual(runtime, SHARED_FILES if SHARED else set())
+        tools = self.install_component("tools")
+        self.assertEqual("bin/vxcall" in tools, TOOLS)
+        self.assertEqual(files_below(self.prefix), development | runtime | tools)
+        self.assertFalse(development & runtime | development & tools)
+
+    def test_destdir_stands_before_the_prefix(self):
+        staging = self.scratch / "staging"
+        run(CMAKE, "--install", BUILD, "--prefix", "/opt/orvane", DESTDIR=str(staging))
+        self.assertEqual({"opt/orvane/" + name for name in files_below(self.prefix)}, files_below(staging))
+
+    def test_no_file_for_other_tools_names_a_place(self):
+        for path in [*self.prefix.rglob("*.pc"), *self.prefix.rglob("*.cmake")]:
+            self.assertNotRegex(path.read_text(), "%s|%s|%s" % (ROOT, BUILD, self.scratch), path.name)
+        for path in self.prefix.rglob("*.pc"):
+            self.assertRegex(path.read_text(), r"\Aprefix=\$\{pcfiledir\}/", path.name)
+
+    def test_programs_build_with_the_cmake_package(self):
+        folder = self.build_with_cmake()
+        self.assert_calls(folder / "call")
+        self.assert_echoes(folder / "call_in_c")
+
+    def test_cmake_refuses_another_major_version(self):
+        project = self.scratch / "later"
+        project.mkdir()
+        (project / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.22)\nproject(Later C CXX)\n"
+                                                "find_package(Orvane %d REQUIRED)\n" % (int(MAJOR) + 1))
+        with self.assertRaisesRegex(AssertionError, r"compatible\s+with requested version"):
+            run(CMAKE, "-G", "Ninja", "-S", project, "-B", project / "build", "-DCMAKE_PREFIX_PATH=%s" % self.prefix)
+
+    def test_programs_build_with_pkg_config(self):
+        self.assertEqual(self.pkg_config("--modversion", "orvane", "orvane-bq"), [VERSION, VERSION])
+        programs = self.build_with_pkg_config()
+        self.assert_calls(programs["call"], **self.library_path())
+        self.assert_echoes(programs["call_in_c"], **self.library_path())
+
+    @unittest.skipUnless(SHARED, "static libraries ask for more than their names")
+    def test_c11_program_builds_with_the_compiler_alone(self):
+        program = self.scratch / "plain"
+        library = self.prefix / LIBDIR
+        run(CC, *STRICT_C, EXAMPLES / "call_in_c.c", "-I%s" % (self.prefix / "include"), "-L%s" % library, "-lvx", "-lbq",
+            "-Wl,-rpath,%s" % library, "-o", program)
+        self.assert_echoes(program)
+
+    @unittest.skipUnless(SHARED, "no shared library")
+    def test_sonames_carry_the_major_version_alone(self):
+        for name in ("bq", "vx"):
+            dynamic = run("readelf", "--dynamic", "--wide", self.prefix / LIBDIR / ("lib%s.so" % name))
+            self.assertEqual(re.findall(r"soname: \[(.*)\]", dynamic), ["lib%s.so.%s" % (name, MAJOR)])
+
+    @unittest.skipUnless(SHARED, "no shared library")
+    def test_python_calls_through_the_shared_library(self):
+        self.assertEqual(run(sys.executable, EXAMPLES / "call_with_ctypes.py", self.peer.url(), **self.library_path()), "5\n")
+
+    @unittest.skipUnless(TOOLS, "no tools")
+    def test_moved_tool_finds_its_libraries(self):
+        self.assertEqual(run(self.prefix / "bin/vxcall", self.peer.url(), "add", "40", "2"), "42\n")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,40 @@
+#include "Invocation.h"
+
+#include <VX/VXConstants.h>
+
+#include "Endpoint.h"
+#include "Parameters.h"
+#include "Properties.h"
+#include "SavedInvocation.h"
+#include "common/Text.h"
+
+namespace tools::vxcall {
+namespace {
+
+const BQString* protocolNamed(const std::string& name) {
+  if (name == "soap-1999") return kVXSOAP1999Protocol;
+  if (name == "soap-2001") return kVXSOAP2001Protocol;
+  return kVXXMLRPCProtocol;
+}
+
+Invocation describeInvocation(const Options& options) {
+  Ref<const BQURL> url = parseEndpoint(options.url);
+  Invocation invocation{{}, protocolNamed(options.protocol), options.url, makeString(options.method)};
+  invocation.handle = Ref<OpaqueVXMethodInvocationRef>::adopt(
+      VXMethodInvocationCreate(url.get(), invocation.method.get(), invocation.protocol));
+  Parameters parameters = parseParameters(options.parameters);
+  VXMethodInvocationSetParameters(invocation.handle.get(), parameters.values.get(), parameters.order.get());
+  return invocation;
+}
+
+}  // namespace
+
+Invocation makeInvocation(const Options& options) {
+  Invocation invocation = options.load ? loadInvocation(*options.load) : describeInvocation(options);
+  setProperties(options, [&invocation](const BQString* key, BQTypeRef value) {
+    VXMethodInvocationSetProperty(invocation.handle.get(), key, value);
+  });
+  return invocation;
+}
+
+}  // namespace tools::vxcall

@@ -1,0 +1,29 @@
+/* What is to be called. */
+#ifndef VXCALL_INVOCATION_H
+#define VXCALL_INVOCATION_H
+
+#include <string>
+
+#include <BQ/BQBase.h>
+#include <VX/VXMethodInvocation.h>
+
+#include "Options.h"
+#include "common/Ref.h"
+
+namespace tools::vxcall {
+
+/* An invocation with what the library does not tell about it. */
+struct Invocation {
+  Ref<OpaqueVXMethodInvocationRef> handle;
+  /* One of the library's constants; borrowed. */
+  const BQString* protocol;
+  std::string url;
+  Ref<const BQString> method;
+};
+
+/* The invocation that the options describe or load, with their properties. Throws UsageError. */
+Invocation makeInvocation(const Options& options);
+
+}  // namespace tools::vxcall
+
+#endif

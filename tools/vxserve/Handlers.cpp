@@ -1,0 +1,26 @@
+#include "Handlers.h"
+
+#include "WireForms.h"
+#include "common/Ref.h"
+
+namespace tools::vxserve {
+namespace {
+
+using Handler = Ref<OpaqueVXProtocolHandlerRef>;
+
+Handler makeHandler(const Endpoint& endpoint) {
+  auto handler = Handler::adopt(VXProtocolHandlerCreate(nullptr, endpoint.protocol));
+  endpoint.isSOAP ? setSOAPForms(handler.get()) : setXMLRPCForms(handler.get());
+  return handler;
+}
+
+}  // namespace
+
+VXProtocolHandlerRef handlerOf(const Endpoint& endpoint) {
+  thread_local Handler handlers[kEndpointCount];
+  Handler& handler = handlers[endpoint.index];
+  if (!handler) handler = makeHandler(endpoint);
+  return handler.get();
+}
+
+}  // namespace tools::vxserve

@@ -1,0 +1,17 @@
+/* How values are written where the library's own way would lose something or trouble clients. */
+#ifndef VXSERVE_WIRE_FORMS_H
+#define VXSERVE_WIRE_FORMS_H
+
+#include <VX/VXProtocolHandler.h>
+
+namespace tools::vxserve {
+
+/* Doubles with all their digits; dates without a zone, which few clients read; null as a string. */
+void setXMLRPCForms(VXProtocolHandlerRef handler);
+
+/* Doubles with all their digits. */
+void setSOAPForms(VXProtocolHandlerRef handler);
+
+}  // namespace tools::vxserve
+
+#endif
