@@ -9,13 +9,13 @@
 namespace fuzz {
 
 /* Answers the element's own name, and for one that has no child leaves it to the library. */
-inline BQTypeRef readAsName(BQTypeRef, const BQTree* element, const BQTree*, void*) {
+inline BQTypeRef readAsName(VXMethodInvocationRef, const BQTree* element, const BQTree*, void*) {
   if (BQTreeGetFirstChild(element) == nullptr) return nullptr;
   return BQStringCreateCopy(BQXMLNodeGetString(BQXMLTreeGetNode(element)));
 }
 
 /* Writes true values; false ones are left to the library. */
-inline const BQString* writeTruth(BQTypeRef, BQTypeRef value, void*) {
+inline const BQString* writeTruth(VXMethodInvocationRef, BQTypeRef value, void*) {
   return value == kBQBooleanTrue ? BQSTR("<%@>yes</%@>") : nullptr;
 }
 
