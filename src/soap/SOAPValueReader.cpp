@@ -137,12 +137,12 @@ void SOAPValueReader::fail(const BQString* message) {
 }
 
 /*
- * Bounds the work on a document; a failure has set the message. An element that refers to another and
- * the one that stands for it are one level of values.
+ * Bounds the work on a document; a failure has set the message. An element that refers to another is a
+ * level of its own, as it is on the stack.
  */
 bool SOAPValueReader::enter(const BQTree* element) {
-  const size_t depth = inProgress_.size() - static_cast<size_t>(references_);
-  const BQString* message = depth >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
+  const BQString* message =
+      inProgress_.size() >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
   if (message != nullptr) {
     fail(message);
     return false;
