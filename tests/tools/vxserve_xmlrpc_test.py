@@ -43,6 +43,12 @@ class MethodsTest(XMLRPCCase):
             self.assertEqual(result, value)
             self.assertIs(type(result), type(value))
 
+    def test_values_are_written_as_every_client_reads_them(self):
+        table = [(123456789.125, b"<double>123456789.125</double>"), (1e-5, b"<double>0.00001</double>"),
+                 (-0.0, b"<double>-0</double>"), (DATE, b"<dateTime.iso8601>19980717T14:08:55</dateTime.iso8601>")]
+        for value, form in table:
+            self.assertIn(form, self.server.post(xmlrpc.client.dumps((value,), "echo").encode())[2])
+
     def test_results(self):
         table = [
             ("echo", (), ""), ("types", (), TYPES),
