@@ -21,13 +21,13 @@ Owned<const BQString> keyOf(const BQString* id) {
 
 }  // namespace
 
-const BQTree* AnchorTable::find(const BQString* id, const AutoDict& namespaces) {
+const BQTree* AnchorTable::find(const BQString* id, const NamespaceMap& namespaces) {
   if (textOf(id).empty()) return nullptr;
   if (anchors_ == nullptr) fill(namespaces);
   return static_cast<const BQTree*>(BQDictionaryGetValue(anchors_.get(), keyOf(id).get()));
 }
 
-void AnchorTable::fill(const AutoDict& namespaces) {
+void AnchorTable::fill(const NamespaceMap& namespaces) {
   anchors_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
   for (const BQTree* child = BQTreeGetFirstChild(root_); child != nullptr;
        child = BQTreeGetNextSibling(child)) {

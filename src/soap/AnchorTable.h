@@ -4,8 +4,8 @@
 
 #include <BQ/BQBase.h>
 
-#include "values/AutoDict.h"
 #include "values/Owned.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
@@ -15,10 +15,10 @@ class AnchorTable {
   explicit AnchorTable(const BQTree* root) : root_(root) {}
 
   /* The first child of the root with that id, the case of letters aside; borrowed, null if there is none. */
-  const BQTree* find(const BQString* id, const AutoDict& namespaces);
+  const BQTree* find(const BQString* id, const NamespaceMap& namespaces);
 
  private:
-  void fill(const AutoDict& namespaces);
+  void fill(const NamespaceMap& namespaces);
 
   const BQTree* const root_;
   Owned<BQDictionary> anchors_;

@@ -24,8 +24,8 @@ const BQString* SOAPProtocolHandler::methodNamespace() {
   return property != nullptr ? static_cast<const BQString*>(property) : kPlaceholderMethodNamespace;
 }
 
-AutoDict SOAPProtocolHandler::topNamespaces(const BQTree* tree) {
-  AutoDict namespaces;
+NamespaceMap SOAPProtocolHandler::topNamespaces(const BQTree* tree) {
+  NamespaceMap namespaces;
   xmlGetElementNamespaces(tree, &namespaces);
   if (namespaces.getValue(kDefaultNamespaceKey) == nullptr) {
     namespaces.addValue(kDefaultNamespaceKey, methodNamespace());

@@ -4,7 +4,7 @@
 
 #include "api/base/VXProtocolHandler.h"
 #include "soap/Generation.h"
-#include "values/AutoDict.h"
+#include "xml/NamespaceMap.h"
 #include "xml/XMLBuffer.h"
 
 namespace vx {
@@ -40,7 +40,7 @@ class SOAPProtocolHandler : public VXProtocolHandler {
 
  private:
   /* The namespaces in force at the top of a document. */
-  AutoDict topNamespaces(const BQTree* tree);
+  NamespaceMap topNamespaces(const BQTree* tree);
   void writeHeader(XMLBuffer* buffer);
 
   Owned<const BQString> protocol;

@@ -54,7 +54,7 @@ long integerAtStart(std::string_view text) {
   return value;
 }
 
-const BQString* _parseFaultCode(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseFaultCode(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   const BQTree* child = BQTreeGetFirstChild(tree);
   if (child == nullptr || getElementName(child) == nullptr) return BQSTR("Can't parse <faultcode>");
   long code = integerAtStart(textOf(getElementName(child)));
@@ -62,14 +62,14 @@ const BQString* _parseFaultCode(const BQTree* tree, const BQXMLNode*, const Auto
   return nullptr;
 }
 
-const BQString* _parseFaultString(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseFaultString(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   const BQTree* child = BQTreeGetFirstChild(tree);
   if (child == nullptr) return BQSTR("Can't parse <faultstring>");
   static_cast<AutoString*>(context)->setString(own(copyXMLStringFromTree(child)).get());
   return nullptr;
 }
 
-const BQString* _parseFault(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces, void* context) {
+const BQString* _parseFault(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces, void* context) {
   logEntry("in _parseFault\n");
   long code = 0;
   AutoString text;
@@ -107,7 +107,7 @@ void storeResult(const SOAPReplyContext& context, const BQDictionary* outputs) {
   context.result->becomeFault(message.get(), kUnusableReply);
 }
 
-const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                   void* context) {
   logEntry("in _parseMethodReply\n");
   SOAPReplyContext& reply = contextOf(context);
@@ -130,7 +130,7 @@ const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, const Au
   return nullptr;
 }
 
-const BQString* _parseSOAPBody(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseSOAPBody(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                void* context) {
   logEntry("in _parseSOAPBody\n");
   SOAPReplyContext& reply = contextOf(context);
@@ -150,7 +150,7 @@ const BQString* _parseSOAPBody(const BQTree* tree, const BQXMLNode*, const AutoD
   return xmlInterrogateElements(tree, namespaces, table, std::ssize(table), nullptr);
 }
 
-const BQString* _parseSOAPHeader(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseSOAPHeader(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   logEntry("in _parseSOAPHeader\n");
   AutoArray entries;
   for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr;
@@ -164,7 +164,7 @@ const BQString* _parseSOAPHeader(const BQTree* tree, const BQXMLNode*, const Aut
   return nullptr;
 }
 
-const BQString* _parseSOAPEnvelope(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseSOAPEnvelope(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                    void* context) {
   logEntry("in _parseSOAPEnvelope\n");
   const XMLElementInterrogator table[] = {
@@ -186,7 +186,8 @@ void SOAPProtocolHandler::parseReply(WebServiceResult* result, const BQString* m
       {VX_SOAP_1999_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseSOAPEnvelope, &context},
       {VX_SOAP_2001_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseSOAPEnvelope, &context},
   };
-  own(xmlInterrogateElements(tree, topNamespaces(tree), table, std::ssize(table), nullptr));
+  NamespaceMap namespaces = topNamespaces(tree);
+  own(xmlInterrogateElements(tree, namespaces, table, std::ssize(table), nullptr));
 }
 
 const BQDictionary* SOAPProtocolHandler::parseReplyData(const BQString* methodName, const BQData* data,

@@ -8,6 +8,7 @@
 #include "diag/Switches.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "soap/SOAPValueReader.h"
+#include "values/AutoDict.h"
 #include "xml/ElementWalk.h"
 #include "xml/Parsing.h"
 #include "xml/QualifiedName.h"
@@ -34,7 +35,7 @@ void logEntry(const char* text) {
 
 /* Reads the parameters of a method element whose namespaces are given; a message if one cannot be read. */
 const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, const BQTree* method,
-                               const AutoDict& namespaces) {
+                               NamespaceMap& namespaces) {
   SOAPValueReader reader(body, context.handler, &context.budget);
   auto parameters = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
   auto order = own(BQArrayCreateMutable(0));
@@ -51,31 +52,31 @@ const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, 
   return nullptr;
 }
 
-const BQString* _parseReqSOAPBody(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseReqSOAPBody(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                   void* context) {
   logEntry("in _parseReqSOAPBody\n");
   SOAPRequestContext& request = contextOf(context);
   const BQTree* method = BQTreeGetFirstChild(tree);
   if (method == nullptr) return BQSTR("Body missing method");
-  AutoDict methodNamespaces(namespaces);
-  xmlGetElementNamespaces(method, &methodNamespaces);
+  NamespaceMap::Scope scope(namespaces);
+  xmlGetElementNamespaces(method, &namespaces);
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
-  xmlNamespaceQualify(methodNamespaces, getElementName(method), &uri, &local);
+  xmlNamespaceQualify(namespaces, getElementName(method), &uri, &local);
   auto ownedURI = own(uri);
   auto ownedLocal = own(local);
   request.request->addValue(kRequestMethodName, local);
   request.request->addValue(kVXSOAPMethodNamespaceURI, uri);
-  return readParameters(request, tree, method, methodNamespaces);
+  return readParameters(request, tree, method, namespaces);
 }
 
-const BQString* _parseReqSOAPHeader(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseReqSOAPHeader(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   logEntry("in _parseReqSOAPHeader\n");
   contextOf(context).request->addValue(kVXSOAPMessageHeaders, tree);
   return nullptr;
 }
 
-const BQString* _parseReqSOAPEnvelope(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseReqSOAPEnvelope(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                       void* context) {
   logEntry("in _parseReqSOAPEnvelope\n");
   const XMLElementInterrogator table[] = {
@@ -102,8 +103,8 @@ const BQDictionary* SOAPProtocolHandler::parsePostData(const BQData* data, unsig
       {VX_SOAP_1999_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseReqSOAPEnvelope, &context},
       {VX_SOAP_2001_ENVELOPE_NAMESPACE, BQSTR("Envelope"), _parseReqSOAPEnvelope, &context},
   };
-  auto message =
-      own(xmlInterrogateElements(tree.get(), topNamespaces(tree.get()), table, std::ssize(table), nullptr));
+  NamespaceMap namespaces = topNamespaces(tree.get());
+  auto message = own(xmlInterrogateElements(tree.get(), namespaces, table, std::ssize(table), nullptr));
   if (message == nullptr) return BQDictionaryCreateCopy(request.getImmutableDict());
   if (gVXDebug != 0) vxPrintf(BQSTR("#### Parse Post Error: %@"), message.get());
   return nullptr;

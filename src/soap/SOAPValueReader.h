@@ -13,23 +13,23 @@
 #include "soap/AnchorTable.h"
 #include "soap/ReferenceBudget.h"
 #include "soap/TypeCache.h"
-#include "values/AutoDict.h"
 #include "values/Owned.h"
 #include "xml/NameCache.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
 class SOAPProtocolHandler;
 
 /* Whether an element is marked as an array. */
-bool isArray(const BQTree* element, const AutoDict& namespaces);
+bool isArray(const BQTree* element, const NamespaceMap& namespaces);
 
 /* The first attribute of a local name in a namespace (null for any); borrowed, null if there is none. */
-const BQString* getNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+const BQString* getNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
                                  const BQString* namespaceURI, std::string_view localName);
 
 /* The same in either schema instance namespace, or else in the default namespace. */
-const BQString* getSoapNodeAttribute(const BQTree* element, const AutoDict& namespaces,
+const BQString* getSoapNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
                                      std::string_view localName);
 
 /*
@@ -42,7 +42,7 @@ class SOAPValueReader {
   SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget);
 
   /* The value of an element in the namespaces of its parent; null, and a message, if it cannot be read. */
-  Owned<const void> parseSOAPType(const BQTree* element, const AutoDict& namespaces);
+  Owned<const void> parseSOAPType(const BQTree* element, NamespaceMap& namespaces);
 
   /* A copy of an element's name that does not keep the document alive. */
   Owned<const BQString> copyName(const BQTree* element);
@@ -55,22 +55,21 @@ class SOAPValueReader {
   /* What stands for an element: itself, or what it refers to. */
   struct Subject {
     const BQTree* element;
-    AutoDict& namespaces;
+    NamespaceMap& namespaces;
 
     const BQTree* firstChild() const;
     /* The string of the first child, borrowed; "" if there is none. */
     const BQString* text() const;
   };
 
-  Owned<const void> readElement(const BQTree* element, AutoDict& namespaces);
   Owned<const void> readSubject(const Subject& subject);
-  Owned<const void> readReference(const BQString* reference, AutoDict& namespaces);
-  Owned<const void> readAnchor(const BQTree* anchor, AutoDict& namespaces);
-  Owned<const void> readByOverride(const BQTree* element, const AutoDict& namespaces);
+  const BQTree* findAnchor(const BQString* reference, const NamespaceMap& namespaces);
+  Owned<const void> readReference(const BQString* reference, NamespaceMap& namespaces);
+  Owned<const void> readByOverride(const BQTree* element, const NamespaceMap& namespaces);
   Owned<const void> readScalar(VXTypeID kind, const Subject& subject);
-  Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject);
+  Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject, VXTypeID* kind);
   Owned<const void> readSchemaType(std::string_view type, const BQString* typeName, const Subject& subject);
-  Owned<const void> readFallback(const Subject& subject);
+  Owned<const void> readFallback(const Subject& subject, VXTypeID* kind);
   Owned<const void> parseSOAPArray(const Subject& subject);
   Owned<const void> parseSOAPDictionary(const Subject& subject);
   const BQString* typeNameOf(const Subject& subject);

@@ -10,7 +10,7 @@
 namespace vx {
 namespace {
 
-VXTypeID resolve(const BQString* typeName, const AutoDict& namespaces) {
+VXTypeID resolve(const BQString* typeName, const NamespaceMap& namespaces) {
   AutoString name(static_cast<const BQString*>(BQRetain(typeName)));
   fullyQualify(name, namespaces);
   const BQString* uri = nullptr;
@@ -23,15 +23,14 @@ VXTypeID resolve(const BQString* typeName, const AutoDict& namespaces) {
 
 }  // namespace
 
-VXTypeID TypeCache::kindOf(const BQString* typeName, const AutoDict& namespaces) {
-  const BQDictionary* map = namespaces.getImmutableDict();
+VXTypeID TypeCache::kindOf(const BQString* typeName, const NamespaceMap& namespaces) {
   for (const Entry& entry : entries_) {
-    if (entry.namespaces.get() != map) continue;
+    if (entry.typeName == nullptr || entry.version != namespaces.version()) continue;
     if (entry.typeName.get() == typeName || textOf(entry.typeName.get()) == textOf(typeName))
       return entry.kind;
   }
   Entry& entry = entries_[next_++ % kSize];
-  entry = {retain(typeName), retain(map), resolve(typeName, namespaces)};
+  entry = {retain(typeName), namespaces.version(), resolve(typeName, namespaces)};
   return entry.kind;
 }
 

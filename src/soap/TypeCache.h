@@ -8,20 +8,20 @@
 #include <array>
 #include <cstddef>
 
-#include "values/AutoDict.h"
 #include "values/Owned.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
 class TypeCache {
  public:
-  /* The kind of a type name in the namespaces in force; 0 if it is unknown. */
-  VXTypeID kindOf(const BQString* typeName, const AutoDict& namespaces);
+  /* The kind of a type name in the namespaces in force, of one document; 0 if it is unknown. */
+  VXTypeID kindOf(const BQString* typeName, const NamespaceMap& namespaces);
 
  private:
   struct Entry {
     Owned<const BQString> typeName;
-    Owned<const BQDictionary> namespaces;
+    uint64_t version; /* of the namespaces */
     VXTypeID kind;
   };
 

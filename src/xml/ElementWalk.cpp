@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::string_view kDeclaration = "xmlns";
 
-void addDeclaration(const BQString* attribute, BQTypeRef value, AutoDict* namespaces) {
+void addDeclaration(const BQString* attribute, const BQString* value, NamespaceMap* namespaces) {
   std::string_view name = textOf(attribute);
   if (equalIgnoringCase(name, kDeclaration)) {
     namespaces->addValue(kDefaultNamespaceKey, value);
@@ -35,7 +35,7 @@ void addDeclaration(const BQString* attribute, BQTypeRef value, AutoDict* namesp
 }
 
 /* Hands one child to the first matching row; false in `*matched` if there is none. */
-const BQString* interrogate(const BQTree* child, const AutoDict& namespaces,
+const BQString* interrogate(const BQTree* child, NamespaceMap& namespaces,
                             const XMLElementInterrogator* table, long count, bool* matched) {
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
@@ -53,25 +53,25 @@ const BQString* interrogate(const BQTree* child, const AutoDict& namespaces,
 
 }  // namespace
 
-void xmlGetElementNamespaces(const BQTree* element, AutoDict* namespaces) {
+void xmlGetElementNamespaces(const BQTree* element, NamespaceMap* namespaces) {
   const BQXMLElementInfo* info = treeGetElementInfo(element);
   if (info == nullptr || info->attributes == nullptr || info->attributeOrder == nullptr) return;
   for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
     auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
-    BQTypeRef value = BQDictionaryGetValue(info->attributes, name);
+    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
     if (value != nullptr) addDeclaration(name, value, namespaces);
   }
 }
 
-const BQString* xmlInterrogateElements(const BQTree* parent, const AutoDict& namespaces,
+const BQString* xmlInterrogateElements(const BQTree* parent, NamespaceMap& namespaces,
                                        const XMLElementInterrogator* table, long count, BQArray* unmatched) {
   for (const BQTree* child = BQTreeGetFirstChild(parent); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
     if (!treeIsElement(child)) continue;
-    AutoDict childNamespaces(namespaces);
-    xmlGetElementNamespaces(child, &childNamespaces);
+    NamespaceMap::Scope scope(namespaces);
+    xmlGetElementNamespaces(child, &namespaces);
     bool matched = false;
-    const BQString* message = interrogate(child, childNamespaces, table, count, &matched);
+    const BQString* message = interrogate(child, namespaces, table, count, &matched);
     if (message != nullptr) return message;
     if (!matched && unmatched != nullptr) BQArrayAppendValue(unmatched, child);
   }

@@ -4,7 +4,7 @@
 
 #include <BQ/BQBase.h>
 
-#include "values/AutoDict.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
@@ -14,7 +14,7 @@ namespace vx {
  * whoever receives it at last.
  */
 using XMLElementHandler = const BQString* (*)(const BQTree* tree, const BQXMLNode* node,
-                                              const AutoDict& namespaces, void* context);
+                                              NamespaceMap& namespaces, void* context);
 
 /* Which elements a handler is for. */
 struct XMLElementInterrogator {
@@ -25,14 +25,15 @@ struct XMLElementInterrogator {
 };
 
 /* Adds the namespaces that an element declares to a map. */
-void xmlGetElementNamespaces(const BQTree* element, AutoDict* namespaces);
+void xmlGetElementNamespaces(const BQTree* element, NamespaceMap* namespaces);
 
 /*
  * Hands each child element to the first row that matches it; names and namespaces are compared
  * without regard to case. Elements that no row matches are appended to `unmatched`, if it is given.
- * Returns the message that ended the walk, or null.
+ * While a child is handled, `namespaces` has what it declares. Returns the message that ended the walk,
+ * or null.
  */
-const BQString* xmlInterrogateElements(const BQTree* parent, const AutoDict& namespaces,
+const BQString* xmlInterrogateElements(const BQTree* parent, NamespaceMap& namespaces,
                                        const XMLElementInterrogator* table, long count, BQArray* unmatched);
 
 }  // namespace vx

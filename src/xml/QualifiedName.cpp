@@ -44,7 +44,7 @@ void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamesp
   }
 }
 
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+void xmlNamespaceQualify(const NamespaceMap& namespaces, const BQString* qualifiedName,
                          const BQString** outNamespace, const BQString** outLocalName) {
   *outNamespace = nullptr;
   *outLocalName = nullptr;
@@ -59,7 +59,7 @@ void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedNa
   *outLocalName = copyRange(qualifiedName, colon + 1, textOf(qualifiedName).size());
 }
 
-void fullyQualify(AutoString& name, const AutoDict& namespaces) {
+void fullyQualify(AutoString& name, const NamespaceMap& namespaces) {
   if (name.isEmpty()) return;
   const BQString* uri = nullptr;
   const BQString* local = nullptr;

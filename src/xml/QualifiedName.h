@@ -1,12 +1,11 @@
 /*
- * Qualified names. A namespace map leads from prefixes to namespaces; the default namespace stands
- * under "__defaultNamespace". A fully qualified name is a namespace, a vertical bar, and a local name.
+ * Qualified names. A fully qualified name is a namespace, a vertical bar, and a local name.
  */
 #ifndef VX_XML_QUALIFIED_NAME_H
 #define VX_XML_QUALIFIED_NAME_H
 
-#include "values/AutoDict.h"
 #include "values/AutoString.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
@@ -21,11 +20,11 @@ void xmlBurstFullyQualifiedName(const BQString* name, const BQString** outNamesp
  * Resolves a prefixed name; both parts are owned by the caller. The namespace is null if the prefix
  * is not declared, or without a prefix if there is no default namespace.
  */
-void xmlNamespaceQualify(const AutoDict& namespaces, const BQString* qualifiedName,
+void xmlNamespaceQualify(const NamespaceMap& namespaces, const BQString* qualifiedName,
                          const BQString** outNamespace, const BQString** outLocalName);
 
 /* Replaces a prefixed name by the fully qualified one, if its namespace is known. */
-void fullyQualify(AutoString& name, const AutoDict& namespaces);
+void fullyQualify(AutoString& name, const NamespaceMap& namespaces);
 
 }  // namespace vx
 

@@ -27,27 +27,26 @@ struct ParamContext {
   }
 };
 
-const BQString* _parseOneValue(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseOneValue(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   const BQString* error = nullptr;
   auto value = own(parseType(tree, &error));
   if (value != nullptr) static_cast<ParamContext*>(context)->addParam(value.get());
   return error;
 }
 
-const BQString* _parseOneParam(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseOneParam(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                void* context) {
   const XMLElementInterrogator table[] = {{nullptr, BQSTR("value"), _parseOneValue, context}};
   return xmlInterrogateElements(tree, namespaces, table, std::ssize(table), nullptr);
 }
 
-const BQString* _parseParams(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
-                             void* context) {
+const BQString* _parseParams(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces, void* context) {
   ParamContext parameters{static_cast<AutoDict*>(context)};
   const XMLElementInterrogator table[] = {{nullptr, BQSTR("param"), _parseOneParam, &parameters}};
   return xmlInterrogateElements(tree, namespaces, table, std::ssize(table), nullptr);
 }
 
-const BQString* _parseString(const BQTree* tree, const BQXMLNode*, const AutoDict&, void* context) {
+const BQString* _parseString(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   const BQTree* text = BQTreeGetFirstChild(tree);
   if (text == nullptr) return BQSTR("Can't parse string");
   static_cast<AutoString*>(context)->setString(own(copyXMLStringFromTree(text)).get());
@@ -63,7 +62,7 @@ Owned<const BQArray> makeParameterOrder(BQIndex count) {
   return order;
 }
 
-const BQString* _parseMethodCall(const BQTree* tree, const BQXMLNode*, const AutoDict& namespaces,
+const BQString* _parseMethodCall(const BQTree* tree, const BQXMLNode*, NamespaceMap& namespaces,
                                  void* context) {
   AutoString name;
   AutoDict parameters;
@@ -91,8 +90,9 @@ const BQDictionary* XMLRPCProtocolHandler::parsePostData(const BQData* data, uns
   auto tree = own(parseXML(data, 1, encoding, outError));
   if (tree != nullptr) {
     AutoArray extensions;
+    NamespaceMap namespaces;
     const XMLElementInterrogator table[] = {{nullptr, BQSTR("methodCall"), _parseMethodCall, &request}};
-    *outError = xmlInterrogateElements(tree.get(), AutoDict(), table, std::ssize(table),
+    *outError = xmlInterrogateElements(tree.get(), namespaces, table, std::ssize(table),
                                        extensions.getMutableArray());
     if (!extensions.isEmpty())
       request.addValue(BQSTR("/VXXMLRPCTopLevelExtensions"), extensions.getImmutableArray());

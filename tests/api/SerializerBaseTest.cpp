@@ -141,7 +141,7 @@ TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
     base.addDeserializationOverride(make(row.typeNamespace), make(row.typeName), returnTrue, nullptr);
     std::string matched;
     for (auto [label, element] : elements) {
-      vx::AutoDict namespaces;
+      vx::NamespaceMap namespaces;
       namespaces.addValue(BQSTR("ns"), BQSTR("urn:ns"));
       if (label == "default"sv) namespaces.addValue(BQSTR("__defaultNamespace"), BQSTR("urn:default"));
       Value document = tree(element);
@@ -168,7 +168,7 @@ TEST(SerializerBase, TheFirstOverrideForReadingDecidesBehindTheParents) {
   auto read = [&](const char* document) {
     Value parsed = tree(document);
     const BQTree* root = BQTreeGetFirstChild(parsed);
-    return notation(Value::adopt(child.deserilizeOverride(root, vx::AutoDict(), nullptr, parsed)).get());
+    return notation(Value::adopt(child.deserilizeOverride(root, vx::NamespaceMap(), nullptr, parsed)).get());
   };
   EXPECT_EQ(read("<a/>") + read("<b/>"), "'first''second'");
   child.setParentSerializer(&parent);

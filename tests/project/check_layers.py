@@ -46,8 +46,9 @@ def is_allowed(mark, header, room, items):
 
 def find_sources(root):
     """Every source by the name that an include line or the table uses for it."""
-    for base, tops in (("include", "."), ("src", "."), (".", "tools"), (".", "examples"), (".", "bench")):
-        for path in sorted((root / base / tops).rglob("*")):
+    places = [("include", "."), ("src", ".")] + [(".", top) for top in ("tools", "examples", "bench", "fuzz")]
+    for base, top in places:
+        for path in sorted((root / base / top).rglob("*")):
             if path.suffix in SUFFIXES:
                 yield path.relative_to(root / base).as_posix(), path
 

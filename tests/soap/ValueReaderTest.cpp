@@ -24,7 +24,7 @@ const std::string kNamespaces =
 std::string readIn(vx::SOAPProtocolHandler& handler, const std::string& children) {
   Value document = tree("<root" + kNamespaces + ">" + children + "</root>");
   const BQTree* root = BQTreeGetFirstChild(document);
-  vx::AutoDict namespaces;
+  vx::NamespaceMap namespaces;
   vx::xmlGetElementNamespaces(root, &namespaces);
   vx::ReferenceBudget budget;
   vx::SOAPValueReader reader(root, &handler, &budget);
@@ -156,7 +156,7 @@ TEST(SOAPValue, MayStandElsewhere) {
 TEST(SOAPValue, AttributesAreFoundByNamespaceAndName) {
   Value document = tree("<e" + kNamespaces + " s:id='1' ID='2' xsi:id='3' un:href='4'/>");
   const BQTree* element = BQTreeGetFirstChild(document);
-  vx::AutoDict namespaces;
+  vx::NamespaceMap namespaces;
   vx::xmlGetElementNamespaces(element, &namespaces);
   auto find = [&](const BQString* uri, std::string_view name) {
     const BQString* value = vx::getNodeAttribute(element, namespaces, uri, name);

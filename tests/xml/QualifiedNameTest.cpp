@@ -29,8 +29,8 @@ TEST(QualifiedName, SplitsAtTheFirstBar) {
 }
 
 TEST(QualifiedName, ResolvesAgainstTheNamespacesInForce) {
-  vx::AutoDict none, prefixes, both;
-  for (vx::AutoDict* map : {&prefixes, &both}) map->addValue(BQSTR("p"), BQSTR("urn:p"));
+  vx::NamespaceMap none, prefixes, both;
+  for (vx::NamespaceMap* map : {&prefixes, &both}) map->addValue(BQSTR("p"), BQSTR("urn:p"));
   both.addValue(BQSTR("__defaultNamespace"), BQSTR("urn:default"));
   const struct {
     const char* name;
@@ -49,7 +49,7 @@ TEST(QualifiedName, ResolvesAgainstTheNamespacesInForce) {
   };
   for (const auto& row : rows) {
     Value name = string(row.name);
-    auto resolved = [&](const vx::AutoDict& map) {
+    auto resolved = [&](const vx::NamespaceMap& map) {
       return split([&](auto... out) { vx::xmlNamespaceQualify(map, name, out...); });
     };
     EXPECT_EQ(resolved(none), row.withNone) << row.name;

@@ -56,6 +56,11 @@ ListenSocket::~ListenSocket() {
   close(descriptor_);
 }
 
+void ListenSocket::refuse() const {
+  /* Closing it is not for now: the server's threads may still look at the descriptor. */
+  shutdown(descriptor_, SHUT_RDWR);
+}
+
 std::string ListenSocket::url() const {
   sockaddr_storage address = {};
   socklen_t length = sizeof address;

@@ -67,6 +67,15 @@ const BQString* writeSOAPNumber(VXMethodInvocationRef, BQTypeRef value, void*) {
   return createString("<%@ xsi:type=\"xsd:double\">" + schemaTextOf(doubleOf(value)) + "</%@>");
 }
 
+/* The attributes that the two generations of XML Schema have for it. */
+const BQString* writeNilOf2001(VXMethodInvocationRef, BQTypeRef, void*) {
+  return BQSTR("<%@ xsi:nil=\"true\"/>");
+}
+
+const BQString* writeNilOf1999(VXMethodInvocationRef, BQTypeRef, void*) {
+  return BQSTR("<%@ xsi:null=\"1\"/>");
+}
+
 }  // namespace
 
 void setXMLRPCForms(VXProtocolHandlerRef handler) {
@@ -75,7 +84,9 @@ void setXMLRPCForms(VXProtocolHandlerRef handler) {
   VXProtocolHandlerSetSerializationOverride(handler, BQNullGetTypeID(), writeXMLRPCNull, nullptr);
 }
 
-void setSOAPForms(VXProtocolHandlerRef handler) {
+void setSOAPForms(VXProtocolHandlerRef handler, bool isOf1999) {
+  VXSerializeOverrideFunc writeNil = isOf1999 ? writeNilOf1999 : writeNilOf2001;
+  VXProtocolHandlerSetSerializationOverride(handler, BQNullGetTypeID(), writeNil, nullptr);
   VXProtocolHandlerSetSerializationOverride(handler, BQNumberGetTypeID(), writeSOAPNumber, nullptr);
 }
 

@@ -100,7 +100,7 @@ const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
   return result.release();
 }
 
-BQTypeRef VXSerializerBase::deserilizeOverride(const BQTree* tree, const AutoDict& namespaces,
+BQTypeRef VXSerializerBase::deserilizeOverride(const BQTree* tree, const NamespaceMap& namespaces,
                                                const BQString* typeString, const BQTree* root) {
   if (parentSerializer != nullptr) {
     BQTypeRef inherited = parentSerializer->deserilizeOverride(tree, namespaces, typeString, root);

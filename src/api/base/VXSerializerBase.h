@@ -8,8 +8,8 @@
 
 #include <vector>
 
-#include "values/AutoDict.h"
 #include "values/Owned.h"
+#include "xml/NamespaceMap.h"
 
 namespace vx {
 
@@ -51,7 +51,7 @@ class VXSerializerBase {
    * The value that an override makes of an element, owned by the caller, or null. The names in
    * force are `namespaces`; `typeString` is handed on to the parent.
    */
-  BQTypeRef deserilizeOverride(const BQTree* tree, const AutoDict& namespaces, const BQString* typeString,
+  BQTypeRef deserilizeOverride(const BQTree* tree, const NamespaceMap& namespaces, const BQString* typeString,
                                const BQTree* root);
 
   /* Copies a context and retains its info; a null source gives zeros. */

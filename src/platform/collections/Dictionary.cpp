@@ -76,14 +76,16 @@ struct BQDictionary : bq::Object {
   }
 
   void remove(BQTypeRef key) {
-    size_t position = findPosition(key);
+    size_t position = index_ != nullptr ? takeFromIndex(key) : findPosition(key);
     if (position == kNowhere) return;
     bq::Pair removed = pairs_[position];
     if (index_ == nullptr) {
       pairs_.erase(pairs_.begin() + static_cast<std::ptrdiff_t>(position));
     } else {
       pairs_[position] = {nullptr, nullptr};
-      if (++removed_ > pairs_.size() / 2) rebuildIndex();
+      ++removed_;
+      for (; !pairs_.empty() && pairs_.back().key == nullptr; --removed_) pairs_.pop_back();
+      if (removed_ > pairs_.size() / 2) rebuildIndex();
     }
     BQRelease(removed.key);
     BQRelease(removed.value);
@@ -107,18 +109,25 @@ struct BQDictionary : bq::Object {
  private:
   static constexpr size_t kNowhere = SIZE_MAX;
 
+  struct HasKey {
+    const std::vector<bq::Pair>& pairs;
+    BQTypeRef key;
+    bool operator()(uint32_t entry) const { return bq::equalKeys(pairs[entry].key, key); }
+  };
+
   size_t findPosition(BQTypeRef key) const {
-    if (index_ != nullptr) {
-      uint32_t entry = index_->find(bq::hashKey(key), [this, key](uint32_t candidate) {
-        return bq::equalKeys(pairs_[candidate].key, key);
-      });
-      return entry == bq::HashIndex::kNone ? kNowhere : entry;
-    }
+    if (index_ != nullptr) return positionOf(index_->find(bq::hashKey(key), HasKey{pairs_, key}));
     for (size_t i = 0; i < pairs_.size(); ++i) {
       if (bq::equalKeys(pairs_[i].key, key)) return i;
     }
     return kNowhere;
   }
+
+  size_t takeFromIndex(BQTypeRef key) {
+    return positionOf(index_->remove(bq::hashKey(key), HasKey{pairs_, key}));
+  }
+
+  static size_t positionOf(uint32_t entry) { return entry == bq::HashIndex::kNone ? kNowhere : entry; }
 
   void rebuildIndex() {
     std::erase_if(pairs_, [](const bq::Pair& pair) { return pair.key == nullptr; });

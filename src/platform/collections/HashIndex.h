@@ -2,6 +2,7 @@
 #ifndef BQ_COLLECTIONS_HASH_INDEX_H
 #define BQ_COLLECTIONS_HASH_INDEX_H
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -36,12 +37,16 @@ class HashIndex {
   /* The first entry of that hash for which `matches` holds. */
   template <class Matches>
   uint32_t find(uint32_t hash, Matches matches) const {
-    for (size_t position = hash & mask(); slots_[position].entry != kNone;
-         position = (position + 1) & mask()) {
-      const Slot& slot = slots_[position];
-      if (slot.hash == hash && matches(slot.entry)) return slot.entry;
-    }
-    return kNone;
+    return slots_[slotOf(hash, matches)].entry;
+  }
+
+  /* Takes that entry out. Nothing is left in its place, so that one key may come and go for ever. */
+  template <class Matches>
+  uint32_t remove(uint32_t hash, Matches matches) {
+    size_t position = slotOf(hash, matches);
+    uint32_t entry = slots_[position].entry;
+    if (entry != kNone) closeGap(position);
+    return entry;
   }
 
  private:
@@ -51,6 +56,30 @@ class HashIndex {
   };
 
   size_t mask() const { return slots_.size() - 1; }
+
+  /* Where the entry is, or else the free slot that ended the search. */
+  template <class Matches>
+  size_t slotOf(uint32_t hash, Matches matches) const {
+    size_t position = hash & mask();
+    while (slots_[position].entry != kNone) {
+      const Slot& slot = slots_[position];
+      if (slot.hash == hash && matches(slot.entry)) break;
+      position = (position + 1) & mask();
+    }
+    return position;
+  }
+
+  /* Moves back the slots behind a removed one that their search would no longer reach. */
+  void closeGap(size_t gap) {
+    for (size_t next = (gap + 1) & mask(); slots_[next].entry != kNone; next = (next + 1) & mask()) {
+      size_t wanted = slots_[next].hash & mask();
+      if (((next - wanted) & mask()) < ((next - gap) & mask())) continue;
+      slots_[gap] = slots_[next];
+      gap = next;
+    }
+    slots_[gap].entry = kNone;
+    --used_;
+  }
 
   std::vector<Slot> slots_;
   size_t used_ = 0;

@@ -27,6 +27,8 @@ $soap->serializer->typelookup->{base64} = [1000, sub { 0 }, 'as_base64'];
 
 sub data {
     my ($name, $type, $value) = @{$_[0]};
+    # Bytes, that is; characters would be sent in UTF-8.
+    utf8::downgrade($value) if defined $type && $type eq 'base64';
     my $data = SOAP::Data->name($name => $value);
     return defined $type ? $data->type($type) : $data;
 }

@@ -1,0 +1,45 @@
+/* Property lists, and the invocations that are serialized as such. */
+#include <VX/VX.h>
+
+#include "Fuzz.h"
+
+namespace {
+
+using namespace fuzz;
+
+Owned<const void> readList(const BQData* document) {
+  const BQString* error = nullptr;
+  auto value = own(BQPropertyListCreateFromXMLData(document, &error));
+  auto ownedError = own(error);
+  check((value == nullptr) == (error != nullptr));
+  return value;
+}
+
+/* Every list that is read can be written, and reads back as it was. */
+void checkList(const BQData* document) {
+  auto value = readList(document);
+  if (value == nullptr) return;
+  auto written = own(BQPropertyListCreateXMLData(value.get()));
+  check(written != nullptr);
+  check(BQEqual(readList(written.get()).get(), value.get()));
+}
+
+/* The serialized form of what was made from serialized bytes makes the same again. */
+void checkInvocation(const BQData* document) {
+  auto invocation = own(VXMethodInvocationCreateFromSerialization(document));
+  if (invocation == nullptr) return;
+  auto written = own(VXMethodInvocationCopySerialization(invocation.get()));
+  check(written != nullptr);
+  auto again = own(VXMethodInvocationCreateFromSerialization(written.get()));
+  check(again != nullptr);
+  check(viewOf(own(VXMethodInvocationCopySerialization(again.get())).get()) == viewOf(written.get()));
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+  auto document = own(BQDataCreate(bytes, static_cast<BQIndex>(size)));
+  checkList(document.get());
+  checkInvocation(document.get());
+  return 0;
+}
