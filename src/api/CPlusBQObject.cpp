@@ -5,6 +5,7 @@
 
 namespace vx {
 
+// NOLINTNEXTLINE(readability-non-const-parameter): it is written through the atomic reference.
 BQTypeID CPlusBQObject::ensureTypeID(const BQRuntimeClass* runtimeClass, BQTypeID* typeIDSlot) {
   const std::atomic_ref<BQTypeID> typeID(*typeIDSlot);
   if (BQTypeID known = typeID.load(std::memory_order_acquire)) return known;

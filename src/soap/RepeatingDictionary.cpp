@@ -28,10 +28,11 @@ BQTypeRef RepeatingDictionary::replace(const BQString* name, BQTypeRef present) 
   auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
                                 : BQArrayCreateMutable(0));
   if (!isArrayValue) BQArrayAppendValue(array.get(), present);
-  BQDictionarySetValue(dictionary_.get(), name, array.get());
+  BQTypeRef made = array.get();
+  BQDictionarySetValue(dictionary_.get(), name, made);
   if (made_ == nullptr) made_ = std::make_unique<std::unordered_set<BQTypeRef>>();
-  made_->insert(array.get());
-  return array.get();
+  made_->insert(made);
+  return made;
 }
 
 }  // namespace vx

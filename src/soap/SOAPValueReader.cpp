@@ -41,6 +41,10 @@ bool isNamed(std::string_view text, std::string_view name) {
   return equalIgnoringCase(text, name);
 }
 
+bool isContainer(VXTypeID kind) {
+  return kind == kVXTypeArray || kind == kVXTypeDictionary;
+}
+
 bool isSchemaNamespace(const BQString* uri) {
   return BQStringEqualsIgnoringCase(uri, VX_SOAP_1999_SCHEMA_NAMESPACE) ||
          BQStringEqualsIgnoringCase(uri, VX_SOAP_2001_SCHEMA_NAMESPACE);
@@ -109,6 +113,12 @@ bool isArray(const BQTree* element, const NamespaceMap& namespaces) {
          getNodeAttribute(element, namespaces, VX_SOAP_2001_ENCODING_NAMESPACE, "arrayType") != nullptr;
 }
 
+/* The value of an element that has no content. */
+static Owned<const void> makeEmpty(const BQTree* element, const NamespaceMap& namespaces) {
+  if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
+  return own<const void>(kBQNull);
+}
+
 SOAPValueReader::SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget)
     : root_(root),
       handler_(*handler),
@@ -137,12 +147,12 @@ void SOAPValueReader::fail(const BQString* message) {
 }
 
 /*
- * Bounds the work on a document; a failure has set the message. An element that refers to another is a
- * level of its own, as it is on the stack.
+ * Bounds the work on a document; a failure has set the message. An element that refers to another and
+ * the one that stands for it are one level of values.
  */
 bool SOAPValueReader::enter(const BQTree* element) {
-  const BQString* message =
-      inProgress_.size() >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
+  const size_t depth = inProgress_.size() - static_cast<size_t>(references_);
+  const BQString* message = depth >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
   if (message != nullptr) {
     fail(message);
     return false;
@@ -166,23 +176,17 @@ Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, Namespac
   if (!enter(element)) return nullptr;
   NamespaceMap::Scope scope(namespaces);
   xmlGetElementNamespaces(element, &namespaces);
-  auto value = readElement(element, namespaces);
+  const BQTree* child = BQTreeGetFirstChild(element);
+  auto value = readByOverride(element, namespaces);
+  if (value == nullptr && child != nullptr) value = readByOverride(child, namespaces);
+  if (value == nullptr && child != nullptr) {
+    value = readSubject({element, namespaces});
+  } else if (value == nullptr) {
+    const BQString* reference = getSoapNodeAttribute(element, namespaces, "href");
+    value = reference != nullptr ? readReference(reference, namespaces) : makeEmpty(element, namespaces);
+  }
   inProgress_.pop_back();
   return value;
-}
-
-Owned<const void> SOAPValueReader::readElement(const BQTree* element, NamespaceMap& namespaces) {
-  if (auto value = readByOverride(element, namespaces)) return value;
-  const BQTree* child = BQTreeGetFirstChild(element);
-  if (child != nullptr) {
-    if (auto value = readByOverride(child, namespaces)) return value;
-    return readSubject({element, namespaces});
-  }
-  if (const BQString* reference = getSoapNodeAttribute(element, namespaces, "href")) {
-    return readReference(reference, namespaces);
-  }
-  if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
-  return own<const void>(kBQNull);
 }
 
 Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const NamespaceMap& namespaces) {
@@ -190,7 +194,8 @@ Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const N
   return own(handler_.deserilizeOverride(element, namespaces, getElementName(element), root_));
 }
 
-Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
+/* The element that a reference leads to; null, and a message, if it must not be read. */
+const BQTree* SOAPValueReader::findAnchor(const BQString* reference, const NamespaceMap& namespaces) {
   BQIndex length = BQStringGetLength(reference);
   BQIndex start = textOf(reference).starts_with('#') ? 1 : 0;
   auto id = own(BQStringCreateSubstring(reference, BQRangeMake(start, length - start)));
@@ -199,13 +204,14 @@ Owned<const void> SOAPValueReader::readReference(const BQString* reference, Name
     fail(BQSTR("Can't locate anchor element in reply"));
   } else if (std::find(inProgress_.begin(), inProgress_.end(), anchor) != inProgress_.end()) {
     fail(BQSTR("A reference leads back to the element that holds it"));
-  } else {
-    return readAnchor(anchor, namespaces);
+    return nullptr;
   }
-  return nullptr;
+  return anchor;
 }
 
-Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, NamespaceMap& namespaces) {
+Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
+  const BQTree* anchor = findAnchor(reference, namespaces);
+  if (anchor == nullptr) return nullptr;
   int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
   ++references_;
   repeats_ += repeat;
@@ -226,21 +232,18 @@ const BQString* SOAPValueReader::typeNameOf(const Subject& subject) {
   return treeIsElement(subject.firstChild()) ? dictionaryType : stringType;
 }
 
+/*
+ * Containers are read from here and nowhere else: each further function on the way from one level to
+ * the next would be on the stack 512 times.
+ */
 Owned<const void> SOAPValueReader::readSubject(const Subject& subject) {
   const BQString* typeName = typeNameOf(subject);
   VXTypeID kind = types_.kindOf(typeName, subject.namespaces);
-  Owned<const void> value;
-  /* Not by way of a further function: what is nested deep must find room on a small stack. */
-  if (kind == kVXTypeArray) {
-    value = parseSOAPArray(subject);
-  } else if (kind == kVXTypeDictionary) {
-    value = parseSOAPDictionary(subject);
-  } else {
-    value = readScalar(kind, subject);
-  }
-  if (value == nullptr && !failed()) value = readBySlowPath(typeName, subject);
-  if (value == nullptr && !failed()) value = readFallback(subject);
-  return value;
+  auto value = readScalar(kind, subject);
+  if (value == nullptr && !isContainer(kind)) value = readBySlowPath(typeName, subject, &kind);
+  if (value == nullptr && !isContainer(kind) && !failed()) value = readFallback(subject, &kind);
+  if (value != nullptr || failed()) return value;
+  return kind == kVXTypeArray ? parseSOAPArray(subject) : parseSOAPDictionary(subject);
 }
 
 Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subject) {
@@ -268,7 +271,9 @@ Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subj
   return nullptr;
 }
 
-Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject) {
+/* The value, or null and perhaps the kind of a container. */
+Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject,
+                                                  VXTypeID* kind) {
   if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), typeName);
   if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", typeName);
   const BQString* uri = nullptr;
@@ -278,8 +283,9 @@ Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, cons
   auto ownedLocal = own(local);
   std::string_view type = textOf(local);
   bool isEncoding = isEncodingNamespace(uri);
-  if (isEncoding && isNamed(type, "Dictionary")) return parseSOAPDictionary(subject);
-  if (isEncoding && isNamed(type, "Array")) return parseSOAPArray(subject);
+  if (isEncoding && isNamed(type, "Dictionary")) *kind = kVXTypeDictionary;
+  if (isEncoding && isNamed(type, "Array")) *kind = kVXTypeArray;
+  if (isContainer(*kind)) return nullptr;
   if (isEncoding || isSchemaNamespace(uri))
     return readSchemaType(isEncoding ? std::string_view() : type, local, subject);
   return nullptr;
@@ -306,13 +312,12 @@ Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const B
   return isBinary ? own<const void>(decodeBinaryData(text)) : nullptr;
 }
 
-Owned<const void> SOAPValueReader::readFallback(const Subject& subject) {
-  if (isArray(subject.element, subject.namespaces)) return parseSOAPArray(subject);
+/* A text, or null and the kind of a container. */
+Owned<const void> SOAPValueReader::readFallback(const Subject& subject, VXTypeID* kind) {
+  *kind = isArray(subject.element, subject.namespaces) ? kVXTypeArray : kVXTypeDictionary;
   const BQTree* child = subject.firstChild();
-  if (child != nullptr && BQTreeGetNextSibling(child) == nullptr) {
-    if (auto text = own<const void>(copyXMLStringFromTree(child))) return text;
-  }
-  return parseSOAPDictionary(subject);
+  bool mayBeText = *kind == kVXTypeDictionary && child != nullptr && BQTreeGetNextSibling(child) == nullptr;
+  return mayBeText ? own<const void>(copyXMLStringFromTree(child)) : nullptr;
 }
 
 Owned<const void> SOAPValueReader::parseSOAPArray(const Subject& subject) {

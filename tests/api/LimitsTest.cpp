@@ -211,8 +211,8 @@ Value chainOfReferences(int length) {
 
 TEST(Limits, ReferencesAreFollowedToTheirDepth) {
   values::runOnSmallStack([] {
-    EXPECT_TRUE(isUsable(readReply(kVXSOAP2001Protocol, chainOfReferences(255))));
-    for (int length : {256, 100'000}) {
+    EXPECT_TRUE(isUsable(readReply(kVXSOAP2001Protocol, chainOfReferences(510))));
+    for (int length : {512, 100'000}) {
       Value result = readReply(kVXSOAP2001Protocol, chainOfReferences(length));
       EXPECT_NE(support::notation(result.get()).find("Values are nested too deep"), std::string::npos);
     }
