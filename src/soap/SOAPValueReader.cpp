@@ -6,6 +6,7 @@
 
 #include "diag/Log.h"
 #include "diag/Switches.h"
+#include "soap/RepeatingDictionary.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "xml/Base64.h"
 #include "xml/ElementWalk.h"
@@ -75,35 +76,6 @@ std::string_view localPart(std::string_view name) {
   return colon == std::string_view::npos || colon == 0 ? name : name.substr(colon + 1);
 }
 
-/* A dictionary in which the values of a repeated name become an array. */
-class RepeatingDictionary {
- public:
-  void add(const BQString* name, BQTypeRef value) {
-    BQTypeRef present = BQDictionaryGetValue(dictionary_.get(), name);
-    if (present == nullptr) return BQDictionarySetValue(dictionary_.get(), name, value);
-    if (!made_.contains(present)) present = replace(name, present);
-    BQArrayAppendValue(static_cast<BQArray*>(const_cast<void*>(present)), value);
-  }
-
-  Owned<const void> copy() const { return own<const void>(BQDictionaryCreateCopy(dictionary_.get())); }
-
- private:
-  /* Puts an array in place of a value: a copy of it if it is one, else one that holds it. */
-  BQTypeRef replace(const BQString* name, BQTypeRef present) {
-    bool isArrayValue = BQGetTypeID(present) == BQArrayGetTypeID();
-    auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
-                                  : BQArrayCreateMutable(0));
-    if (!isArrayValue) BQArrayAppendValue(array.get(), present);
-    BQTypeRef made = array.get();
-    BQDictionarySetValue(dictionary_.get(), name, made);
-    made_.insert(made);
-    return made;
-  }
-
-  Owned<BQDictionary> dictionary_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
-  std::unordered_set<BQTypeRef> made_;
-};
-
 }  // namespace
 
 const BQString* getNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
@@ -165,12 +137,12 @@ void SOAPValueReader::fail(const BQString* message) {
 }
 
 /*
- * Bounds the work on a document; a failure has set the message. An element that refers to another and
- * the one that stands for it are one level of values.
+ * Bounds the work on a document; a failure has set the message. An element that refers to another is a
+ * level of its own, as it is on the stack.
  */
 bool SOAPValueReader::enter(const BQTree* element) {
-  const size_t depth = inProgress_.size() - static_cast<size_t>(references_);
-  const BQString* message = depth >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
+  const BQString* message =
+      inProgress_.size() >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
   if (message != nullptr) {
     fail(message);
     return false;
@@ -256,13 +228,22 @@ const BQString* SOAPValueReader::typeNameOf(const Subject& subject) {
 
 Owned<const void> SOAPValueReader::readSubject(const Subject& subject) {
   const BQString* typeName = typeNameOf(subject);
-  auto value = readKind(types_.kindOf(typeName, subject.namespaces), subject);
+  VXTypeID kind = types_.kindOf(typeName, subject.namespaces);
+  Owned<const void> value;
+  /* Not by way of a further function: what is nested deep must find room on a small stack. */
+  if (kind == kVXTypeArray) {
+    value = parseSOAPArray(subject);
+  } else if (kind == kVXTypeDictionary) {
+    value = parseSOAPDictionary(subject);
+  } else {
+    value = readScalar(kind, subject);
+  }
   if (value == nullptr && !failed()) value = readBySlowPath(typeName, subject);
   if (value == nullptr && !failed()) value = readFallback(subject);
   return value;
 }
 
-Owned<const void> SOAPValueReader::readKind(VXTypeID kind, const Subject& subject) {
+Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subject) {
   const BQString* text = subject.text();
   switch (kind) {
     case kVXTypeNull:
@@ -280,9 +261,7 @@ Owned<const void> SOAPValueReader::readKind(VXTypeID kind, const Subject& subjec
     case kVXTypeData:
       return own<const void>(decodeBinaryData(text));
     case kVXTypeArray:
-      return parseSOAPArray(subject);
     case kVXTypeDictionary:
-      return parseSOAPDictionary(subject);
     case kVXTypeUnknown:
       return nullptr;
   }

@@ -67,7 +67,7 @@ class SOAPValueReader {
   Owned<const void> readReference(const BQString* reference, NamespaceMap& namespaces);
   Owned<const void> readAnchor(const BQTree* anchor, NamespaceMap& namespaces);
   Owned<const void> readByOverride(const BQTree* element, const NamespaceMap& namespaces);
-  Owned<const void> readKind(VXTypeID kind, const Subject& subject);
+  Owned<const void> readScalar(VXTypeID kind, const Subject& subject);
   Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject);
   Owned<const void> readSchemaType(std::string_view type, const BQString* typeName, const Subject& subject);
   Owned<const void> readFallback(const Subject& subject);
