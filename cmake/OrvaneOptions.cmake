@@ -29,7 +29,7 @@ add_library(orvane_build INTERFACE)
 target_compile_options(orvane_build INTERFACE -Wall -Wextra -fno-semantic-interposition)
 # GCC 12 warns, at -O3, of what the joining of two std::string does (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  target_compile_options(orvane_build INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+  target_compile_options(orvane_build INTERFACE $<$<AND:$<COMPILE_LANGUAGE:CXX>,$<CONFIG:Release>>:-Wno-restrict>)
 endif()
 if(ORVANE_WERROR)
   target_compile_options(orvane_build INTERFACE -Werror)
