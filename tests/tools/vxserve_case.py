@@ -1,4 +1,5 @@
 """What the tests of vxserve share: the server under test, and exchanges with it byte by byte."""
+import atexit
 import contextlib
 import http.client
 import os
@@ -33,6 +34,8 @@ class Server:
     def __init__(self, *arguments):
         self.process = subprocess.Popen([VXSERVE, "--port", "0", *map(str, arguments)], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        # A test that fails before it stops its server must not leave it behind.
+        atexit.register(self.process.kill)
         line = self.process.stdout.readline().decode()
         self.root = line.removeprefix("listening on ").rstrip("\n")
         self.port = int(self.root.rstrip("/").rsplit(":", 1)[1])
