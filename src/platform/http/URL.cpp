@@ -137,26 +137,30 @@ std::string withStandIn(std::string_view reference, std::string_view authority) 
   return text.replace(position, authority.size() + 2, kStandIn);
 }
 
-/* The text of a relative reference seen from a base; null if there is no such URL. */
-Text resolve(const BQURL* base, std::string_view reference) {
-  std::string_view start = textOf(base->text.get());
-  if (reference.starts_with('#')) {
-    return Text::adopt(makeText(std::string(start.substr(0, start.find('#'))).append(reference)));
-  }
+/*
+ * The text of a relative reference seen from an absolute URL; null if there is no such URL. Of a URL
+ * without an authority libcurl would take the start of the path for one.
+ */
+Text resolveAgainst(std::string_view base, std::string_view reference) {
   Pieces from, to;
-  if (!takeApart(start, from) || !takeApart(reference, to)) return {};
+  if (!takeApart(base, from) || !takeApart(reference, to) || from.authority.empty()) return {};
   CurlURL url;
   unsigned flags = CURLU_NON_SUPPORT_SCHEME;
-  if (url.set(CURLUPART_URL, withStandIn(start, from.authority).c_str(), flags) != CURLUE_OK) return {};
+  if (url.set(CURLUPART_URL, withStandIn(base, from.authority).c_str(), flags) != CURLUE_OK) return {};
   url.set(CURLUPART_FRAGMENT, nullptr);
   if (url.set(CURLUPART_URL, withStandIn(reference, to.authority).c_str(), flags) != CURLUE_OK) return {};
   std::string text = url.get(CURLUPART_URL);
-  std::string_view authority = to.authority.empty() ? from.authority : to.authority;
   size_t position = text.find(':') + 1;
-  if (!authority.empty() && text.compare(position, kStandIn.size(), kStandIn) == 0) {
-    text.replace(position + 2, kStandIn.size() - 2, authority);
-  }
-  return Text::adopt(makeText(text));
+  if (text.compare(position, kStandIn.size(), kStandIn) != 0) return {};
+  std::string_view authority = to.authority.empty() ? from.authority : to.authority;
+  return Text::adopt(makeText(text.replace(position + 2, kStandIn.size() - 2, authority)));
+}
+
+/* The text of a relative reference seen from a base; null if there is no such URL. */
+Text resolve(const BQURL* base, std::string_view reference) {
+  std::string_view start = textOf(base->text.get());
+  if (!reference.starts_with('#')) return resolveAgainst(start, reference);
+  return Text::adopt(makeText(std::string(start.substr(0, start.find('#'))).append(reference)));
 }
 
 }  // namespace
