@@ -5,6 +5,7 @@
 #include "Codec.h"
 #include "Payload.h"
 #include "Responder.h"
+#include "ToolServer.h"
 
 namespace bench {
 namespace {
@@ -12,15 +13,13 @@ namespace {
 /* A call of a server that answers with the argument that it was sent. */
 class EchoCall {
  public:
-  explicit EchoCall(const Payload& payload)
-      : parameters_(makeParameters(payload)),
-        responder_(bytesOf(Codec::xmlRPC().checkedReply(payload).get())) {}
+  EchoCall(const Payload& payload, std::string url)
+      : parameters_(makeParameters(payload)), url_(std::move(url)) {}
 
-  std::string url() const { return responder_.url(); }
+  const std::string& url() const { return url_; }
 
   Owned<const BQURL> makeURL() const {
-    const std::string text = url();
-    const auto string = own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+    const auto string = own(BQStringCreateWithUTF8(url_.data(), static_cast<BQIndex>(url_.size())));
     return own(BQURLCreateWithString(string.get(), nullptr));
   }
 
@@ -45,7 +44,7 @@ class EchoCall {
   }
 
   Owned<const BQDictionary> parameters_;
-  Responder responder_;
+  std::string url_;
 };
 
 bool invoke(const Owned<void>& invocation) {
@@ -98,30 +97,40 @@ void callWithCurl(benchmark::State& state, const EchoCall& call) {
 }
 
 struct Kind {
-  const char* prefix;
+  const char* name;
   void (*run)(benchmark::State& state, const EchoCall& call);
 };
 
 constexpr Kind kKinds[] = {
-    {"call/", callWithNewInvocations}, {"call-again/", callWithOneInvocation}, {"curl/", callWithCurl}};
+    {"call", callWithNewInvocations}, {"call-again", callWithOneInvocation}, {"curl", callWithCurl}};
 
-/* The server starts with the first benchmark that needs it, and serves all of them. */
+/* A server starts with the first benchmark that needs it, and serves all of them. */
 template <const Payload& (*payload)()>
-const EchoCall& sharedCall() {
-  static const EchoCall call(payload());
+const EchoCall& callOfResponder() {
+  static const Responder server(bytesOf(Codec::xmlRPC().checkedReply(payload()).get()));
+  static const EchoCall call(payload(), server.url());
   return call;
+}
+
+template <const Payload& (*payload)()>
+const EchoCall& callOfTool() {
+  static const ToolServer server;
+  static const EchoCall call(payload(), server.url());
+  return call;
+}
+
+void add(const std::string& name, const Kind& kind, const EchoCall& (*call)()) {
+  auto run = [&kind, call](benchmark::State& state) { kind.run(state, call()); };
+  benchmark::RegisterBenchmark(name.c_str(), run)->UseRealTime();
 }
 
 const bool registered = [] {
   for (const Kind& kind : kKinds) {
-    const auto add = [&kind](const Payload& payload, const EchoCall& (*call)()) {
-      benchmark::RegisterBenchmark((kind.prefix + payload.name).c_str(), [&kind,
-                                                                          call](benchmark::State& state) {
-        kind.run(state, call());
-      })->UseRealTime();
-    };
-    add(integerPayload(), sharedCall<integerPayload>);
-    add(structPayload(), sharedCall<structPayload>);
+    const std::string name = kind.name;
+    add(name + "/int", kind, callOfResponder<integerPayload>);
+    add(name + "/struct", kind, callOfResponder<structPayload>);
+    add(name + "-vxserve/int", kind, callOfTool<integerPayload>);
+    add(name + "-vxserve/struct", kind, callOfTool<structPayload>);
   }
   return true;
 }();

@@ -19,9 +19,6 @@
 namespace bench {
 namespace {
 
-constexpr int kClientProcessor = 0;
-constexpr int kServerProcessor = 1;
-
 [[noreturn]] void fail(const char* what) {
   std::perror(what);
   std::exit(1);

@@ -30,6 +30,10 @@ class Responder {
   uint16_t port_ = 0;
 };
 
+/* Where the two ends of a call run, so that neither waits for the other's processor. */
+constexpr int kClientProcessor = 0;
+constexpr int kServerProcessor = 1;
+
 /* Runs this process, and those that it starts from now on, on one processor. False if there is none. */
 bool pinToProcessor(int processor);
 

@@ -2,10 +2,9 @@
  * A method invocation: one remote procedure call, its parameters and its properties.
  *
  * An invocation is an object of the platform layer: BQRetain, BQRelease and the other functions of
- * BQObject.h work on it; it compares by identity. One thread at a time may use it. The first create
- * call of the process, or a call of VXMethodInvocationGetTypeID, must be done before several
- * threads use the library. Every function does nothing, and returns null or false, for a null
- * invocation.
+ * BQObject.h work on it; it compares by identity. One thread at a time may use it; several threads
+ * may use invocations of their own. Every function does nothing, and returns null or false, for a
+ * null invocation.
  *
  * A call always ends with one result dictionary, whose keys stand in VXConstants.h: the method's
  * return value, or a fault when the server answered with one, the reply could not be used, or the

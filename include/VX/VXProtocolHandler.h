@@ -4,9 +4,8 @@
  * requests and reads replies.
  *
  * A handler is an object of the platform layer, compares by identity, and is used by one thread at
- * a time. The first create call of the process, or a call of VXProtocolHandlerGetTypeID, must be
- * done before several threads use the library. Every function does nothing, and returns null, for
- * a null handler.
+ * a time; several threads may use handlers of their own. Every function does nothing, and returns
+ * null, for a null handler.
  */
 #ifndef VX_PROTOCOL_HANDLER_H
 #define VX_PROTOCOL_HANDLER_H

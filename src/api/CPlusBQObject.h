@@ -10,7 +10,7 @@ namespace vx {
 
 class CPlusBQObject {
  public:
-  /* The identifier in the slot; registers the class first if the slot is 0. */
+  /* The identifier in the slot; registers the class first if the slot is 0. Any thread. */
   static BQTypeID ensureTypeID(const BQRuntimeClass* runtimeClass, BQTypeID* typeIDSlot);
 
   /*

@@ -8,11 +8,12 @@ int32_t gVXDebug;
 int32_t gVXDebugVerbose;
 
 void vxInitStatics() {
-  static bool didInit = false;
-  if (didInit) return;
-  didInit = true;
-  gVXDebug = std::getenv("VXDebug") != nullptr ? 1 : 0;
-  gVXDebugVerbose = std::getenv("VXDebugVerbose") != nullptr ? 1 : 0;
+  static const bool didInit = [] {
+    gVXDebug = std::getenv("VXDebug") != nullptr ? 1 : 0;
+    gVXDebugVerbose = std::getenv("VXDebugVerbose") != nullptr ? 1 : 0;
+    return true;
+  }();
+  static_cast<void>(didInit);
 }
 
 }  // namespace vx

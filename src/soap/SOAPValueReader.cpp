@@ -6,6 +6,7 @@
 
 #include "diag/Log.h"
 #include "diag/Switches.h"
+#include "soap/RepeatingDictionary.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "xml/Base64.h"
 #include "xml/ElementWalk.h"
@@ -38,6 +39,10 @@ Owned<const void> makeBoolean(bool value) {
 
 bool isNamed(std::string_view text, std::string_view name) {
   return equalIgnoringCase(text, name);
+}
+
+bool isContainer(VXTypeID kind) {
+  return kind == kVXTypeArray || kind == kVXTypeDictionary;
 }
 
 bool isSchemaNamespace(const BQString* uri) {
@@ -75,35 +80,6 @@ std::string_view localPart(std::string_view name) {
   return colon == std::string_view::npos || colon == 0 ? name : name.substr(colon + 1);
 }
 
-/* A dictionary in which the values of a repeated name become an array. */
-class RepeatingDictionary {
- public:
-  void add(const BQString* name, BQTypeRef value) {
-    BQTypeRef present = BQDictionaryGetValue(dictionary_.get(), name);
-    if (present == nullptr) return BQDictionarySetValue(dictionary_.get(), name, value);
-    if (!made_.contains(present)) present = replace(name, present);
-    BQArrayAppendValue(static_cast<BQArray*>(const_cast<void*>(present)), value);
-  }
-
-  Owned<const void> copy() const { return own<const void>(BQDictionaryCreateCopy(dictionary_.get())); }
-
- private:
-  /* Puts an array in place of a value: a copy of it if it is one, else one that holds it. */
-  BQTypeRef replace(const BQString* name, BQTypeRef present) {
-    bool isArrayValue = BQGetTypeID(present) == BQArrayGetTypeID();
-    auto array = own(isArrayValue ? BQArrayCreateMutableCopy(0, static_cast<const BQArray*>(present))
-                                  : BQArrayCreateMutable(0));
-    if (!isArrayValue) BQArrayAppendValue(array.get(), present);
-    BQTypeRef made = array.get();
-    BQDictionarySetValue(dictionary_.get(), name, made);
-    made_.insert(made);
-    return made;
-  }
-
-  Owned<BQDictionary> dictionary_ = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
-  std::unordered_set<BQTypeRef> made_;
-};
-
 }  // namespace
 
 const BQString* getNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
@@ -135,6 +111,12 @@ const BQString* getSoapNodeAttribute(const BQTree* element, const NamespaceMap& 
 bool isArray(const BQTree* element, const NamespaceMap& namespaces) {
   return getNodeAttribute(element, namespaces, VX_SOAP_1999_ENCODING_NAMESPACE, "arrayType") != nullptr ||
          getNodeAttribute(element, namespaces, VX_SOAP_2001_ENCODING_NAMESPACE, "arrayType") != nullptr;
+}
+
+/* The value of an element that has no content. */
+static Owned<const void> makeEmpty(const BQTree* element, const NamespaceMap& namespaces) {
+  if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
+  return own<const void>(kBQNull);
 }
 
 SOAPValueReader::SOAPValueReader(const BQTree* root, SOAPProtocolHandler* handler, ReferenceBudget* budget)
@@ -194,23 +176,17 @@ Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, Namespac
   if (!enter(element)) return nullptr;
   NamespaceMap::Scope scope(namespaces);
   xmlGetElementNamespaces(element, &namespaces);
-  auto value = readElement(element, namespaces);
+  const BQTree* child = BQTreeGetFirstChild(element);
+  auto value = readByOverride(element, namespaces);
+  if (value == nullptr && child != nullptr) value = readByOverride(child, namespaces);
+  if (value == nullptr && child != nullptr) {
+    value = readSubject({element, namespaces});
+  } else if (value == nullptr) {
+    const BQString* reference = getSoapNodeAttribute(element, namespaces, "href");
+    value = reference != nullptr ? readReference(reference, namespaces) : makeEmpty(element, namespaces);
+  }
   inProgress_.pop_back();
   return value;
-}
-
-Owned<const void> SOAPValueReader::readElement(const BQTree* element, NamespaceMap& namespaces) {
-  if (auto value = readByOverride(element, namespaces)) return value;
-  const BQTree* child = BQTreeGetFirstChild(element);
-  if (child != nullptr) {
-    if (auto value = readByOverride(child, namespaces)) return value;
-    return readSubject({element, namespaces});
-  }
-  if (const BQString* reference = getSoapNodeAttribute(element, namespaces, "href")) {
-    return readReference(reference, namespaces);
-  }
-  if (isArray(element, namespaces)) return own<const void>(BQArrayCreate(nullptr, 0));
-  return own<const void>(kBQNull);
 }
 
 Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const NamespaceMap& namespaces) {
@@ -218,7 +194,8 @@ Owned<const void> SOAPValueReader::readByOverride(const BQTree* element, const N
   return own(handler_.deserilizeOverride(element, namespaces, getElementName(element), root_));
 }
 
-Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
+/* The element that a reference leads to; null, and a message, if it must not be read. */
+const BQTree* SOAPValueReader::findAnchor(const BQString* reference, const NamespaceMap& namespaces) {
   BQIndex length = BQStringGetLength(reference);
   BQIndex start = textOf(reference).starts_with('#') ? 1 : 0;
   auto id = own(BQStringCreateSubstring(reference, BQRangeMake(start, length - start)));
@@ -227,13 +204,14 @@ Owned<const void> SOAPValueReader::readReference(const BQString* reference, Name
     fail(BQSTR("Can't locate anchor element in reply"));
   } else if (std::find(inProgress_.begin(), inProgress_.end(), anchor) != inProgress_.end()) {
     fail(BQSTR("A reference leads back to the element that holds it"));
-  } else {
-    return readAnchor(anchor, namespaces);
+    return nullptr;
   }
-  return nullptr;
+  return anchor;
 }
 
-Owned<const void> SOAPValueReader::readAnchor(const BQTree* anchor, NamespaceMap& namespaces) {
+Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
+  const BQTree* anchor = findAnchor(reference, namespaces);
+  if (anchor == nullptr) return nullptr;
   int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
   ++references_;
   repeats_ += repeat;
@@ -254,15 +232,21 @@ const BQString* SOAPValueReader::typeNameOf(const Subject& subject) {
   return treeIsElement(subject.firstChild()) ? dictionaryType : stringType;
 }
 
+/*
+ * Containers are read from here and nowhere else: each further function on the way from one level to
+ * the next would be on the stack 512 times.
+ */
 Owned<const void> SOAPValueReader::readSubject(const Subject& subject) {
   const BQString* typeName = typeNameOf(subject);
-  auto value = readKind(types_.kindOf(typeName, subject.namespaces), subject);
-  if (value == nullptr && !failed()) value = readBySlowPath(typeName, subject);
-  if (value == nullptr && !failed()) value = readFallback(subject);
-  return value;
+  VXTypeID kind = types_.kindOf(typeName, subject.namespaces);
+  auto value = readScalar(kind, subject);
+  if (value == nullptr && !isContainer(kind)) value = readBySlowPath(typeName, subject, &kind);
+  if (value == nullptr && !isContainer(kind) && !failed()) value = readFallback(subject, &kind);
+  if (value != nullptr || failed()) return value;
+  return kind == kVXTypeArray ? parseSOAPArray(subject) : parseSOAPDictionary(subject);
 }
 
-Owned<const void> SOAPValueReader::readKind(VXTypeID kind, const Subject& subject) {
+Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subject) {
   const BQString* text = subject.text();
   switch (kind) {
     case kVXTypeNull:
@@ -280,16 +264,16 @@ Owned<const void> SOAPValueReader::readKind(VXTypeID kind, const Subject& subjec
     case kVXTypeData:
       return own<const void>(decodeBinaryData(text));
     case kVXTypeArray:
-      return parseSOAPArray(subject);
     case kVXTypeDictionary:
-      return parseSOAPDictionary(subject);
     case kVXTypeUnknown:
       return nullptr;
   }
   return nullptr;
 }
 
-Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject) {
+/* The value, or null and perhaps the kind of a container. */
+Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject,
+                                                  VXTypeID* kind) {
   if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), typeName);
   if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", typeName);
   const BQString* uri = nullptr;
@@ -299,8 +283,9 @@ Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, cons
   auto ownedLocal = own(local);
   std::string_view type = textOf(local);
   bool isEncoding = isEncodingNamespace(uri);
-  if (isEncoding && isNamed(type, "Dictionary")) return parseSOAPDictionary(subject);
-  if (isEncoding && isNamed(type, "Array")) return parseSOAPArray(subject);
+  if (isEncoding && isNamed(type, "Dictionary")) *kind = kVXTypeDictionary;
+  if (isEncoding && isNamed(type, "Array")) *kind = kVXTypeArray;
+  if (isContainer(*kind)) return nullptr;
   if (isEncoding || isSchemaNamespace(uri))
     return readSchemaType(isEncoding ? std::string_view() : type, local, subject);
   return nullptr;
@@ -327,13 +312,12 @@ Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const B
   return isBinary ? own<const void>(decodeBinaryData(text)) : nullptr;
 }
 
-Owned<const void> SOAPValueReader::readFallback(const Subject& subject) {
-  if (isArray(subject.element, subject.namespaces)) return parseSOAPArray(subject);
+/* A text, or null and the kind of a container. */
+Owned<const void> SOAPValueReader::readFallback(const Subject& subject, VXTypeID* kind) {
+  *kind = isArray(subject.element, subject.namespaces) ? kVXTypeArray : kVXTypeDictionary;
   const BQTree* child = subject.firstChild();
-  if (child != nullptr && BQTreeGetNextSibling(child) == nullptr) {
-    if (auto text = own<const void>(copyXMLStringFromTree(child))) return text;
-  }
-  return parseSOAPDictionary(subject);
+  bool mayBeText = *kind == kVXTypeDictionary && child != nullptr && BQTreeGetNextSibling(child) == nullptr;
+  return mayBeText ? own<const void>(copyXMLStringFromTree(child)) : nullptr;
 }
 
 Owned<const void> SOAPValueReader::parseSOAPArray(const Subject& subject) {

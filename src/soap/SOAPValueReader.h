@@ -62,15 +62,14 @@ class SOAPValueReader {
     const BQString* text() const;
   };
 
-  Owned<const void> readElement(const BQTree* element, NamespaceMap& namespaces);
   Owned<const void> readSubject(const Subject& subject);
+  const BQTree* findAnchor(const BQString* reference, const NamespaceMap& namespaces);
   Owned<const void> readReference(const BQString* reference, NamespaceMap& namespaces);
-  Owned<const void> readAnchor(const BQTree* anchor, NamespaceMap& namespaces);
   Owned<const void> readByOverride(const BQTree* element, const NamespaceMap& namespaces);
-  Owned<const void> readKind(VXTypeID kind, const Subject& subject);
-  Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject);
+  Owned<const void> readScalar(VXTypeID kind, const Subject& subject);
+  Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject, VXTypeID* kind);
   Owned<const void> readSchemaType(std::string_view type, const BQString* typeName, const Subject& subject);
-  Owned<const void> readFallback(const Subject& subject);
+  Owned<const void> readFallback(const Subject& subject, VXTypeID* kind);
   Owned<const void> parseSOAPArray(const Subject& subject);
   Owned<const void> parseSOAPDictionary(const Subject& subject);
   const BQString* typeNameOf(const Subject& subject);

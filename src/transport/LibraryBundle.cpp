@@ -11,11 +11,12 @@ namespace vx {
 BQ_DEFINE_STRING(kLibraryBundleIdentifier, "orvane.vx");
 
 void registerLibraryBundle() {
-  static bool didRegister = false;
-  if (didRegister) return;
-  didRegister = true;
-  auto info = own(bqTypeCreateDictionary(nullptr, kBQBundleVersionKey, BQSTR(ORVANE_VERSION), nullptr));
-  BQBundleRegister(kLibraryBundleIdentifier, info.get());
+  static const bool didRegister = [] {
+    auto info = own(bqTypeCreateDictionary(nullptr, kBQBundleVersionKey, BQSTR(ORVANE_VERSION), nullptr));
+    BQBundleRegister(kLibraryBundleIdentifier, info.get());
+    return true;
+  }();
+  static_cast<void>(didRegister);
 }
 
 }  // namespace vx

@@ -107,21 +107,6 @@ TEST(Boundary, InvocationsTakeNullAndOtherClasses) {
   }
 }
 
-/* The message of the fault that a call ends with before it reaches the network. */
-std::string failureOf(const BQURL* endpoint, const BQString* methodName) {
-  Value handle = Value::adopt(VXMethodInvocationCreate(endpoint, methodName, kVXXMLRPCProtocol));
-  Value result = Value::adopt(VXMethodInvocationInvoke(as<OpaqueVXMethodInvocationRef>(handle)));
-  EXPECT_TRUE(VXMethodResultIsFault(result));
-  auto* detail = static_cast<const BQDictionary*>(BQDictionaryGetValue(result, kVXFaultExtra));
-  return text(BQDictionaryGetValue(detail, kVXStreamErrorMessage));
-}
-
-TEST(Boundary, CallsThatCannotBeMadeEndWithAFault) {
-  EXPECT_EQ(failureOf(url("mailto:someone"), BQSTR("m")), "Missing host in URL");
-  EXPECT_EQ(failureOf(as<BQURL>(string("http://localhost/")), BQSTR("m")), "Missing host in URL");
-  EXPECT_EQ(failureOf(url("http://localhost/"), nullptr), "Can't serialize request");
-}
-
 bool isNullOr(BQTypeRef result, BQTypeID typeID) {
   return result == nullptr || BQGetTypeID(Value::adopt(result)) == typeID;
 }
@@ -152,13 +137,6 @@ TEST(Boundary, HandlersTakeNullAndOtherClasses) {
     }
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(VXProtocolHandlerCopyRequestDictionary(handler, nullptr), nullptr);
-    auto returnNumber = [](VXMethodInvocationRef, BQTypeRef, void*) {
-      return static_cast<const BQString*>(integer(5).release());
-    };
-    VXProtocolHandlerSetSerializationOverride(handler, BQStringGetTypeID(), returnNumber, nullptr);
-    Value result = dictionary({{"a", string("x")}});
-    EXPECT_TRUE(isNullOr(VXProtocolHandlerCopyReplyDocument(handler, result, result), ofDocuments))
-        << "an override that returns no string";
   }
 }
 

@@ -43,16 +43,6 @@ TEST_F(MethodInvocation, ParametersReadBackWithTheirOrder) {
   EXPECT_EQ(parameters(), "- -");
 }
 
-TEST_F(MethodInvocation, PropertiesReadBackRetained) {
-  Value value = string("value");
-  EXPECT_EQ(VXMethodInvocationCopyProperty(invocation_, kVXPostingMethod), nullptr)
-      << "nothing has a default";
-  VXMethodInvocationSetProperty(invocation_, kVXPostingMethod, value);
-  EXPECT_EQ(Value::adopt(VXMethodInvocationCopyProperty(invocation_, string("/VXPostingMethod"))).get(),
-            value.get());
-  EXPECT_EQ(BQGetRetainCount(value), 2);
-}
-
 TEST_F(MethodInvocation, TheCallbackContextIsReleasedWhenItIsReplaced) {
   CountingContext first, second;
   VXClientContext contexts[] = {first.context(), second.context()};
@@ -72,12 +62,6 @@ TEST_F(MethodInvocation, MayBeTakenOffARunLoopThatItNeverWasOn) {
   VXMethodInvocationScheduleWithRunLoop(invocation_, BQRunLoopGetCurrent(), BQSTR("mode"));
   VXMethodInvocationUnscheduleFromRunLoop(invocation_, BQRunLoopGetCurrent(), BQSTR("mode"));
   EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished) << "never performed";
-}
-
-TEST_F(MethodInvocation, ReleasedWhileScheduledItLeavesTheRunLoop) {
-  VXMethodInvocationScheduleWithRunLoop(invocation_, BQRunLoopGetCurrent(), BQSTR("mode"));
-  handle_ = Value();
-  EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished);
 }
 
 }  // namespace

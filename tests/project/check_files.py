@@ -15,6 +15,9 @@ MACHINE_PATH = re.compile(r"""(?:^|[\s"'=(:,])/(?:home|root|Users|work)/""")
 LINK = re.compile(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)")
 COMMAND = re.compile(r"`((?:scripts|bench)/[\w.-]+)")
 PRESET = re.compile(r"--preset[ =](\w+)")
+NAME = re.compile(r"\bk?(?:VX|BQ)\w{3,}(?!\.\.\.|\w)")
+# A document, and the header whose constants it must all name.
+COMPLETE = {"docs/guide.md": "include/VX/VXConstants.h"}
 
 
 def tracked_files(root):
@@ -35,8 +38,16 @@ def check_text(text):
         yield text.count("\n") + 1, "no line end at the end of the file"
 
 
-def check_document(path, text, root, presets):
+def names_of_sources(root):
+    files = [path for folder in ("include", "src") for path in (root / folder).rglob("*.*")]
+    return {name for path in files for name in NAME.findall(path.read_text())}
+
+
+def check_document(path, text, root, presets, names):
     for number, line in enumerate(text.split("\n"), 1):
+        for name in NAME.findall(line):
+            if name not in names:
+                yield number, f"names {name}, which does not exist"
         for link in LINK.findall(line):
             if not (path.parent / link).exists():
                 yield number, f"link to {link}, which does not exist"
@@ -51,6 +62,7 @@ def check_document(path, text, root, presets):
 def main():
     root = pathlib.Path(sys.argv[1])
     presets = {preset["name"] for preset in json.loads((root / "CMakePresets.json").read_text())["configurePresets"]}
+    names = names_of_sources(root)
     count, faults = 0, []
     for path in tracked_files(root):
         if path.suffix not in TEXT:
@@ -59,7 +71,11 @@ def main():
         text = path.read_bytes().decode("utf-8")
         found = list(check_text(text))
         if path.suffix == ".md":
-            found += check_document(path, text, root, presets)
+            found += check_document(path, text, root, presets, names)
+        header = COMPLETE.get(str(path.relative_to(root)))
+        if header:
+            constants = re.findall(r"\bextern .*\b(kVX\w+);", (root / header).read_text())
+            found += [(1, f"does not name {name}") for name in constants if name not in text]
         faults += [f"{path.relative_to(root)}:{number}: {fault}" for number, fault in found]
     print("\n".join(faults) or f"{count} files are in order")
     return bool(faults) or count == 0

@@ -153,28 +153,4 @@ TEST(SOAPValueWriter, OverridesReplaceTheElement) {
       << "none is asked about no value";
 }
 
-TEST(SOAPValueWriter, GivesNoDocumentForValuesNestedTooDeep) {
-  auto nested = [](int depth) {
-    Value value = string("innermost");
-    for (int i = 0; i < depth; ++i) value = i % 2 == 0 ? array({value}) : dictionary({{"k", value}});
-    return value;
-  };
-  for (int depth : {512, 513, 100000}) {
-    vx::SOAPProtocolHandler handler(kVXSOAP2001Protocol);
-    Value value = nested(depth);
-    Value request = dictionary({{"/VXMethodName", string("m")}});
-    bool fits = depth <= 512;
-    EXPECT_EQ(Value::adopt(handler.createReply(request, value)).get() != nullptr, fits) << depth;
-    EXPECT_EQ(Value::adopt(handler.createRequest(BQSTR("m"), dictionary({{"p", value}}), array({string("p")}),
-                                                 nullptr))
-                      .get() != nullptr,
-              fits)
-        << depth;
-  }
-  Value loop = array({});
-  for (int i = 0; i < 3; ++i) BQArrayAppendValue(loop.as<BQArray>(), loop);
-  EXPECT_EQ(written(loop), "(null)");
-  BQArrayRemoveAllValues(loop.as<BQArray>());
-}
-
 }  // namespace

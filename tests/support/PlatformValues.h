@@ -62,8 +62,8 @@ inline std::string describe(BQTypeRef object) {
   return text(own(BQCopyDescription(object)));
 }
 
-/* The frames of code that sanitizers watch are some times larger. */
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+/* The frames of code that sanitizers watch, or that is not optimised, are some times larger. */
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(ORVANE_UNOPTIMISED)
 inline constexpr size_t kSmallStack = 2048 << 10;
 #else
 inline constexpr size_t kSmallStack = 256 << 10;

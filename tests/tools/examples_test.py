@@ -5,6 +5,8 @@ import socket
 import subprocess
 import sys
 import unittest
+import urllib.request
+import xmlrpc.client
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "support", "python"))
 
@@ -59,6 +61,26 @@ class ExamplesTest(unittest.TestCase):
         self.assert_run(run_example("soap_points", peer.url(), "3", "-4.5"), 0, "(-4.5, 3)\n")
         self.assert_run(run_example("soap_points", self.peer.url("/status/404"), "1", "2"), 1,
                         "failed: /BQStreamFault\n")
+
+    def test_server_answers_any_number_of_threads_and_any_bytes(self):
+        path = os.path.join(EXAMPLES, "example_server")
+        if not os.path.exists(path):
+            self.skipTest("it was built without the HTTP library that the example uses")
+        with subprocess.Popen([path, "0"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as server:
+            url = "http://127.0.0.1:%d/" % int(server.stdout.readline())
+            self.assert_run(run_example("call", url), 0, "5\n")
+            run = run_example("concurrent_calls", url)
+            self.assert_run(run, 0, "100 answers, 0 faults, sum %d\n" % sum(range(1, 101)))
+            self.assert_run(run_example("call_in_c", url, "é & <b>"), 0, "é & <b>\n")
+            with xmlrpc.client.ServerProxy(url) as proxy:
+                for call in (lambda: proxy.add(1, "b"), lambda: proxy.add(2147483647, 1), lambda: proxy.nope()):
+                    self.assertRaises(xmlrpc.client.Fault, call)
+            with urllib.request.urlopen(url, b"<junk", timeout=60) as reply:
+                self.assertIn(b"<fault>", reply.read())
+            with self.assertRaises(OSError):
+                urllib.request.urlopen(url, bytes(5 << 20), timeout=60)
+            server.stdin.close()
+            self.assertEqual(server.wait(timeout=60), 0)
 
     def test_wrong_arguments_show_the_usage(self):
         for name in ("call", "call_in_c", "concurrent_calls", "soap_points"):

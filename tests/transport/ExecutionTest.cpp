@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <vector>
 
 #include "Call.h"
@@ -196,21 +195,6 @@ TEST(Execution, ReleaseOfAScheduledInvocationEndsItQuietly) {
     EXPECT_EQ(recorder.delivered, 0);
     EXPECT_EQ(recorder.released, 1);
   }
-}
-
-TEST(Execution, EveryThreadHasItsOwnCalls) {
-  VXMethodInvocationGetTypeID();
-  ScriptedPeer peer({replies(std::vector<std::string>(20, okResponse(replyBody("ok"))))});
-  std::vector<std::thread> threads;
-  std::vector<int> succeeded(4);
-  for (int& count : succeeded) {
-    threads.emplace_back([&count, &peer] {
-      TestCall call(peer.url());
-      for (int i = 0; i < 20; ++i) count += valueOf(call.invoke().get()) == "ok";
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(succeeded, std::vector<int>(4, 20));
 }
 
 }  // namespace

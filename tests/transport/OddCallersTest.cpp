@@ -12,23 +12,6 @@
 namespace vx {
 namespace {
 
-const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
-
-/* A reply that all protocols read. */
-std::string anyReply(const BQString* protocol) {
-  if (protocol == kVXXMLRPCProtocol) return okResponse(replyBody("ok"));
-  return okResponse(
-      "<?xml version=\"1.0\"?><e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body>"
-      "<test.methodResponse><Result>ok</Result></test.methodResponse></e:Body></e:Envelope>");
-}
-
-/* What a call came to: "ok", or why it failed. */
-std::string outcomeOf(const BQDictionary* result) {
-  if (VXMethodResultIsFault(result)) return failureOf(result);
-  bool isOutput = BQDictionaryGetValue(result, BQSTR("Result")) != nullptr;
-  return isOutput || valueOf(result) == "ok" ? "ok" : textOfObject(result);
-}
-
 /* A call whose string parameters are handed to an override that does something odd, once. */
 struct OddCall {
   VXMethodInvocationRef invocation = nullptr;
@@ -251,6 +234,8 @@ TEST(OddCallers, PropertiesMayBeOfAnyKind) {
                                   kVXHTTPVersion,
                                   kVXHTTPFollowsRedirects,
                                   kVXHTTPProxy,
+                                  kVXHTTPCertificateAuthorityFile,
+                                  kVXHTTPReplySizeLimit,
                                   kVXHTTPExtraHeaders,
                                   kVXMethodInvocationTimeoutValue,
                                   kVXAuthInfo,
@@ -319,42 +304,6 @@ TEST(OddCallers, ValuesMayBeOfAnyKind) {
     }
   }
 }
-
-class Scheduled {
- public:
-  explicit Scheduled(const std::string& url) : call(url) {
-    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
-    VXMethodInvocationSetCallBack(call.get(), receive, &context);
-  }
-
-  void schedule(const BQString* mode = kBQRunLoopDefaultMode) {
-    VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
-  }
-  void unschedule(const BQString* mode = kBQRunLoopDefaultMode) {
-    VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
-  }
-  /* Runs a mode until something holds, for a while at most. */
-  template <class Condition>
-  bool runUntil(const BQString* mode, Condition condition) {
-    for (int i = 0; i < 10000 && !condition(); ++i) BQRunLoopRunInMode(mode, 5, true);
-    return condition();
-  }
-  bool runUntilDelivered(const BQString* mode = kBQRunLoopDefaultMode) {
-    return runUntil(mode, [this] { return !outcomes.empty(); });
-  }
-
-  TestCall call;
-  std::vector<std::string> outcomes;
-  void (*then)(Scheduled&) = nullptr;
-
- private:
-  static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
-    auto* scheduled = static_cast<Scheduled*>(info);
-    scheduled->outcomes.push_back(outcomeOf(result));
-    BQRelease(result);
-    if (scheduled->then != nullptr) scheduled->then(*scheduled);
-  }
-};
 
 using Outcomes = std::vector<std::string>;
 
@@ -497,7 +446,6 @@ TEST(OddCallers, ContextsMayHoldTheirInvocation) {
 
 /* The thread ends while its calls wait in some state; their memory goes with it. */
 TEST(OddCallers, ThreadsMayEndWithCallsUnderWay) {
-  VXMethodInvocationGetTypeID();
   ScriptedPeer peer({Script().expectRequest().send("HTTP/1.1 200 OK\r\n\r\n<").waitForClose()});
   for (int passes = 0; passes < 4; ++passes) {
     for (bool releasesFirst : {false, true}) {

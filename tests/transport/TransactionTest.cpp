@@ -124,23 +124,6 @@ TEST(Transaction, NullMethodNameMakesNoRequest) {
   EXPECT_EQ(failureOf(own(VXMethodInvocationInvoke(handle)).get()), "Can't serialize request 2 -65794");
 }
 
-TEST(Transaction, ReportsTheStreamsErrorWithItsNumbers) {
-  TestCall refused("http://127.0.0.1:" + std::to_string(closedPort()) + "/");
-  EXPECT_EQ(failureOf(refused.invoke().get()), "Stream Error 1 111");
-  std::string part = okResponse(replyBody("whole")).substr(0, 120);
-  EXPECT_EQ(callOnce(replyAndClose(part)).rfind("Stream Error ", 0), 0u);
-  EXPECT_EQ(callOnce(Script().expectRequest().send(part).reset()).rfind("Stream Error ", 0), 0u);
-  EXPECT_EQ(callOnce(Script().expectRequest()).rfind("Stream Error ", 0), 0u) << "no reply at all";
-}
-
-TEST(Transaction, TimesOutHoweverMuchArrives) {
-  auto timeout = [](TestCall& call) { call.set(kVXMethodInvocationTimeoutValue, 1); };
-  EXPECT_EQ(callOnce(Script().expectRequest().waitForClose(), timeout), "Timed Out -1 -65796");
-  std::string start = "HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\n\r\n";
-  EXPECT_EQ(callOnce(Script().expectRequest().send(start + "<a>").waitForClose(), timeout),
-            "Timed Out -1 -65796");
-}
-
 TEST(Transaction, ReadsReplyInWhateverPiecesItComes) {
   std::string bytes = okResponse(replyBody("pieces"));
   for (size_t size = 1; size <= 5; ++size) {
@@ -287,17 +270,6 @@ TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
   EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
   EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), tls + std::to_string(kBQStreamTLSErrorCertificate));
   EXPECT_EQ(failure(BQSTR("")), "Can't issue read stream open 2 -65794");
-}
-
-TEST(Transaction, PropertiesOfWrongKindsCountAsUnset) {
-  ScriptedPeer peer({replies(std::vector<std::string>(8, okResponse(replyBody("x"))))});
-  for (const BQString* key :
-       {kVXPostingMethod, kVXHTTPVersion, kVXHTTPMessage, kVXHTTPProxy, kVXHTTPExtraHeaders,
-        kVXHTTPCertificateAuthorityFile, kVXHTTPReplySizeLimit, kVXMethodInvocationTimeoutValue}) {
-    TestCall call(peer.url());
-    call.set(key, kBQNull);
-    EXPECT_EQ(valueOf(call.invoke().get()), "x") << textOfObject(key);
-  }
 }
 
 TEST(Transaction, CapturesWhatWasAskedFor) {

@@ -1,5 +1,7 @@
 #include "Handlers.h"
 
+#include <VX/VXConstants.h>
+
 #include "WireForms.h"
 #include "common/Ref.h"
 
@@ -10,7 +12,11 @@ using Handler = Ref<OpaqueVXProtocolHandlerRef>;
 
 Handler makeHandler(const Endpoint& endpoint) {
   auto handler = Handler::adopt(VXProtocolHandlerCreate(nullptr, endpoint.protocol));
-  endpoint.isSOAP ? setSOAPForms(handler.get()) : setXMLRPCForms(handler.get());
+  if (endpoint.isSOAP) {
+    setSOAPForms(handler.get(), endpoint.protocol == kVXSOAP1999Protocol);
+  } else {
+    setXMLRPCForms(handler.get());
+  }
   return handler;
 }
 

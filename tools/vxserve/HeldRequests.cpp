@@ -48,10 +48,15 @@ void HeldRequests::run() {
   while (!isStopped_) {
     if (held_.empty()) {
       changed_.wait(lock);
-    } else if (isCut_ || held_.top().due <= std::chrono::steady_clock::now()) {
-      resumeFirst(held_.top().due > std::chrono::steady_clock::now());
+      continue;
+    }
+    /* A copy: the wait gives up the lock, and keeps looking at the time that it was given. */
+    const Time due = held_.top().due;
+    bool isDue = due <= std::chrono::steady_clock::now();
+    if (isDue || isCut_) {
+      resumeFirst(!isDue);
     } else {
-      changed_.wait_until(lock, held_.top().due);
+      changed_.wait_until(lock, due);
     }
   }
 }

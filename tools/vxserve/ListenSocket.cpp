@@ -27,14 +27,14 @@ AddressList resolve(const std::string& address, uint16_t port) {
                            "; give --address an address of this machine");
 }
 
-std::runtime_error failure(const std::string& address, uint16_t port) {
+std::string describeFailure(const std::string& address, uint16_t port) {
   int error = errno;
   std::string advice;
   if (error == EADDRINUSE) advice = "; give --port another port, or 0 for a free one";
   if (error == EACCES) advice = "; give --port a port from 1024 on";
   if (error == EADDRNOTAVAIL) advice = "; give --address an address of this machine";
-  return std::runtime_error("cannot listen on " + address + " port " + std::to_string(port) + ": " +
-                            std::strerror(error) + advice);
+  return "cannot listen on " + address + " port " + std::to_string(port) + ": " + std::strerror(error) +
+         advice;
 }
 
 }  // namespace
@@ -42,18 +42,23 @@ std::runtime_error failure(const std::string& address, uint16_t port) {
 ListenSocket::ListenSocket(const std::string& address, uint16_t port) {
   AddressList list = resolve(address, port);
   descriptor_ = socket(list->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (descriptor_ < 0) throw failure(address, port);
+  if (descriptor_ < 0) throw std::runtime_error(describeFailure(address, port));
   int on = 1;
   /* Lets the server be started again while connections of the one before are still winding down. */
   setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   if (bind(descriptor_, list->ai_addr, list->ai_addrlen) == 0 && listen(descriptor_, SOMAXCONN) == 0) return;
-  std::runtime_error reason = failure(address, port);
+  std::string reason = describeFailure(address, port);
   close(descriptor_);
-  throw reason;
+  throw std::runtime_error(reason);
 }
 
 ListenSocket::~ListenSocket() {
   close(descriptor_);
+}
+
+void ListenSocket::refuse() const {
+  /* Closing it is not for now: the server's threads may still look at the descriptor. */
+  shutdown(descriptor_, SHUT_RDWR);
 }
 
 std::string ListenSocket::url() const {

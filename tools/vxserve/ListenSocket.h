@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <string>
-#include <utility>
 
 namespace tools::vxserve {
 
@@ -17,6 +16,8 @@ class ListenSocket {
   ListenSocket& operator=(const ListenSocket&) = delete;
 
   int descriptor() const { return descriptor_; }
+  /* Has connections refused from then on; those that wait are lost. */
+  void refuse() const;
   /* The root of the server, as in "http://127.0.0.1:8080/". */
   std::string url() const;
 

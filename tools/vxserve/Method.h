@@ -29,7 +29,7 @@ struct Method {
   /* What the arguments are held against, and what the introspection tells. */
   std::vector<Signature> signatures;
   std::string_view help;
-  /* Gives the result, null for none, or throws Fault. */
+  /* Gives the result, the null object for none, or throws Fault. */
   Function function;
 };
 

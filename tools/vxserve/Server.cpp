@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
-
 #include <microhttpd.h>
 
 #include <BQ/BQ.h>
@@ -151,9 +149,10 @@ Server::Daemon Server::startDaemon(const Options& options, const ListenSocket& s
   /* A pool of one is no pool to the library. */
   if (threads > 1) items.push_back({MHD_OPTION_THREAD_POOL_SIZE, static_cast<intptr_t>(threads), nullptr});
   items.push_back({MHD_OPTION_END, 0, nullptr});
-  Daemon daemon(MHD_start_daemon(MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr,
-                                 nullptr, &Callbacks::requestArrived, this, MHD_OPTION_ARRAY, items.data(),
-                                 MHD_OPTION_END));
+  /* Without "turbo" an end of the connection that arrives together with data is not noticed. */
+  unsigned flags = MHD_USE_EPOLL_INTERNAL_THREAD | MHD_USE_TURBO | MHD_ALLOW_SUSPEND_RESUME;
+  Daemon daemon(MHD_start_daemon(flags, 0, nullptr, nullptr, &Callbacks::requestArrived, this,
+                                 MHD_OPTION_ARRAY, items.data(), MHD_OPTION_END));
   if (daemon == nullptr) {
     throw std::runtime_error(std::string("cannot start the server's threads: ") + std::strerror(errno));
   }

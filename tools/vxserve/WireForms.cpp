@@ -43,12 +43,12 @@ std::string schemaTextOf(double number) {
   return digitsOf(number);
 }
 
-const BQString* writeXMLRPCNumber(BQTypeRef, BQTypeRef value, void*) {
+const BQString* writeXMLRPCNumber(VXMethodInvocationRef, BQTypeRef value, void*) {
   if (!isDouble(value)) return nullptr;
   return createString("<double>" + digitsOf(doubleOf(value)) + "</double>");
 }
 
-const BQString* writeXMLRPCDate(BQTypeRef, BQTypeRef value, void*) {
+const BQString* writeXMLRPCDate(VXMethodInvocationRef, BQTypeRef value, void*) {
   char text[64];
   int length = vxBQDateToISO8601String(text, sizeof text, static_cast<const BQDate*>(value), 1);
   if (length <= 0 || length >= static_cast<int>(sizeof text)) return nullptr;
@@ -58,13 +58,22 @@ const BQString* writeXMLRPCDate(BQTypeRef, BQTypeRef value, void*) {
 }
 
 /* An empty value of a struct arrives as null, and means an empty string. */
-const BQString* writeXMLRPCNull(BQTypeRef, BQTypeRef, void*) {
+const BQString* writeXMLRPCNull(VXMethodInvocationRef, BQTypeRef, void*) {
   return BQSTR("<string></string>");
 }
 
-const BQString* writeSOAPNumber(BQTypeRef, BQTypeRef value, void*) {
+const BQString* writeSOAPNumber(VXMethodInvocationRef, BQTypeRef value, void*) {
   if (!isDouble(value)) return nullptr;
   return createString("<%@ xsi:type=\"xsd:double\">" + schemaTextOf(doubleOf(value)) + "</%@>");
+}
+
+/* The attributes that the two generations of XML Schema have for it. */
+const BQString* writeNilOf2001(VXMethodInvocationRef, BQTypeRef, void*) {
+  return BQSTR("<%@ xsi:nil=\"true\"/>");
+}
+
+const BQString* writeNilOf1999(VXMethodInvocationRef, BQTypeRef, void*) {
+  return BQSTR("<%@ xsi:null=\"1\"/>");
 }
 
 }  // namespace
@@ -75,7 +84,9 @@ void setXMLRPCForms(VXProtocolHandlerRef handler) {
   VXProtocolHandlerSetSerializationOverride(handler, BQNullGetTypeID(), writeXMLRPCNull, nullptr);
 }
 
-void setSOAPForms(VXProtocolHandlerRef handler) {
+void setSOAPForms(VXProtocolHandlerRef handler, bool isOf1999) {
+  VXSerializeOverrideFunc writeNil = isOf1999 ? writeNilOf1999 : writeNilOf2001;
+  VXProtocolHandlerSetSerializationOverride(handler, BQNullGetTypeID(), writeNil, nullptr);
   VXProtocolHandlerSetSerializationOverride(handler, BQNumberGetTypeID(), writeSOAPNumber, nullptr);
 }
 

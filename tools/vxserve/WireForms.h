@@ -9,8 +9,8 @@ namespace tools::vxserve {
 /* Doubles with all their digits; dates without a zone, which few clients read; null as a string. */
 void setXMLRPCForms(VXProtocolHandlerRef handler);
 
-/* Doubles with all their digits. */
-void setSOAPForms(VXProtocolHandlerRef handler);
+/* Doubles with all their digits; null by the attribute of the generation of XML Schema. */
+void setSOAPForms(VXProtocolHandlerRef handler, bool isOf1999);
 
 }  // namespace tools::vxserve
 

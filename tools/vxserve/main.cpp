@@ -72,6 +72,7 @@ ExitStatus serve(const Options& options) {
   std::fflush(stdout);
   signals.wait();
   server.beginStop();
+  socket.refuse();
   drain(server, signals, kGrace);
   server.cutShort();
   drain(server, signals, kLastGrace);

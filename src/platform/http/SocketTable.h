@@ -42,6 +42,9 @@ class SocketTable {
   int claim(int localPort, int remotePort, Transfer* owner);
   void disclaim(int socket, const Transfer* owner);
 
+  /* The transfer that claimed a socket; null if none has. */
+  Transfer* ownerOf(int socket) { return entryOf(socket).owner; }
+
   /* Closes the socket of a connection and tells its owner. Returns what close() does. */
   int close(int socket);
 

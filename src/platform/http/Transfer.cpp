@@ -2,6 +2,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 
 #include <BQ/BQData.h>
@@ -20,6 +21,7 @@ constexpr size_t kMostUnread = 256 * 1024;
 /* The body of a redirect is read to keep the connection, unless it is longer. */
 constexpr int64_t kMostRedirectBody = 64 * 1024;
 constexpr int kMostRedirects = 20;
+constexpr int kMostVainReads = 4096;
 constexpr long kReceiveBufferSize = 32 * 1024;
 
 /* What libcurl sends in lieu of a header that the message does not have. */
@@ -43,6 +45,16 @@ bool usuallyHasBody(std::string_view method) {
 
 bool isRedirect(BQIndex status) {
   return (status >= 301 && status <= 303) || status == 307 || status == 308;
+}
+
+/* Whether headers name several lengths: another reader of the connection could take another one. */
+bool hasTwoLengths(const BQHTTPMessage& response) {
+  const BQHTTPMessage::Field* first = findHeader(response, "Content-Length");
+  if (first == nullptr) return false;
+  auto isOther = [first](const BQHTTPMessage::Field& field) {
+    return equalsIgnoringCase(field.name, first->name) && field.value != first->value;
+  };
+  return std::any_of(response.fields.begin(), response.fields.end(), isOther);
 }
 
 /* The certificates that libcurl was built to trust. */
@@ -141,6 +153,8 @@ void Transfer::startAttempt(bool onNewConnection) {
   headerLines_.clear();
   location_.clear();
   bodyBytes_ = 0;
+  lastProgress_ = 0;
+  vainReads_ = 0;
   refusal_ = kNoError;
   isEncrypted_ = isEncryptedURL(url_);
   configureRequest();
@@ -257,7 +271,7 @@ bool Transfer::takeHeader(std::string_view line) {
 bool Transfer::endHeaders() {
   Ref<BQHTTPMessage> response = makeReceivedResponse(headerLines_);
   headerLines_.clear();
-  if (!response) {
+  if (!response || hasTwoLengths(*response.get())) {
     refusal_ = httpError(kBQStreamHTTPErrorParse);
     return false;
   }
@@ -296,6 +310,18 @@ size_t Transfer::takeBody(std::string_view bytes) {
   unread_.append(bytes.data(), bytes.size());
   notify();
   return bytes.size();
+}
+
+void Transfer::socketWasRead() {
+  if (!isRunning_ || !areHeadersComplete_) return;
+  int64_t progress = static_cast<int64_t>(headerBytes_) + bodyBytes_;
+  if (progress != lastProgress_) {
+    lastProgress_ = progress;
+    vainReads_ = 0;
+  } else if (++vainReads_ > kMostVainReads) {
+    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+    attemptEnded(CURLE_WRITE_ERROR);
+  }
 }
 
 void Transfer::attemptEnded(CURLcode code) {

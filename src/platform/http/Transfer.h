@@ -76,6 +76,8 @@ class Transfer {
   bool isEncrypted() const { return isEncrypted_; }
   bool isPaused() const { return isPaused_; }
   void attemptEnded(CURLcode code);
+  /* Ends a reply of which many reads in a row bring nothing: a chunk's extension has no limit of its own. */
+  void socketWasRead();
   void connectionClosed(bool hadData, int pendingError) {
     replyBegan_ = replyBegan_ || hadData;
     pendingError_ = pendingError;
@@ -148,6 +150,9 @@ class Transfer {
   BQIndex redirectStatus_ = 0;
   std::string location_;
   int64_t bodyBytes_ = 0;
+  /* How much had arrived at the last read that brought something, and the reads since then. */
+  int64_t lastProgress_ = 0;
+  int vainReads_ = 0;
   BQStreamError refusal_ = kNoError;
 
   /* What is there for the reader. */

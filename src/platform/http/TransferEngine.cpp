@@ -228,7 +228,9 @@ void TransferEngine::onReady(BQFileDescriptor*, uint32_t, void* context) {
   engine->isDriving_ = true;
   int running = 0;
   for (size_t i = 0; i < count; ++i) {
+    Transfer* owner = engine->sockets_.ownerOf(ready[i].socket);
     curl_multi_socket_action(engine->multi_.get(), ready[i].socket, ready[i].events, &running);
+    if (owner != nullptr) owner->socketWasRead();
   }
   engine->collectEnded();
   engine->drive();

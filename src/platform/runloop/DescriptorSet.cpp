@@ -40,16 +40,6 @@ int millisecondsOf(Nanoseconds timeout) {
   return static_cast<int>(std::min<Nanoseconds>(milliseconds, std::numeric_limits<int>::max()));
 }
 
-/*
- * Where the process has no file descriptors left for a set of our own, the wait is cut into short
- * ones, after each of which the set is tried again.
- */
-void waitWithoutSet(int timeout, int wakeUp) {
-  constexpr int kRetryMilliseconds = 10;
-  pollfd item = {wakeUp, POLLIN, 0};
-  poll(&item, 1, timeout < 0 ? kRetryMilliseconds : std::min(timeout, kRetryMilliseconds));
-}
-
 }  // namespace
 
 uint32_t DescriptorSet::Watch::wantedEvents() const {
@@ -145,15 +135,38 @@ void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& read
   ++waits_;
   ready.count = 0;
   if (timeout == 0 && watches_.empty()) return;
-  if (!open(wakeUp)) return waitWithoutSet(millisecondsOf(timeout), wakeUp);
+  if (!open(wakeUp)) return waitWithoutSet(millisecondsOf(timeout), wakeUp, ready);
   registerChanges();
   if (!alwaysReady_.empty()) timeout = 0;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
-  const int count = epoll_wait(epoll_, ready.events, static_cast<int>(std::size(ready.events)),
-                               isSimulated ? 0 : millisecondsOf(timeout));
+  const int count =
+      epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, isSimulated ? 0 : millisecondsOf(timeout));
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
+}
+
+/*
+ * Where the process has no file descriptors left for a set of our own, the wait is cut into short
+ * ones, after each of which the set is tried again.
+ */
+void DescriptorSet::waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const {
+  constexpr int kRetryMilliseconds = 10;
+  std::vector<pollfd> items = {{wakeUp, POLLIN, 0}};
+  for (const auto& [fd, watch] : watches_) {
+    const auto wanted = static_cast<short>(watch.wantedEvents());
+    if (wanted != 0) items.push_back({fd, wanted, 0});
+  }
+  const int longest = timeout < 0 ? kRetryMilliseconds : std::min(timeout, kRetryMilliseconds);
+  const int count = poll(items.data(), items.size(), longest);
+  if (count < 0) poll(nullptr, 0, longest); /* more items than descriptors are allowed */
+  if (count <= 0) return;
+  for (size_t index = 1; index < items.size() && ready.count < ReadyDescriptors::kMost; ++index) {
+    const auto events = static_cast<uint32_t>(items[index].revents); /* the same bits */
+    if (events == 0) continue;
+    const uint64_t data = packEventData(items[index].fd, watches_.at(items[index].fd).number);
+    ready.events[ready.count++] = {.events = events, .data = {.u64 = data}};
+  }
 }
 
 /*

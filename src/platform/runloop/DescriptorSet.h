@@ -26,7 +26,8 @@ struct DescriptorEntry {
 
 /* What a wait found. */
 struct ReadyDescriptors {
-  epoll_event events[64];
+  static constexpr int kMost = 64;
+  epoll_event events[kMost];
   int count = 0;
 };
 
@@ -71,6 +72,7 @@ class DescriptorSet {
 
   bool open(int wakeUp);
   void close();
+  void waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const;
   void registerChanges();
   void registerWatch(int fd, Watch& watch);
   bool serveAlwaysReady();

@@ -1,6 +1,7 @@
 /* The life of a stream: events and their modes, client, properties, release. */
 #include <gtest/gtest.h>
 
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -385,6 +386,21 @@ TEST(StreamError, DescriptionsArePlainSentences) {
       {{77, 3}, "an unknown error occurred"},
   };
   for (const auto& row : table) EXPECT_EQ(take(BQStreamErrorCopyDescription(row.error)), row.text);
+
+  /* Each error has a sentence of its own. */
+  const std::pair<BQStreamErrorDomain, std::vector<int32_t>> domains[] = {
+      {kBQStreamErrorDomainPOSIX, {ECONNREFUSED, ECONNRESET, EPIPE, ETIMEDOUT, EHOSTUNREACH, ENETUNREACH}},
+      {kBQStreamErrorDomainTLS, {1, 2, 3, 4, 99}},
+      {kBQStreamErrorDomainHTTP, {1, 2, 3, 4, 5, 6, 7, kBQStreamHTTPErrorOther, 999}},
+      {kBQStreamErrorDomainResolver, {1, 2}},
+  };
+  std::set<std::string> sentences;
+  size_t count = 0;
+  for (const auto& [domain, errors] : domains) {
+    count += errors.size();
+    for (int32_t error : errors) sentences.insert(take(BQStreamErrorCopyDescription({domain, error})));
+  }
+  EXPECT_EQ(sentences.size(), count);
 }
 
 }  // namespace

@@ -80,9 +80,13 @@ class TLSTest : public testing::Test {
             .wait();
     if (status != 0) GTEST_SKIP() << "no openssl tool here";
     std::ofstream(file("page")) << "HTTP/1.0 200 OK\r\n\r\na page";
+    startServer("cert.pem");
+  }
+
+  void startServer(const std::string& certificate) {
     server_ = std::make_unique<Child>(
-        path, std::vector<std::string>{"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert", "cert.pem",
-                                       "-key", "key.pem", "-HTTP"});
+        directory_, std::vector<std::string>{"openssl", "s_server", "-accept", "127.0.0.1:0", "-cert",
+                                             certificate, "-key", "key.pem", "-HTTP"});
     std::string line;
     while (!line.starts_with("ACCEPT ")) {
       line = server_->readLine();
@@ -129,6 +133,22 @@ TEST_F(TLSTest, CertificateMustNameTheHost) {
   Exchange exchange(address("localhost"), "GET", "");
   exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, authority().get()).run();
   EXPECT_EQ(exchange.error(), "tls 2");
+}
+
+TEST_F(TLSTest, CertificateMustNotHaveExpired) {
+  std::ofstream(file("names")) << "subjectAltName=IP:127.0.0.1";
+  Child request(directory_, {"openssl", "req", "-new", "-key", "key.pem", "-subj", "/CN=127.0.0.1", "-out",
+                             "request.pem"});
+  ASSERT_EQ(request.wait(), 0);
+  for (const auto& [days, error] : {std::pair("2", "none"), {"-1", "tls 2"}}) {
+    Child sign(directory_, {"openssl", "x509", "-req", "-in", "request.pem", "-signkey", "key.pem", "-days",
+                            days, "-extfile", "names", "-out", "dated.pem"});
+    ASSERT_EQ(sign.wait(), 0);
+    startServer("dated.pem");
+    Exchange exchange(address(), "GET", "");
+    exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, string(file("dated.pem")).get()).run();
+    EXPECT_EQ(exchange.error(), error) << days << " days";
+  }
 }
 
 TEST_F(TLSTest, VerificationCanBeSwitchedOff) {

@@ -292,7 +292,9 @@ class NoFileDescriptorsLeft {
  public:
   NoFileDescriptorsLeft() {
     getrlimit(RLIMIT_NOFILE, &usual_);
-    const rlimit none = {0, usual_.rlim_max};
+    const int next = dup(STDIN_FILENO);
+    close(next);
+    const rlimit none = {static_cast<rlim_t>(next), usual_.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
   }
   ~NoFileDescriptorsLeft() { setrlimit(RLIMIT_NOFILE, &usual_); }
@@ -303,7 +305,7 @@ class NoFileDescriptorsLeft {
   rlimit usual_;
 };
 
-TEST(Descriptor, LoopThatGotNoFileDescriptorsRecovers) {
+TEST(Descriptor, LoopThatGotNoFileDescriptorsServesThemAndRecovers) {
   std::thread([] {
     SocketPair sockets;
     ASSERT_TRUE(sockets.send());
@@ -315,10 +317,13 @@ TEST(Descriptor, LoopThatGotNoFileDescriptorsRecovers) {
       source.add().signal();
       runOnce();
       EXPECT_EQ(source.performed, 1);
+      EXPECT_EQ(descriptor.called, 1);
+      sockets.receive();
       EXPECT_EQ(BQRunLoopRunInMode(kMode, 1e-6, false), kBQRunLoopRunTimedOut);
+      ASSERT_TRUE(sockets.send());
     }
     EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunHandledSource);
-    EXPECT_EQ(descriptor.called, 1);
+    EXPECT_EQ(descriptor.called, 2);
   }).join();
 }
 

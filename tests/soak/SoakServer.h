@@ -1,0 +1,37 @@
+/* The server of a long run: a process that answers with protocol handlers, well or badly. */
+#ifndef SOAK_SOAK_SERVER_H
+#define SOAK_SOAK_SERVER_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+
+namespace soak {
+
+/*
+ * What is done is the name of the method that is called: "echo" and "fault", the same with the reply
+ * in chunks ("chunked") or the connection closed behind it ("close"), and what breaks the rules: "cut",
+ * "reset", "silent", "garbage", "status", "image", "broken". The path says the protocol: /0 is XML-RPC,
+ * /1 and /2 are SOAP.
+ */
+class SoakServer {
+ public:
+  /* Starts the process, which lives as long as the object. */
+  SoakServer();
+  ~SoakServer();
+  SoakServer(const SoakServer&) = delete;
+  SoakServer& operator=(const SoakServer&) = delete;
+
+  pid_t process() const { return process_; }
+  std::string url(size_t protocol) const;
+
+ private:
+  pid_t process_ = -1;
+  int lifeline_ = -1;
+  uint16_t port_ = 0;
+};
+
+}  // namespace soak
+
+#endif

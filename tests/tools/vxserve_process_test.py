@@ -1,0 +1,163 @@
+"""vxserve as a process: its options, its log, its end."""
+import contextlib
+import re
+import signal
+import socket
+import subprocess
+import time
+import unittest
+
+from vxserve_case import VXSERVE, Server, add_document, read_response, request, slow_document
+
+
+def run(*arguments):
+    return subprocess.run([VXSERVE, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, timeout=60, check=False, text=True)
+
+
+class CommandLineTest(unittest.TestCase):
+    def test_wrong_usage_is_told_in_a_line(self):
+        for arguments in (["--port", "65536"], ["--port", "-1"], ["--port", "x"], ["--threads", "0"], ["--nope"],
+                          ["--deadline", "0"], ["--max-body", "0"], ["--max-body"], ["8080"]):
+            ended = run(*arguments)
+            self.assertEqual((ended.returncode, ended.stdout), (2, ""), arguments)
+            self.assertRegex(ended.stderr, r"\Avxserve: [^\n]+--help[^\n]*\n\Z")
+
+    def test_help_fits_a_screen(self):
+        ended = run("--help")
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
+        lines = ended.stdout.splitlines()
+        self.assertLess(len(lines), 40)
+        self.assertLessEqual(max(map(len, lines)), 100)
+        for option in ("--address", "--port", "--threads", "--max-body", "--deadline", "--log", "--version", "--help"):
+            self.assertIn(option, ended.stdout)
+
+    def test_version(self):
+        self.assertRegex(run("--version").stdout, r"\Avxserve \d+\.\d+\.\d+\n\Z")
+
+    def test_what_it_cannot_listen_on_is_told_with_advice(self):
+        with socket.create_server(("127.0.0.1", 0)) as taken:
+            port = str(taken.getsockname()[1])
+            rows = [(["--port", port], "Address already in use; give --port another port"),
+                    (["--address", "192.0.2.1"], "give --address an address of this machine"),
+                    (["--address", "no such host"], "give --address an address of this machine")]
+            for arguments, advice in rows:
+                ended = run(*arguments)
+                self.assertEqual((ended.returncode, ended.stdout), (1, ""), arguments)
+                self.assertRegex(ended.stderr, r"\Avxserve: cannot listen on [^\n]*%s[^\n]*\n\Z" % advice)
+
+    def test_listens_where_it_is_told(self):
+        for address, host in (("127.0.0.1", r"127\.0\.0\.1"), ("localhost", r"(127\.0\.0\.1|\[::1\])"),
+                              ("0.0.0.0", r"0\.0\.0\.0")):
+            server = Server("--address", address, "--threads", "1")
+            self.assertRegex(server.root, r"\Ahttp://%s:\d+/\Z" % host)
+            self.assertEqual(server.stop(signal.SIGINT), (0, ""))
+
+
+class LogTest(unittest.TestCase):
+    LINE = r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z 127\.0\.0\.1:\d+ (\S+) (\S+) (\S+) \d+us"
+
+    def test_has_a_safe_line_for_each_request(self):
+        named = b"<?xml version='1.0'?><methodCall><methodName>%s</methodName></methodCall>"
+        rows = [("/RPC2", add_document(1, 2), ("xml-rpc", "add", "ok")),
+                ("/RPC2", add_document(1, 99999999999), ("xml-rpc", "add", "fault:-32602")),
+                ("/RPC2", b"junk", ("xml-rpc", "-", "fault:-32700")), ("/soap", b"junk", ("soap-2001", "-", "fault:-32700")),
+                ("/nowhere", b"", ("-", "-", "http-404")),
+                ("/RPC2", named % b"a\nb ok 1us\n&#x9b;\xe2\x80\xae\\\"&#x7f;",
+                 ("xml-rpc", r"a\x0Ab\x20ok\x201us\x0A\xC2\x9B\xE2\x80\xAE\x5C\x22\x7F", "fault:-32601")),
+                ("/RPC2", named % (b"x" * 5000), ("xml-rpc", "x" * 200 + "...", "fault:-32601"))]
+        server = Server("--log")
+        for path, body, _ in rows:
+            server.post(body, path)
+        status, log = server.stop()
+        self.assertEqual(status, 0)
+        told = [re.fullmatch(self.LINE, line) for line in log.splitlines()]
+        self.assertNotIn(None, told, log)
+        # A line is written once its answer was sent, so that those of two threads may change places.
+        self.assertCountEqual([line.groups() for line in told], [wanted for _, _, wanted in rows])
+
+    def test_is_silent_unless_asked_for(self):
+        server = Server()
+        server.post(b"<?xml version='1.0'?><a><b>")
+        self.assertEqual(server.stop(), (0, ""))
+
+
+class StopTest(unittest.TestCase):
+    def test_lets_running_requests_finish_and_takes_no_others(self):
+        server = Server()
+        with contextlib.ExitStack() as stack:
+            connections = [stack.enter_context(server.connect()) for _ in range(20)]
+            streams = [stack.enter_context(connection.makefile("rb")) for connection in connections]
+            for connection in connections[1:]:
+                connection.sendall(request(slow_document(1)))
+            # The answer to this one tells that the others, sent before, have most likely arrived too.
+            connections[0].sendall(request(slow_document(0.3)))
+            read_response(streams[0])
+            server.process.send_signal(signal.SIGTERM)
+            for stream in streams[1:]:
+                status, headers, body = read_response(stream)
+                self.assertEqual((status, headers["Connection"], b"done" in body), (200, "close", True))
+            self.assertEqual(server.wait(), (0, ""))
+            with self.assertRaises(OSError):
+                server.connect()
+
+    def test_cuts_short_what_takes_too_long(self):
+        for signals in (1, 2):
+            server = Server()
+            with server.connect() as connection, connection.makefile("rb") as stream, server.connect() as half:
+                connection.sendall(request(slow_document(500)))
+                half.sendall(request(add_document(1, 2))[:-5])
+                server.post(slow_document(0.2))
+                start = time.monotonic()
+                server.process.send_signal(signal.SIGTERM)
+                if signals == 2:
+                    self.wait_until_refused(server)
+                    server.process.send_signal(signal.SIGTERM)
+                self.assertEqual(read_response(stream)[0], 503)
+                self.assertEqual(server.wait(), (0, ""))
+                took = time.monotonic() - start
+                self.assertTrue(took < 5 if signals == 2 else 9 < took < 20, took)
+
+    def wait_until_refused(self, server):
+        end = time.monotonic() + 30
+        while time.monotonic() < end:
+            try:
+                server.connect().close()
+            except OSError:
+                return
+        self.fail("the server goes on accepting")
+
+    def test_under_load_answers_whole_or_not_at_all(self):
+        server = Server("--threads", "2")
+        load = [subprocess.Popen(["python3", "-c", LOAD, str(server.port)], stdout=subprocess.PIPE) for _ in range(4)]
+        for process in load:
+            self.assertEqual(process.stdout.readline(), b"going\n")
+        server.process.send_signal(signal.SIGTERM)
+        self.assertEqual(server.wait(), (0, ""))
+        for process in load:
+            output, _ = process.communicate(timeout=60)
+            self.assertRegex(output, rb"\A\d+ whole\n\Z")
+
+
+# Calls over a kept connection until the server is gone; an answer that has begun must end.
+LOAD = """
+import http.client, sys
+body = b"<?xml version='1.0'?><methodCall><methodName>types</methodName></methodCall>"
+count = 0
+connection = http.client.HTTPConnection("127.0.0.1", int(sys.argv[1]), timeout=30)
+while True:
+    try:
+        connection.request("POST", "/RPC2", body)
+        response = connection.getresponse()
+    except (OSError, http.client.RemoteDisconnected, http.client.BadStatusLine):
+        break
+    assert response.read().endswith(b"</methodResponse>\\r\\n")
+    count += 1
+    if count == 50:
+        print("going", flush=True)
+print(count, "whole")
+"""
+
+
+if __name__ == "__main__":
+    unittest.main()
