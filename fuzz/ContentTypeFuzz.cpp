@@ -15,14 +15,21 @@ Owned<BQHTTPMessage> makeResponse(const BQString* contentType) {
   return response;
 }
 
-/* Text that was read in an encoding can be written in it, and reads back as it was. */
+Owned<const BQString> readText(std::string_view bytes, BQStringEncoding encoding) {
+  return own(BQStringCreateWithBytes(bytes.data(), static_cast<BQIndex>(bytes.size()), encoding));
+}
+
+/*
+ * Text that was read in an encoding can be written in it, and reads back as it was. An escape character
+ * that a decoder lets through is none again when it is written.
+ */
 void checkText(std::string_view bytes, BQStringEncoding encoding) {
-  auto text = own(BQStringCreateFromExternalRepresentation(makeData(bytes).get(), encoding));
-  if (text == nullptr) return;
+  own(BQStringCreateFromExternalRepresentation(makeData(bytes).get(), encoding));
+  auto text = readText(bytes, encoding);
+  if (text == nullptr || textOf(text.get()).find('\x1B') != std::string_view::npos) return;
   auto written = own(BQStringCreateExternalRepresentation(text.get(), encoding, 0));
   check(written != nullptr);
-  auto again = own(BQStringCreateFromExternalRepresentation(written.get(), encoding));
-  check(BQEqual(again.get(), text.get()));
+  check(BQEqual(readText(viewOf(written.get()), encoding).get(), text.get()));
 }
 
 void checkDocument(std::string_view bytes, BQStringEncoding encoding) {

@@ -126,18 +126,41 @@ const BQURL* makeURL(Text text) {
   return url.release();
 }
 
-/* The text of a relative reference seen from a base; null if there is no such URL. */
-Text resolve(const BQURL* base, const BQString* reference) {
-  if (textOf(reference).starts_with('#')) {
-    std::string_view text = textOf(base->text.get());
-    return Text::adopt(makeText(std::string(text.substr(0, text.find('#'))).append(textOf(reference))));
-  }
+/* What libcurl sees in place of an authority, since it would decode the percent escapes of the host. */
+constexpr std::string_view kStandIn = "//localhost";
+
+/* A URL reference with the stand-in; `authority` is a part of it. */
+std::string withStandIn(std::string_view reference, std::string_view authority) {
+  std::string text(reference);
+  if (authority.empty()) return text;
+  auto position = static_cast<size_t>(authority.data() - reference.data()) - 2;
+  return text.replace(position, authority.size() + 2, kStandIn);
+}
+
+/*
+ * The text of a relative reference seen from an absolute URL; null if there is no such URL. Of a URL
+ * without an authority libcurl would take the start of the path for one.
+ */
+Text resolveAgainst(std::string_view base, std::string_view reference) {
+  Pieces from, to;
+  if (!takeApart(base, from) || !takeApart(reference, to) || from.authority.empty()) return {};
   CurlURL url;
   unsigned flags = CURLU_NON_SUPPORT_SCHEME;
-  if (url.set(CURLUPART_URL, BQStringGetUTF8Ptr(base->text.get()), flags) != CURLUE_OK) return {};
+  if (url.set(CURLUPART_URL, withStandIn(base, from.authority).c_str(), flags) != CURLUE_OK) return {};
   url.set(CURLUPART_FRAGMENT, nullptr);
-  if (url.set(CURLUPART_URL, BQStringGetUTF8Ptr(reference), flags) != CURLUE_OK) return {};
-  return Text::adopt(makeText(url.get(CURLUPART_URL)));
+  if (url.set(CURLUPART_URL, withStandIn(reference, to.authority).c_str(), flags) != CURLUE_OK) return {};
+  std::string text = url.get(CURLUPART_URL);
+  size_t position = text.find(':') + 1;
+  if (text.compare(position, kStandIn.size(), kStandIn) != 0) return {};
+  std::string_view authority = to.authority.empty() ? from.authority : to.authority;
+  return Text::adopt(makeText(text.replace(position + 2, kStandIn.size() - 2, authority)));
+}
+
+/* The text of a relative reference seen from a base; null if there is no such URL. */
+Text resolve(const BQURL* base, std::string_view reference) {
+  std::string_view start = textOf(base->text.get());
+  if (!reference.starts_with('#')) return resolveAgainst(start, reference);
+  return Text::adopt(makeText(std::string(start.substr(0, start.find('#'))).append(reference)));
 }
 
 }  // namespace
@@ -153,7 +176,7 @@ const BQURL* BQURLCreateWithString(const BQString* text, const BQURL* base) {
   bq::Pieces pieces;
   base = bq::asURL(base);
   if (base != nullptr && bq::takeApart(bq::textOf(text), pieces) && pieces.scheme.empty()) {
-    bq::Text resolved = bq::resolve(base, text);
+    bq::Text resolved = bq::resolve(base, bq::textOf(text));
     return resolved ? bq::makeURL(std::move(resolved)) : nullptr;
   }
   return bq::makeURL(bq::Text::adopt(BQStringCreateCopy(text)));

@@ -95,6 +95,33 @@ TEST(URL, ResolvesRelativeReferences) {
   }
 }
 
+/* Decoded, they could make text that is no URL, or another authority. */
+TEST(URL, ResolvingKeepsTheEscapesOfTheAuthority) {
+  const struct {
+    const char* base;
+    const char* reference;
+    const char* result;
+  } table[] = {
+      {"http://%d0%8ez/x", "y", "http://%d0%8ez/y"},
+      {"t3://%d0%8ez", "5", "t3://%d0%8ez/5"},
+      {"http://%41b:80/x", "?q", "http://%41b:80/x?q"},
+      {"http://u%40:p%3A@h/x", "/y", "http://u%40:p%3A@h/y"},
+      {"http://h/x", "//%41%2eb:8/y/../z", "http://%41%2eb:8/z"},
+      {"http://%41b/x", "//other/y", "http://other/y"},
+      {"http://localhost/x", "y", "http://localhost/y"},
+      {"http://h//localhost/x", "y", "http://h//localhost/y"},
+      {"http:/host/x", "y", "(null)"}, /* no host, so none is made of the path */
+      {"http:///host/x", "y", "(null)"},
+      {"http:/host/x", "#f", "http:/host/x#f"},
+  };
+  for (const auto& row : table) {
+    SCOPED_TRACE(row.base);
+    auto resolved =
+        bq::Ref<const BQURL>::adopt(BQURLCreateWithString(string(row.reference).get(), url(row.base).get()));
+    EXPECT_EQ(text(BQURLGetString(resolved.get())), row.result);
+  }
+}
+
 TEST(URL, ComparesByText) {
   EXPECT_TRUE(BQEqual(url("http://host/a").get(), url("http://host/a").get()));
   EXPECT_EQ(BQHash(url("http://host/a").get()), BQHash(url("http://host/a").get()));
