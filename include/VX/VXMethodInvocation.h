@@ -149,8 +149,16 @@ BQ_EXPORT const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRe
  */
 BQ_EXPORT VXMethodInvocationRef VXMethodInvocationCreateFromSerialization(const BQData* data);
 
-/** Whether a result dictionary is a fault. False for null. */
+/** Whether a result dictionary is a fault. False for null, which no call gives. */
 BQ_EXPORT bool VXMethodResultIsFault(const BQDictionary* result);
+
+/**
+ * What a result dictionary says, for people: the description of the result, the code and string of
+ * the server's fault, or a sentence on what kept the call from an answer.
+ *
+ * @return The text, owned by the caller; never null.
+ */
+BQ_EXPORT const BQString* VXMethodResultCopyDescription(const BQDictionary* result);
 
 BQ_EXTERN_C_END
 

@@ -19,7 +19,7 @@ _vxcall() {
     *)
       words='-p --protocol -t --timeout --async --repeat -n --namespace --style --result --soap-header
         -H --header --http --proxy --no-redirect --ca --max-reply -o --output -v --verbose
-        --print-request --save --load --version --help'
+        --print-request --save --load --version -h --help'
       [[ $word == -* ]] || words='http:// https://'
       ;;
   esac

@@ -157,7 +157,3 @@ VXMethodInvocationRef VXMethodInvocationCreateFromSerialization(const BQData* da
       createInvocation(static_cast<const BQDictionary*>(value.get()));
   return invocation == nullptr ? nullptr : OpaqueVXMethodInvocationRef::wrap(invocation);
 }
-
-bool VXMethodResultIsFault(const BQDictionary* result) {
-  return BQDictionaryGetValue(result, vx::kResultIsFault) == kBQBooleanTrue;
-}

@@ -100,6 +100,11 @@ class VxcallTest(ServerCase):
             self.assertEqual((run.returncode, run.stderr), (0, b""))
             self.assertEqual(json.loads(run.stdout), value)
 
+    def test_reply_of_another_protocol_is_no_answer(self):
+        run = vxcall("-p", "soap-2001", "-n", "urn:interop", self.server.url("/RPC2"), "echoVoid")
+        self.assertEqual((run.returncode, run.stdout), (3, b""))
+        self.assertIn(b"is no answer to a SOAP call", run.stderr)
+
     def test_document_form_is_taken_too(self):
         run = vxcall("-p", "soap-2001", "--style", "doc", "-n", "urn:interop", "--result", "Result",
                      self.server.url("/soap"), "add", "a=1", "b=2")

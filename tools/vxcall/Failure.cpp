@@ -118,6 +118,17 @@ std::string describeTransportFailure(const BQDictionary* failure, const Invocati
   return singleLine(line);
 }
 
+/* In XML-RPC an empty string arrives like that. */
+bool holdsNoAnswer(const BQDictionary* result, const Invocation& invocation) {
+  return invocation.protocol != kVXXMLRPCProtocol &&
+         BQDictionaryGetValue(result, kVXMethodInvocationResult) == nullptr;
+}
+
+std::string describeMissingAnswer(const Invocation& invocation) {
+  return singleLine("the reply of " + invocation.url +
+                    " is no answer to a SOAP call; is the path of the URL right? --verbose shows it");
+}
+
 std::string describeServerFault(const BQDictionary* fault) {
   std::string_view text = textOf(BQDictionaryGetValue(fault, kVXFaultString));
   std::string line = "fault " + std::to_string(integerAt(fault, kVXFaultCode));

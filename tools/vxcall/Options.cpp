@@ -91,7 +91,9 @@ void excludeContradictions(CLI::App& app) {
 }
 
 UsageError noOption(const std::string& argument) {
-  return UsageError("there is no option " + argument + "; a value like that is written string:" + argument);
+  return UsageError("there is no option " + argument +
+                    "; vxcall --help shows the options (a value like that is written string:" + argument +
+                    ")");
 }
 
 /*
@@ -140,7 +142,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
   addHTTPOptions(app, options);
   addOutputOptions(app, options);
   app.set_version_flag("--version", "vxcall " VXCALL_VERSION, "show the version");
-  app.set_help_flag("--help", "show this help");
+  app.set_help_flag("-h,--help", "show this help");
   excludeContradictions(app);
   try {
     app.parse(argc, argv);

@@ -84,6 +84,10 @@ ExitStatus run(const Options& options) {
     return kExitFailure;
   }
   bool isFault = VXMethodResultIsFault(result.get());
+  if (!isFault && holdsNoAnswer(result.get(), invocation)) {
+    complain(describeMissingAnswer(invocation));
+    return kExitFailure;
+  }
   ExitStatus status = isFault ? reportFault(result.get(), invocation) : kExitResult;
   if (options.output == "full") return print(formatJson(result.get()), status);
   return isFault ? status
