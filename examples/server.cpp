@@ -1,6 +1,6 @@
 /*
- * An XML-RPC server on 127.0.0.1 with the methods add(int, int) and echo(value). "example_server 8080"
- * prints its port (0 takes a free one) and serves until its standard input ends.
+ * An XML-RPC server on 127.0.0.1 with add(int, int) and echo(value). "example_server 8080" prints its port
+ * (0: a free one) and serves until its input ends. c++ -std=c++20 server.cpp -lvx -lbq -lmicrohttpd makes it.
  */
 #include <cstdio>
 #include <cstdlib>

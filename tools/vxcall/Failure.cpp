@@ -55,13 +55,21 @@ std::string_view adviceFor(BQStreamError error) {
   return "";
 }
 
-std::string describeStreamError(BQStreamError error, const std::string& url) {
+/* Whom the call connects to. */
+std::string peerOf(const Invocation& invocation) {
+  auto proxy = Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), kVXHTTPProxy));
+  if (!proxy) return invocation.url;
+  return "the proxy " + std::string(textOf(BQURLGetString(static_cast<const BQURL*>(proxy.get()))));
+}
+
+std::string describeStreamError(BQStreamError error, const Invocation& invocation) {
+  const std::string& url = invocation.url;
   auto description = Ref<const BQString>::adopt(BQStreamErrorCopyDescription(error));
   std::string reason = continued(std::string(textOf(description.get()))).append(adviceFor(error));
   switch (error.domain) {
     case kBQStreamErrorDomainPOSIX:
     case kBQStreamErrorDomainResolver:
-      return "cannot reach " + url + ": " + reason;
+      return "cannot reach " + peerOf(invocation) + ": " + reason;
     case kBQStreamErrorDomainTLS:
       return "no secure connection to " + url + ": " + reason;
     default:
@@ -113,7 +121,7 @@ std::string describeTransportFailure(const BQDictionary* failure, const Invocati
   } else if (error.domain == kMessageDomain) {
     line = "the call of " + invocation.url + " failed: " + continued(message);
   } else {
-    line = describeStreamError(error, invocation.url);
+    line = describeStreamError(error, invocation);
   }
   return singleLine(line);
 }

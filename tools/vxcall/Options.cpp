@@ -11,17 +11,14 @@
 #include "Help.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
+#include "common/WholeNumber.h"
 
 namespace tools::vxcall {
 namespace {
 
-/* Checks without the text that they would add to the help, which names the values by itself. */
+/* A check without the text that it would add to the help, which names the values by itself. */
 CLI::Validator oneOf(std::vector<std::string> values) {
   return CLI::IsMember(std::move(values)).description("");
-}
-template <typename Number>
-CLI::Validator atLeast(Number least) {
-  return CLI::Range(least, std::numeric_limits<Number>::max()).description("");
 }
 
 void addCallOptions(CLI::App& app, Options& options) {
@@ -31,11 +28,11 @@ void addCallOptions(CLI::App& app, Options& options) {
       ->check(oneOf({"xml-rpc", "soap-1999", "soap-2001"}))
       ->type_name("NAME");
   app.add_option("-t,--timeout", options.timeoutSeconds, "end the call after so long; 0 is no limit")
-      ->check(atLeast(0))
+      ->check(wholeNumber(0))
       ->type_name("SECONDS");
   app.add_flag("--async", options.async, "schedule the call instead of waiting in it");
   app.add_option("--repeat", options.repeat, "make N calls; print the last result")
-      ->check(atLeast(1L))
+      ->check(wholeNumber(1L))
       ->type_name("N");
 }
 
@@ -64,7 +61,7 @@ void addHTTPOptions(CLI::App& app, Options& options) {
   app.add_option("--ca", options.certificateAuthority, "trust the certificates of a PEM file alone")
       ->type_name("FILE");
   app.add_option("--max-reply", options.replyLimit, "refuse a larger reply (default 1 GiB)")
-      ->check(atLeast<int64_t>(1))
+      ->check(wholeNumber<int64_t>(1))
       ->type_name("BYTES");
 }
 

@@ -113,7 +113,7 @@ Value readJson(std::string_view text) {
     return json.is_null() ? Value() : valueFromJson(json);
   } catch (const Json::parse_error& error) {
     if (isFile) throw notJson(path, contents, error.byte - 1);
-    throw notA(text, "JSON");
+    throw UsageError("'" + singleLine(text) + "' is not JSON; json:@FILE reads it from a file");
   } catch (const Json::exception&) {
     throw UsageError("a number in the JSON value does not fit a double");
   }

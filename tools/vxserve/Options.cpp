@@ -8,6 +8,7 @@
 
 #include "common/Text.h"
 #include "common/UsageError.h"
+#include "common/WholeNumber.h"
 
 namespace tools::vxserve {
 namespace {
@@ -32,25 +33,21 @@ class HelpFormatter : public CLI::Formatter {
   }
 };
 
-/* A check without the text that it would add to the help, which names the values by itself. */
-template <typename Number>
-CLI::Validator between(Number least, Number most) {
-  return CLI::Range(least, most).description("");
-}
-
 void addOptions(CLI::App& app, Options& options) {
   app.add_option("--address", options.address, "The address to listen on (default 127.0.0.1)")
       ->type_name("ADDRESS");
-  app.add_option("--port", options.port, "The port; 0 takes a free one (default 8080)")->type_name("PORT");
+  app.add_option("--port", options.port, "The port; 0 takes a free one (default 8080)")
+      ->check(wholeNumber<uint16_t>(0))
+      ->type_name("PORT");
   app.add_option("--threads", options.threads, "The threads that serve (default: one per processor)")
-      ->check(between(1U, 1024U))
+      ->check(wholeNumber(1U, 1024U))
       ->type_name("N");
   app.add_option("--max-body", options.maximumBody, "The largest body of a request (default 67108864)")
-      ->check(between(size_t{1}, std::numeric_limits<size_t>::max() / 2))
+      ->check(wholeNumber(size_t{1}, std::numeric_limits<size_t>::max() / 2))
       ->type_name("BYTES");
   app.add_option("--deadline", options.deadlineSeconds,
                  "The time that a request may take to arrive (default 30)")
-      ->check(between(1U, 86400U))
+      ->check(wholeNumber(1U, 86400U))
       ->type_name("SECONDS");
   app.add_flag("--log", options.log, "Print a line for each request on standard error");
 }
