@@ -149,10 +149,37 @@ void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& read
   if (isReady) timeout = 0;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
+  if (timeout != 0 && !isSimulated && waitAwake(timeout, ready)) return;
   const int count =
       epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, isSimulated ? 0 : millisecondsOf(timeout));
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
+}
+
+/*
+ * A thread that sleeps is woken some microseconds late, and a peer on the same machine often answers in
+ * as few. So a wait begins awake, as long as that is worth it: each one in vain doubles the number of
+ * waits that go to sleep at once.
+ */
+bool DescriptorSet::waitAwake(Nanoseconds timeout, ReadyDescriptors& ready) {
+  constexpr Nanoseconds kLongest = 50'000;
+  constexpr uint32_t kMostSleeps = 1024;
+  if (sleepsToCome_ > 0) {
+    --sleepsToCome_;
+    return false;
+  }
+  const Nanoseconds end = monotonicTime() + std::min(timeout, kLongest);
+  int count = 0;
+  while (count == 0 && monotonicTime() < end) {
+    count = epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, 0);
+  }
+  ready.count = std::max(count, 0);
+  if (ready.count > 0) {
+    sleepsAfterVain_ = std::max(sleepsAfterVain_ / 2, 1u);
+  } else {
+    sleepsToCome_ = std::exchange(sleepsAfterVain_, std::min(sleepsAfterVain_ * 2, kMostSleeps));
+  }
+  return ready.count > 0;
 }
 
 /*

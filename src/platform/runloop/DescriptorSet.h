@@ -75,6 +75,7 @@ class DescriptorSet {
 
   bool open(int wakeUp);
   void close();
+  bool waitAwake(Nanoseconds timeout, ReadyDescriptors& ready);
   void waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const;
   void registerChanges();
   void registerWatch(int fd, Watch& watch);
@@ -87,6 +88,9 @@ class DescriptorSet {
   int epoll_ = -1;
   uint32_t lastWatchNumber_ = 0;
   uint64_t waits_ = 0;
+  /* How many waits sleep from the start, now and when the next one was awake in vain. */
+  uint32_t sleepsToCome_ = 0;
+  uint32_t sleepsAfterVain_ = 1;
   /* The watches with an interest. */
   size_t waiting_ = 0;
   std::unordered_map<int, Watch> watches_;

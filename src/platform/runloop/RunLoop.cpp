@@ -130,12 +130,21 @@ bool BQRunLoop::unqueueSource(bq::SourceEntry& entry, uint64_t signalNumber) {
 
 /* Running. */
 
+namespace {
+
+Nanoseconds limitOf(BQTimeInterval seconds) {
+  if (!(seconds > 0)) return bq::kLongAgo;
+  const Nanoseconds span = bq::nanosecondsOf(seconds);
+  return span == bq::kForever ? span : bq::addClamped(bq::monotonicTime(), span);
+}
+
+}  // namespace
+
 BQRunLoopRunResult BQRunLoop::run(const BQString* modeName, BQTimeInterval seconds,
                                   bool returnAfterSourceHandled) {
   RunLoopMode* mode = findMode(modeName);
   if (mode == nullptr || isEmpty(*mode)) return kBQRunLoopRunFinished;
-  const Nanoseconds limit =
-      seconds > 0 ? bq::addClamped(bq::monotonicTime(), bq::nanosecondsOf(seconds)) : bq::kLongAgo;
+  const Nanoseconds limit = limitOf(seconds);
   openWakeUp();
   Run run(*this, *mode);
   for (;;) {
