@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <curl/curl.h>
 
@@ -128,6 +129,13 @@ int SocketTable::close(int socket) {
   entry = {};
   std::erase(connections_, socket);
   return ::close(socket);
+}
+
+void SocketTable::abandon() {
+  for (int socket : connections_) ::close(socket);
+  connections_.clear();
+  entries_.clear();
+  ::close(std::exchange(epoll_, -1));
 }
 
 size_t SocketTable::collectReady(Ready* ready, size_t capacity) {

@@ -45,6 +45,9 @@ class SocketTable {
   /* The transfer that claimed a socket; null if none has. */
   Transfer* ownerOf(int socket) { return entryOf(socket).owner; }
 
+  /* Closes everything, silently: another process goes on with the connections. */
+  void abandon();
+
   /* Closes the socket of a connection and tells its owner. Returns what close() does. */
   int close(int socket);
 

@@ -3,10 +3,12 @@
 #include <sys/epoll.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <BQ/BQDate.h>
 
 #include "platform/http/SigpipeGuard.h"
+#include "platform/object/ForkCount.h"
 
 namespace bq {
 namespace {
@@ -39,9 +41,18 @@ thread_local bool isThreadEnding = false;
 
 struct Slot {
   std::unique_ptr<TransferEngine> engine;
+  uint32_t forks = forkCount();
+  /* Those of the processes that this one comes from. */
+  std::vector<TransferEngine*> abandoned;
+
   ~Slot() {
     isThreadEnding = true;
     engine.reset();
+  }
+  void enterProcess() {
+    if (std::exchange(forks, forkCount()) == forkCount() || engine == nullptr) return;
+    engine->abandon();
+    abandoned.push_back(engine.release());
   }
 };
 
@@ -53,6 +64,7 @@ TransferEngine* TransferEngine::current() {
   /* The run loop comes first, so that it is destroyed last. */
   BQRunLoopGetCurrent();
   thread_local Slot slot;
+  slot.enterProcess();
   if (slot.engine == nullptr) {
     auto engine = std::make_unique<TransferEngine>();
     if (engine->isUsable()) slot.engine = std::move(engine);
@@ -81,16 +93,24 @@ TransferEngine::TransferEngine()
 
 TransferEngine::~TransferEngine() {
   SigpipeGuard guard(usesTLS_);
-  while (!running_.empty()) {
-    std::unique_ptr<Transfer> transfer = std::move(running_.back());
-    running_.pop_back();
-    transfer->observer().lost(transfer->observer().context);
-    transfer->stop();
-  }
+  loseTransfers();
+  for (const auto& transfer : running_) transfer->stop();
+  running_.clear();
   idle_.clear();
   if (descriptor_) BQFileDescriptorInvalidate(descriptor_.get());
   if (timer_) BQRunLoopTimerInvalidate(timer_.get());
   multi_.reset();
+}
+
+void TransferEngine::abandon() {
+  loseTransfers();
+  BQFileDescriptorInvalidate(descriptor_.get());
+  BQRunLoopTimerInvalidate(timer_.get());
+  sockets_.abandon();
+}
+
+void TransferEngine::loseTransfers() {
+  for (const auto& transfer : running_) transfer->observer().lost(transfer->observer().context);
 }
 
 Transfer* TransferEngine::start(Ref<BQHTTPMessage> request, const TransferOptions& options,

@@ -26,6 +26,13 @@ class TransferEngine {
 
   TransferEngine();
   ~TransferEngine();
+
+  /*
+   * For a child of the process that made the engine, which shares its connections and must not use
+   * them. The engine is of no use any more but to be kept: freeing it would end the connections.
+   */
+  void abandon();
+
   TransferEngine(const TransferEngine&) = delete;
   TransferEngine& operator=(const TransferEngine&) = delete;
 
@@ -62,6 +69,7 @@ class TransferEngine {
   static void onReady(BQFileDescriptor*, uint32_t, void* engine);
   static void onDeadline(BQRunLoopTimer*, void* engine);
 
+  void loseTransfers();
   bool isUsable() const { return multi_ != nullptr && sockets_.descriptor() >= 0; }
   void startWaiting();
   void drive();

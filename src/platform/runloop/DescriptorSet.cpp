@@ -8,6 +8,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/object/ForkCount.h"
 #include "platform/runloop/FileDescriptor.h"
 
 namespace bq {
@@ -96,15 +97,29 @@ void DescriptorSet::interestChanged(int fd) {
   changed_.push_back(fd);
 }
 
+bool DescriptorSet::isOpen() const {
+  return epoll_ >= 0 && forks_ == forkCount();
+}
+
 bool DescriptorSet::open(int wakeUp) {
-  if (epoll_ >= 0) return true;
+  if (isOpen()) return true;
   if (wakeUp < 0) return false;
+  close();
+  forgetRegistrations();
   epoll_ = epoll_create1(EPOLL_CLOEXEC);
   if (epoll_ < 0) return false;
+  forks_ = forkCount();
   epoll_event event = {.events = EPOLLIN, .data = {.u64 = packEventData(wakeUp, kWakeUpNumber)}};
   if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeUp, &event) == 0) return true;
   close();
   return false;
+}
+
+void DescriptorSet::forgetRegistrations() {
+  for (auto& [fd, watch] : watches_) {
+    watch.registered = 0;
+    if (!std::exchange(watch.isChanged, true)) changed_.push_back(fd);
+  }
 }
 
 void DescriptorSet::registerChanges() {
@@ -135,7 +150,7 @@ void DescriptorSet::registerWatch(int fd, Watch& watch) {
 }
 
 void DescriptorSet::dropRegistration(int fd, Watch& watch) {
-  if (std::exchange(watch.registered, 0) != 0) epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
+  if (std::exchange(watch.registered, 0) != 0 && isOpen()) epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
 }
 
 void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& ready) {

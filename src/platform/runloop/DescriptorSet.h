@@ -74,6 +74,8 @@ class DescriptorSet {
   };
 
   bool open(int wakeUp);
+  bool isOpen() const;
+  void forgetRegistrations();
   void close();
   bool waitAwake(Nanoseconds timeout, ReadyDescriptors& ready);
   void waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const;
@@ -86,6 +88,8 @@ class DescriptorSet {
   DescriptorEntry* findUnserved(Watch& watch, uint32_t ready);
 
   int epoll_ = -1;
+  /* In which process it was made: a child has to make its own. */
+  uint32_t forks_ = 0;
   uint32_t lastWatchNumber_ = 0;
   uint64_t waits_ = 0;
   /* How many waits sleep from the start, now and when the next one was awake in vain. */

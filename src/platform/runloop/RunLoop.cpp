@@ -9,6 +9,7 @@
 #include <atomic>
 #include <utility>
 
+#include "platform/object/ForkCount.h"
 #include "platform/runloop/FileDescriptor.h"
 #include "platform/runloop/RunLoopSource.h"
 #include "platform/runloop/RunLoopTimer.h"
@@ -226,10 +227,13 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
 
 /* Sleep. */
 
-/* Tried again with each run where the process had no file descriptors left. */
+/* Tried again with each run where the process had no file descriptors left. A child has one of its own. */
 void BQRunLoop::openWakeUp() {
-  if (wakeUp_ >= 0) return;
+  if (wakeUp_ >= 0 && forks_ == bq::forkCount()) return;
   const std::lock_guard lock(mutex_);
+  if (wakeUp_ >= 0) close(wakeUp_);
+  wakeUpWritten_ = false;
+  forks_ = bq::forkCount();
   wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 }
 

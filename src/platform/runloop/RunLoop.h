@@ -67,6 +67,7 @@ struct BQRunLoop final : bq::Object {
   bool wakeUpRequested_ = false;
   bool wakeUpWritten_ = false;
   int wakeUp_ = -1;
+  uint32_t forks_ = 0;
   uint64_t lastSignalNumber_ = 0;
 };
 
