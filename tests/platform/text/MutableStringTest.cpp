@@ -30,19 +30,20 @@ TEST(MutableString, GrowsFromAnyCapacity) {
 TEST(MutableString, CanBeAppendedToItself) {
   auto string = mutableString("ab");
   std::string expected = "ab";
-  for (int i = 0; i < 8; ++i) {
-    BQStringAppend(string.get(), string.get());
-    expected += expected;
-    ASSERT_EQ(text(string), expected);
-  }
-  for (int i = 0; i < 4; ++i) {
-    BQStringAppendUTF8(string.get(), BQStringGetUTF8Ptr(string.get()), BQStringGetLength(string.get()));
-    expected += expected;
-    ASSERT_EQ(text(string), expected);
-  }
-  for (int i = 0; i < 4; ++i) {
-    BQStringAppendFormat(string.get(), BQSTR("%@-"), string.get());
-    expected += expected + "-";
+  for (int i = 0; i < 12; ++i) {
+    switch (i % 3) {
+      case 0:
+        BQStringAppend(string.get(), string.get());
+        expected += expected;
+        break;
+      case 1:
+        BQStringAppendUTF8(string.get(), BQStringGetUTF8Ptr(string.get()), BQStringGetLength(string.get()));
+        expected += expected;
+        break;
+      default:
+        BQStringAppendFormat(string.get(), BQSTR("%@-"), string.get());
+        expected += expected + "-";
+    }
     ASSERT_EQ(text(string), expected);
   }
 }
@@ -133,10 +134,8 @@ TEST(MutableString, ReplacesInRangesFromLeftToRight) {
       {"aaa", "aa", "a", {0, 3}, kBQCompareExact, 1, "aa"},
       {"aaaa", "a", "aa", {0, 4}, kBQCompareExact, 4, "aaaaaaaa"},
       {"<&<", "<", "&lt;", {0, 3}, kBQCompareExact, 2, "&lt;&&lt;"},
-      {"abcabc", "abc", "", {0, 6}, kBQCompareExact, 2, ""},
       {"xAbxaB", "ab", "-", {0, 6}, kBQCompareCaseInsensitive, 2, "x-x-"},
       {"ababab", "ab", "-", {2, 2}, kBQCompareExact, 1, "ab-ab"},
-      {"ababab", "ab", "-", {1, 4}, kBQCompareExact, 1, "ab-ab"},
       {"abab", "ab", "-", {0, 3}, kBQCompareExact, 1, "-ab"},
       {"abab", "", "-", {0, 4}, kBQCompareExact, 0, "abab"},
       {"abab", "ab", "-", {0, 5}, kBQCompareExact, 0, "abab"},
@@ -155,11 +154,12 @@ TEST(MutableString, ReplacesInRangesFromLeftToRight) {
 
 TEST(MutableString, MayBeSearchedForOrReplacedByItself) {
   auto string = mutableString("ab");
-  EXPECT_EQ(
-      BQStringFindAndReplace(string.get(), BQSTR("b"), string.get(), BQRangeMake(0, 2), kBQCompareExact), 1);
+  const auto replace = [&string](const BQString* text, const BQString* replacement, BQIndex length) {
+    return BQStringFindAndReplace(string.get(), text, replacement, {0, length}, kBQCompareExact);
+  };
+  EXPECT_EQ(replace(BQSTR("b"), string.get(), 2), 1);
   EXPECT_EQ(text(string), "aab");
-  EXPECT_EQ(
-      BQStringFindAndReplace(string.get(), string.get(), BQSTR("x"), BQRangeMake(0, 3), kBQCompareExact), 1);
+  EXPECT_EQ(replace(string.get(), BQSTR("x"), 3), 1);
   EXPECT_EQ(text(string), "x");
 }
 
