@@ -74,26 +74,6 @@ TEST(ReadStream, BytesAreReportedUntilTheyAreRead) {
   EXPECT_EQ(reports, 10);
 }
 
-/* As a client does that only notes events and reads when its own source is performed. */
-TEST(ReadStream, EndIsReportedOnlyWhenEverythingWasRead) {
-  ScriptedPeer peer({replyAndClose(okResponse(std::string(100'000, 'x')))});
-  Exchange exchange(peer.url());
-  exchange.readsBytes = false;
-  BQRunLoopSourceContext context{};
-  context.info = &exchange;
-  context.perform = [](void* info) { static_cast<Exchange*>(info)->readAll(); };
-  auto source = own(BQRunLoopSourceCreate(0, &context));
-  BQRunLoopAddSource(BQRunLoopGetCurrent(), source.get(), kBQRunLoopDefaultMode);
-  size_t countAtEnd = 0;
-  exchange.onEvent = [&](BQStreamEventType event) {
-    if (event == kBQStreamEventHasBytesAvailable) BQRunLoopSourceSignal(source.get());
-    if (event == kBQStreamEventEndEncountered) countAtEnd = exchange.body().size();
-  };
-  exchange.run();
-  BQRunLoopSourceInvalidate(source.get());
-  EXPECT_EQ(countAtEnd, 100'000u);
-}
-
 TEST(ReadStream, EventsComeOnlyInItsOwnModes) {
   ScriptedPeer peer({replyAndClose(okResponse("a"))});
   Exchange here(peer.url()), there(peer.url());

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "support/PlatformValues.h"
 
 namespace {
@@ -72,11 +74,7 @@ TEST(URL, RefusesWhatIsNone) {
 
 TEST(URL, ResolvesRelativeReferences) {
   const char* const kBase = "http://a/b/c/d;p?q";
-  const struct {
-    const char* base;
-    const char* reference;
-    const char* result;
-  } table[] = {
+  const std::tuple<const char*, const char*, const char*> table[] = {
       {kBase, "g:h", "g:h"},
       {kBase, "./g", "http://a/b/c/g"},
       {kBase, "/g", "http://a/g"},
@@ -97,9 +95,9 @@ TEST(URL, ResolvesRelativeReferences) {
       {"http:///host/x", "y", "(none)"},
       {"http:/host/x#e", "#f", "http:/host/x#f"},
   };
-  for (const auto& row : table) {
-    auto resolved = url(row.reference, url(row.base).get());
-    EXPECT_EQ(text(BQURLGetString(resolved.get())), row.result) << row.base << " " << row.reference;
+  for (const auto& [base, reference, result] : table) {
+    auto resolved = url(reference, url(base).get());
+    EXPECT_EQ(text(BQURLGetString(resolved.get())), result) << base << " " << reference;
   }
 }
 

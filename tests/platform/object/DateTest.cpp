@@ -23,10 +23,7 @@ void expectFields(const BQGregorianDate& expected, const BQGregorianDate& actual
 }
 
 TEST(Date, FieldsAndTimesConvertBothWays) {
-  const struct {
-    BQGregorianDate date;
-    BQAbsoluteTime time;
-  } kRows[] = {
+  const std::pair<BQGregorianDate, BQAbsoluteTime> kRows[] = {
       {fields(2001, 1, 1), 0},
       {fields(1970, 1, 1), -kBQAbsoluteTimeIntervalSince1970},
       {fields(1969, 12, 31, 23, 59, 59.5), -kBQAbsoluteTimeIntervalSince1970 - 0.5},
@@ -40,18 +37,15 @@ TEST(Date, FieldsAndTimesConvertBothWays) {
       {fields(std::numeric_limits<int32_t>::max(), 12, 31), 67767975255139200},
       {fields(std::numeric_limits<int32_t>::min(), 1, 1), -67768101546278400},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(row.date.year);
-    BQAbsoluteTime time = BQGregorianDateGetAbsoluteTime(row.date);
-    EXPECT_EQ(time, row.time);
-    expectFields(row.date, BQAbsoluteTimeGetGregorianDate(time));
+  for (const auto& [date, time] : kRows) {
+    SCOPED_TRACE(date.year);
+    EXPECT_EQ(BQGregorianDateGetAbsoluteTime(date), time);
+    expectFields(date, BQAbsoluteTimeGetGregorianDate(time));
   }
 }
 
 TEST(Date, FieldsOutOfRangeAreCarried) {
-  const struct {
-    BQGregorianDate given, meant;
-  } kRows[] = {
+  const std::pair<BQGregorianDate, BQGregorianDate> kRows[] = {
       {fields(2024, 0, 1), fields(2023, 12, 1)},
       {fields(2024, 13, 1), fields(2025, 1, 1)},
       {fields(2024, 127, 31), fields(2034, 7, 31)},
@@ -64,10 +58,9 @@ TEST(Date, FieldsOutOfRangeAreCarried) {
       {fields(2024, 1, 1, 0, 0, 86400.25), fields(2024, 1, 2, 0, 0, 0.25)},
       {fields(2024, 1, 1, 0, 0, -1), fields(2023, 12, 31, 23, 59, 59)},
   };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.meant.year << "-" << int{row.meant.month} << "-"
-                                    << int{row.meant.day});
-    expectFields(row.meant, BQAbsoluteTimeGetGregorianDate(BQGregorianDateGetAbsoluteTime(row.given)));
+  for (const auto& [given, meant] : kRows) {
+    SCOPED_TRACE(testing::Message() << meant.year << "-" << int{meant.month} << "-" << int{meant.day});
+    expectFields(meant, BQAbsoluteTimeGetGregorianDate(BQGregorianDateGetAbsoluteTime(given)));
   }
 }
 
