@@ -66,6 +66,7 @@ TEST(HTTPMessage, ReadsStatusLines) {
       {"HTTP/3.0 599 What?", 599, "HTTP/3.0"},
       {"HTTP/1.1 099 Low", 0, nullptr},
       {"HTTP/1.1 20 OK", 0, nullptr},
+      {"HTTP/1.1 2x0 OK", 0, nullptr},
       {"HTTP/1.1 2000 OK", 0, nullptr},
       {"HTTP/1.1  200 OK", 0, nullptr},
       {"http/1.1 200 OK", 0, nullptr},

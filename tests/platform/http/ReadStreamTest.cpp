@@ -317,7 +317,11 @@ TEST(StreamError, DescriptionsArePlainSentences) {
   EXPECT_EQ(describe(0, 0), "no error occurred");
   EXPECT_EQ(describe(kBQStreamErrorDomainPOSIX, ECONNREFUSED), "the connection was refused");
   EXPECT_EQ(describe(kBQStreamErrorDomainPOSIX, EMFILE), "Too many open files");
+  EXPECT_EQ(describe(kBQStreamErrorDomainResolver, 1), "the name of the host could not be resolved");
+  EXPECT_EQ(describe(kBQStreamErrorDomainTLS, 2), "the server's certificate could not be verified");
+  EXPECT_EQ(describe(kBQStreamErrorDomainHTTP, 2), "the connection ended before the whole reply had arrived");
   EXPECT_EQ(describe(kBQStreamErrorDomainCustom, -65796), "an unknown error occurred");
+  EXPECT_EQ(describe(77, 3), "an unknown error occurred");
 
   /* Each error has a sentence of its own. */
   const std::pair<BQStreamErrorDomain, std::vector<int32_t>> domains[] = {

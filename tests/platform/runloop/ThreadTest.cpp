@@ -56,32 +56,19 @@ TEST(Threads, SignalJustBeforeTheLoopFallsAsleepIsSeen) {
   other.join();
 }
 
-TEST(Threads, SignalWakesALoopThatSleepsInOneOfTheModes) {
-  for (const BQString* mode : {kMode, kOtherMode}) {
+TEST(Threads, StopAndSignalInAnyModeWakeALoopThatSleeps) {
+  for (int round = 0; round < 200; ++round) {
+    const BQString* mode = round % 2 == 0 ? kMode : kOtherMode;
     std::promise<void> running;
     Source announcer([&] { running.set_value(); });
     Source source([] { BQRunLoopStop(currentLoop()); });
     source.add(kMode).add(kOtherMode);
     announcer.add(mode).signal();
-    std::thread other([&] {
-      running.get_future().wait();
-      source.signal();
-    });
-    EXPECT_EQ(BQRunLoopRunInMode(mode, kNoLimit, false), kBQRunLoopRunStopped);
-    other.join();
-  }
-}
-
-TEST(Threads, StopFromAnotherThreadEndsARunThatHasNothingToDo) {
-  for (int round = 0; round < 100; ++round) {
-    std::promise<void> running;
-    Source announcer([&] { running.set_value(); });
-    announcer.add().signal();
     std::thread other([&, loop = currentLoop()] {
       running.get_future().wait();
-      BQRunLoopStop(loop);
+      round % 4 < 2 ? BQRunLoopStop(loop) : source.signal();
     });
-    runUntilStopped();
+    EXPECT_EQ(BQRunLoopRunInMode(mode, kNoLimit, false), kBQRunLoopRunStopped);
     other.join();
   }
   SimulatedTime time;

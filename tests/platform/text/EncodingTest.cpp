@@ -41,6 +41,8 @@ bool encode(std::string_view text, BQStringEncoding encoding, uint8_t lossByte, 
 TEST(Encoding, TextAndBytes) {
   const std::tuple<BQStringEncoding, std::string_view, std::string_view> cases[] = {
       {kBQStringEncodingUTF8, "", ""},
+      {kBQStringEncodingUTF8, "\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF",
+       "\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
       {kBQStringEncodingUTF8, "a\0é€😀"sv, "a\0\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"sv},
       {kBQStringEncodingASCII, "a\0~\x7F"sv, "a\0~\x7F"sv},
       {kBQStringEncodingISOLatin1, "0123456789abcdefé\0ÿ\u0080plain text behind"sv,
@@ -200,6 +202,7 @@ TEST(Encoding, WellFormednessIsFoundAtEveryOffset) {
 TEST(Encoding, SingleBytesComeBackAndASCIISupersetsReadASCIIAsItIs) {
   for (const bq::EncodingRecord& record : bq::allEncodings()) {
     SCOPED_TRACE(record.name.bytes);
+    EXPECT_TRUE(BQStringIsEncodingAvailable(record.number));
     bool isSuperset = true;
     for (int byte = 0; byte < 0x100; ++byte) {
       const std::string bytes(1, static_cast<char>(byte));
@@ -233,6 +236,10 @@ TEST(EncodingName, IsFoundInAnySpellingAndGivenInThePreferredOne) {
       {"Windows-1252", kBQStringEncodingWindowsLatin1, "windows-1252"},
       {"utf-16", kBQStringEncodingUTF16, "UTF-16"},
       {"UTF-16LE", kBQStringEncodingUTF16LE, "UTF-16LE"},
+      {"UTF-32", kBQStringEncodingUTF32, "UTF-32"},
+      {"KOI8-R", kKOI8R, "KOI8-R"},
+      {"EUC-JP", kEUCJP, "EUC-JP"},
+      {"GBK", 0x0421, "GBK"},
       {"macintosh", kBQStringEncodingWestern, "macintosh"},
       {"shift-jis", kShiftJIS, "Shift_JIS"},
       {"gb2312", 0x0930, "GB2312"},

@@ -127,6 +127,7 @@ TEST(MutableString, ReplacesInRangesFromLeftToRight) {
       {"aaa", "aa", "a", {0, 3}, kBQCompareExact, 1, "aa"},
       {"aaaa", "a", "aa", {0, 4}, kBQCompareExact, 4, "aaaaaaaa"},
       {"<&<", "<", "&lt;", {0, 3}, kBQCompareExact, 2, "&lt;&&lt;"},
+      {"abcabc", "abc", "", {0, 6}, kBQCompareExact, 2, ""},
       {"xAbxaB", "ab", "-", {0, 6}, kBQCompareCaseInsensitive, 2, "x-x-"},
       {"ababab", "ab", "-", {2, 2}, kBQCompareExact, 1, "ab-ab"},
       {"abab", "ab", "-", {0, 3}, kBQCompareExact, 1, "-ab"},

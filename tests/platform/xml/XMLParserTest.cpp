@@ -149,6 +149,8 @@ TEST(XMLParser, KeepsOtherEntityReferencesUnexpanded) {
   expectDumps({
       {"<a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
       {"<?xml version='1.0' standalone='yes'?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<?xml version=\"1.0\" standalone = \"yes\" ?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
+      {"<!DOCTYPE a SYSTEM 'file:///nowhere'><a>&e;</a>", "a(&e;)"},
       {"<!DOCTYPE a [<!ENTITY e 'E'>]><a>x&e;y&f;</a>", "a(\"x\",&e;,\"y\",&f;)"},
       {"<!DOCTYPE a SYSTEM 'file:///nowhere' [<!ENTITY e 'E'>]><a>&e;&f;</a>", "a(&e;,&f;)"},
       {"<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
