@@ -187,6 +187,7 @@ TEST(XMLParser, ReadsEveryEncoding) {
       {"\xEF\xBB\xBF<a>\xC3\xA5</a>", swedish},
       {"\xEF\xBB\xBF<?xml version='1.0'?><a>\xC3\xA5</a>", swedish},
       {"<?xml version='1.0'?>\r\n\xEF\xBB\xBF<a>\xC3\xA5</a>", swedish},
+      {"<?xml version='1.0' encoding='utf8'?><a>\xC3\xA5</a>", swedish},
       {"<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE5</a>", swedish},
       {"<?xml version='1.0' encoding='latin1' standalone='yes'?><a>\xE5</a>", swedish},
       {"<?xml version='1.0' encoding=\"windows-1252\"?><a>\x80</a>", "a(\"\xE2\x82\xAC\")"},
