@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "ValueBuilder.h"
+#include "Fuzz.h"
 
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
 #pragma GCC diagnostic ignored "-Wformat-security"
@@ -30,16 +30,11 @@ struct Conversion {
 
   void addNumber(ByteReader& input) {
     int number = input.number<int16_t>() % kLargestWidth;
-    switch (input.byte() % 3) {
-      case 0:
-        text += std::to_string(std::abs(number));
-        break;
-      case 1:
-        text += '*';
-        stars[starCount++] = number;
-        break;
-      default:
-        break;
+    const uint8_t kind = input.byte() % 3;
+    if (kind == 0) text += std::to_string(std::abs(number));
+    if (kind == 1) {
+      text += '*';
+      stars[starCount++] = number;
     }
   }
 
@@ -134,22 +129,8 @@ void checkLiterals(ByteReader& input) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+  constexpr void (*kChecks[])(ByteReader&) = {checkNumber, checkText, checkObject, checkLiterals};
   ByteReader input(bytes, size);
-  for (int runs = 0; runs < 8 && !input.atEnd(); ++runs) {
-    switch (input.byte() % 4) {
-      case 0:
-        checkNumber(input);
-        break;
-      case 1:
-        checkText(input);
-        break;
-      case 2:
-        checkObject(input);
-        break;
-      default:
-        checkLiterals(input);
-        break;
-    }
-  }
+  for (int runs = 0; runs < 8 && !input.atEnd(); ++runs) kChecks[input.byte() % std::size(kChecks)](input);
   return 0;
 }

@@ -1,4 +1,4 @@
-#include "ValueBuilder.h"
+#include "Fuzz.h"
 
 #include <cmath>
 #include <cstdio>

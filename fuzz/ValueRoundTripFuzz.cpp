@@ -1,7 +1,7 @@
 /* Values, written in every form and read back. */
 #include <VX/VX.h>
 
-#include "ValueBuilder.h"
+#include "Fuzz.h"
 
 namespace {
 

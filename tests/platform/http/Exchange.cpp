@@ -1,12 +1,12 @@
 #include "platform/http/Exchange.h"
 
-#include <algorithm>
+using namespace values;
 
 Exchange::Exchange(const std::string& address, const std::string& method, const std::string& body,
-                   const BQString* version)
-    : request_(bq::Ref<BQHTTPMessage>::adopt(
-          BQHTTPMessageCreateRequest(string(method).get(), url(address).get(), version))) {
-  auto data = bq::Ref<const BQData>::adopt(BQDataCreate(body.data(), static_cast<BQIndex>(body.size())));
+                   const BQString* version) {
+  auto url = own(BQURLCreateWithString(string(address).get(), nullptr));
+  request_ = own(BQHTTPMessageCreateRequest(string(method).get(), url.get(), version));
+  auto data = own(BQDataCreate(body.data(), static_cast<BQIndex>(body.size())));
   if (!body.empty()) BQHTTPMessageSetBody(request_.get(), data.get());
 }
 
@@ -15,9 +15,7 @@ Exchange::~Exchange() {
 }
 
 BQReadStream* Exchange::stream() {
-  if (!stream_) {
-    stream_ = bq::Ref<BQReadStream>::adopt(BQReadStreamCreateForHTTPRequest(request_.get()));
-  }
+  if (!stream_) stream_ = own(BQReadStreamCreateForHTTPRequest(request_.get()));
   return stream_.get();
 }
 
@@ -84,16 +82,16 @@ void Exchange::readAll() {
 }
 
 bq::Ref<const BQHTTPMessage> Exchange::response() {
-  return bq::Ref<const BQHTTPMessage>::adopt(static_cast<const BQHTTPMessage*>(
+  return own(static_cast<const BQHTTPMessage*>(
       BQReadStreamCopyProperty(stream_.get(), kBQStreamPropertyHTTPResponseHeader)));
 }
 
 std::string Exchange::statusLine() {
-  return take(BQHTTPMessageCopyResponseStatusLine(response().get()));
+  return text(own(BQHTTPMessageCopyResponseStatusLine(response().get())));
 }
 
 std::string Exchange::responseHeader(const std::string& name) {
-  return take(BQHTTPMessageCopyHeaderFieldValue(response().get(), string(name).get()));
+  return text(own(BQHTTPMessageCopyHeaderFieldValue(response().get(), string(name).get())));
 }
 
 std::string Exchange::error() {
@@ -106,14 +104,10 @@ std::string Exchange::error() {
   return domain + std::to_string(error.error);
 }
 
-bq::Ref<const BQNumber> number(int64_t value) {
-  return bq::Ref<const BQNumber>::adopt(BQNumberCreate(kBQNumberSInt64Type, &value));
-}
-
 bq::Ref<const BQDictionary> proxy(const std::string& host, int port) {
-  String name = string(host);
-  auto portNumber = number(port);
+  auto name = string(host);
+  auto number = integer(port);
   BQTypeRef keys[] = {kBQStreamPropertyHTTPProxyHost, kBQStreamPropertyHTTPProxyPort};
-  BQTypeRef values[] = {name.get(), portNumber.get()};
-  return bq::Ref<const BQDictionary>::adopt(BQDictionaryCreate(keys, values, 2));
+  BQTypeRef settings[] = {name.get(), number.get()};
+  return own(BQDictionaryCreate(keys, settings, 2));
 }

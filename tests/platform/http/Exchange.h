@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/http/TestStrings.h"
+#include "support/PlatformValues.h"
 
 class Exchange {
  public:
@@ -27,6 +27,8 @@ class Exchange {
 
   BQReadStream* stream();
   void releaseStream();
+  /* Adds to the body what there is to read. */
+  void readAll();
   bool isOver() const { return isOver_; }
 
   /* "open", "bytes" (once for any number of them in a row), "end", "error", with blanks between. */
@@ -36,6 +38,8 @@ class Exchange {
   std::string responseHeader(const std::string& name);
   /* "http 3", "posix 111", "tls 2", "resolver 1"; "none". */
   std::string error();
+  /* The body, or the error in brackets. */
+  std::string answer() { return error() == "none" ? body_ : "(" + error() + ")"; }
 
   /* Called with each event after it was recorded, and before bytes are read. */
   std::function<void(BQStreamEventType)> onEvent;
@@ -44,7 +48,6 @@ class Exchange {
  private:
   static void callBack(BQReadStream* stream, BQStreamEventType event, void* exchange);
   void record(BQStreamEventType event);
-  void readAll();
   bq::Ref<const BQHTTPMessage> response();
 
   bq::Ref<BQHTTPMessage> request_;
@@ -54,8 +57,6 @@ class Exchange {
   bool isOver_ = false;
 };
 
-/* A number object, owned by the caller. */
-bq::Ref<const BQNumber> number(int64_t value);
 bq::Ref<const BQDictionary> proxy(const std::string& host, int port);
 
 #endif

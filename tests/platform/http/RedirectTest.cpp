@@ -1,72 +1,49 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "platform/http/Exchange.h"
 #include "platform/http/Redirect.h"
 #include "support/ScriptedPeer.h"
 
 namespace {
 
+using namespace std::string_literals;
+
 std::string redirect(int status, const std::string& location) {
   return "HTTP/1.1 " + std::to_string(status) + " Elsewhere\r\nLocation: " + location +
          "\r\nContent-Length: 4\r\n\r\nmove";
 }
 
-std::string firstLine(const std::string& request) {
-  return request.substr(0, request.find("\r\n"));
-}
-
 TEST(Redirect, KeepsMethodAndBodyButFor303) {
-  const struct {
-    int status;
-    const char* method;
-    const char* body;
-    const char* followed;
-    const char* end;
-  } table[] = {
-      {301, "POST", "x", "POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
-      {302, "POST", "x", "POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
-      {303, "POST", "x", "GET /b HTTP/1.1", "Host: h\r\n\r\n"},
-      {303, "HEAD", "", "HEAD /b HTTP/1.1", "Host: h\r\n\r\n"},
-      {307, "PUT", "x", "PUT /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
-      {308, "M-POST", "x", "M-POST /b HTTP/1.1", "Content-Type: t\r\nContent-Length: 1\r\n\r\nx"},
-      {302, "GET", "", "GET /b HTTP/1.1", "Content-Type: t\r\n\r\n"},
+  const std::tuple<int, std::string, const char*, std::string> table[] = {
+      {301, "POST", "x", "POST /b HTTP/1.1\r\nHost: h\r\nContent-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {303, "POST", "x", "GET /b HTTP/1.1\r\nHost: h\r\n\r\n"},
+      {303, "HEAD", "", "HEAD /b HTTP/1.1\r\nHost: h\r\n\r\n"},
+      {307, "PUT", "x", "PUT /b HTTP/1.1\r\nHost: h\r\nContent-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {308, "M-POST", "x", "M-POST /b HTTP/1.1\r\nHost: h\r\nContent-Type: t\r\nContent-Length: 1\r\n\r\nx"},
+      {302, "GET", "", "GET /b HTTP/1.1\r\nHost: h\r\nContent-Type: t\r\n\r\n"},
   };
-  for (const auto& row : table) {
-    SCOPED_TRACE(std::to_string(row.status) + row.method);
-    bool isHead = std::string(row.method) == "HEAD";
-    std::string first = redirect(row.status, "/b");
-    if (isHead) first.resize(first.size() - 4);
+  for (const auto& [status, method, body, followed] : table) {
+    SCOPED_TRACE(std::to_string(status) + method);
+    std::string first = redirect(status, "/b");
+    if (method == "HEAD") first.resize(first.size() - 4);
     ScriptedPeer peer({replies({first, "HTTP/1.1 204 Done\r\n\r\n"})});
-    Exchange exchange(peer.url("/a"), row.method, row.body);
+    Exchange exchange(peer.url("/a"), method, body);
     exchange.header("Host", "h").header("Content-Type", "t").followRedirects().run();
     EXPECT_EQ(exchange.events(), "open end");
     EXPECT_EQ(exchange.statusLine(), "HTTP/1.1 204 Done");
     ASSERT_EQ(peer.requests().size(), 2u);
+    EXPECT_EQ(peer.requests()[1], followed);
     EXPECT_EQ(peer.connectionCount(), 1u);
-    EXPECT_EQ(firstLine(peer.requests()[1]), row.followed);
-    EXPECT_TRUE(peer.requests()[1].ends_with(row.end)) << peer.requests()[1];
   }
 }
 
-TEST(Redirect, IsFollowedOnlyIfAskedAndOnlyForRedirects) {
-  const struct {
-    std::string response;
-    bool asked;
-  } table[] = {
-      {redirect(302, "/b"), false},
-      {redirect(300, "/b"), true},
-      {redirect(305, "/b"), true},
-      {redirect(201, "/b"), true},
-      {"HTTP/1.1 302 Where\r\nContent-Length: 4\r\n\r\nmove", true},
-  };
-  for (const auto& row : table) {
-    SCOPED_TRACE(row.response);
-    ScriptedPeer peer({reply(row.response)});
-    Exchange exchange(peer.url());
-    if (row.asked) exchange.followRedirects();
-    exchange.run();
-    EXPECT_EQ(exchange.events(), "open bytes end");
-    EXPECT_EQ(exchange.body(), "move");
+TEST(Redirect, IsFollowedOnlyForRedirects) {
+  for (const std::string& response : {redirect(300, "/b"), redirect(305, "/b"), redirect(201, "/b"),
+                                      "HTTP/1.1 302 Where\r\nContent-Length: 4\r\n\r\nmove"s}) {
+    ScriptedPeer peer({reply(response)});
+    EXPECT_EQ(Exchange(peer.url()).followRedirects().run().answer(), "move") << response;
   }
 }
 
@@ -74,27 +51,21 @@ TEST(Redirect, StopsAfterTwenty) {
   std::vector<std::string> responses(20, redirect(302, "/again"));
   responses.push_back(okResponse("found"));
   ScriptedPeer twenty({replies(responses)});
-  Exchange found(twenty.url());
-  found.followRedirects().run();
-  EXPECT_EQ(found.body(), "found");
+  EXPECT_EQ(Exchange(twenty.url()).followRedirects().run().answer(), "found");
   responses.insert(responses.begin(), redirect(302, "/again"));
   ScriptedPeer more({replies(responses)});
-  Exchange lost(more.url());
-  lost.followRedirects().run();
-  EXPECT_EQ(lost.error(), "http 4");
-  EXPECT_EQ(lost.events(), "error");
+  EXPECT_EQ(Exchange(more.url()).followRedirects().run().answer(), "(http 4)");
   EXPECT_EQ(more.requests().size(), 21u);
 }
 
 TEST(Redirect, ToWhatIsNotHTTPIsAnError) {
-  for (const char* location : {"ftp://host/", "file:///etc/passwd", "javascript:x", "http://",
-                               "http://h:99999/", "http://a b/", "gopher://h/"}) {
+  for (const char* location :
+       {"ftp://host/", "file:///etc/passwd", "javascript:x", "http://", "http://h:99999/", "http://a b/"}) {
     SCOPED_TRACE(location);
     ScriptedPeer peer({reply(redirect(302, location))});
     Exchange exchange(peer.url());
-    exchange.followRedirects().run();
+    EXPECT_EQ(exchange.followRedirects().run().answer(), "(http 4)");
     EXPECT_EQ(exchange.events(), "error");
-    EXPECT_EQ(exchange.error(), "http 4");
   }
 }
 
@@ -112,14 +83,9 @@ TEST(Redirect, ToAnotherHostLosesHostAndSecrets) {
 
 TEST(Redirect, WithALongBodyIsFollowedWithoutReadingIt) {
   ScriptedPeer target({reply(okResponse("there"))});
-  Script endless = Script()
-                       .expectRequest()
-                       .send("HTTP/1.1 302 Found\r\nLocation: " + target.url("/") + "\r\n\r\n")
-                       .sendEndlessly("xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx");
-  ScriptedPeer peer({endless});
-  Exchange exchange(peer.url());
-  exchange.followRedirects().run();
-  EXPECT_EQ(exchange.body(), "there");
+  const std::string head = "HTTP/1.1 302 Found\r\nLocation: " + target.url() + "\r\n\r\n";
+  ScriptedPeer peer({Script().expectRequest().send(head).sendEndlessly("xxxxxxxxxxxxxxxxxxxxxxxx")});
+  EXPECT_EQ(Exchange(peer.url()).followRedirects().run().answer(), "there");
 }
 
 TEST(Redirect, TargetIsResolvedAndComparedWithItsOrigin) {
@@ -136,7 +102,6 @@ TEST(Redirect, TargetIsResolvedAndComparedWithItsOrigin) {
       {"https://h/a", "https://h:443/b", "https://h:443/b", true},
       {"http://h/a", "http://i/a", "http://i/a", false},
       {"http://u:p@h/a", "/b", "http://u:p@h/b", true},
-      {"http://h/a", "/b c", "http://h/b%20c", true},
       {"http://h/a", "/\xC3\xA9", "http://h/%c3%a9", true},
       {"http://h/a", "\x01", "", false},
   };

@@ -47,16 +47,9 @@ TEST(Bundle, NonsenseIsIgnored) {
 
 /* A dictionary that goes away when it is replaced may hold what itself looks for bundles. */
 TEST(Bundle, ReplacedDictionaryMayUseBundlesWhileItIsDestroyed) {
-  static const BQRuntimeClass kClass = {
-      0,
-      "Visitor",
-      nullptr,
-      nullptr,
-      [](BQTypeRef) { BQBundleGetBundleWithIdentifier(BQSTR("test.visited")); },
-      nullptr,
-      nullptr,
-      nullptr,
-      nullptr};
+  const auto visit = [](BQTypeRef) { BQBundleGetBundleWithIdentifier(BQSTR("test.visited")); };
+  static const BQRuntimeClass kClass = {0,       "Visitor", nullptr, nullptr, visit,
+                                        nullptr, nullptr,   nullptr, nullptr};
   auto info = own(BQDictionaryCreateMutable(1, kBQDictionaryRetainKeys));
   BQDictionarySetValue(info.get(), BQSTR("visitor"),
                        Value::adopt(_BQRuntimeCreateInstance(_BQRuntimeRegisterClass(&kClass), 0)).get());

@@ -20,10 +20,7 @@ bq::Ref<BQDictionary> dictionary(BQTypeRef key, BQTypeRef value) {
 TEST(Description, EveryKindOfValueIsReadable) {
   float single = 0.1f;
   const std::string bytes(70, 'A');
-  const struct {
-    Value value;
-    std::string expected;
-  } kRows[] = {
+  const std::pair<Value, std::string> kRows[] = {
       {string("as \"it\" is\n"), "as \"it\" is\n"},
       {Value::retain(kBQNull), "null"},
       {Value::retain(kBQBooleanFalse), "false"},
@@ -42,7 +39,7 @@ TEST(Description, EveryKindOfValueIsReadable) {
       {dictionary(BQSTR("k"), array({dictionary(integer(2).get(), kBQBooleanTrue).get()}).get()),
        "{\"k\": [{2: true}]}"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(describe(row.value.get()), row.expected);
+  for (const auto& [value, expected] : kRows) EXPECT_EQ(describe(value.get()), expected);
   std::string longData = describe(own(BQDataCreate(bytes.data(), 70)).get());
   EXPECT_TRUE(longData.starts_with("<70 bytes 41414141 ") && longData.ends_with(" 41414141 ...>"))
       << longData;

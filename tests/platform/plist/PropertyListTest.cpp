@@ -1,4 +1,3 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,54 +6,38 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/object/Object.h"
+#include "support/PlatformValues.h"
 
 namespace {
 
 using namespace std::string_literals;
-using bq::Ref;
-using Value = Ref<const void>;
-
-std::string text(BQTypeRef string) {
-  auto* typed = static_cast<const BQString*>(string);
-  return {BQStringGetUTF8Ptr(typed), static_cast<size_t>(BQStringGetLength(typed))};
-}
-
-Value string(std::string_view text) {
-  return Value::adopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
-}
-
-Value integer(int64_t number) {
-  return Value::adopt(BQNumberCreate(kBQNumberSInt64Type, &number));
-}
-
-Value real(double number) {
-  return Value::adopt(BQNumberCreate(kBQNumberFloat64Type, &number));
-}
+using namespace values;
 
 Value date(double time) {
-  return Value::adopt(BQDateCreate(time));
+  return own(BQDateCreate(time));
 }
 
 Value blob(std::string_view bytes) {
-  return Value::adopt(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
+  return own(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
 }
 
-Value array(const std::vector<Value>& values) {
-  BQArray* result = BQArrayCreateMutable(0);
-  for (const Value& value : values) BQArrayAppendValue(result, value.get());
-  return Value::adopt(result);
+Value list(const std::vector<Value>& values) {
+  auto result = array({});
+  for (const Value& value : values) BQArrayAppendValue(result.get(), value.get());
+  return result;
 }
 
 Value dictionary(const std::vector<std::pair<Value, Value>>& pairs) {
-  BQDictionary* result = BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys);
-  for (const auto& [key, value] : pairs) BQDictionarySetValue(result, key.get(), value.get());
-  return Value::adopt(result);
+  auto result = own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
+  for (const auto& [key, value] : pairs) BQDictionarySetValue(result.get(), key.get(), value.get());
+  return result;
 }
+
+const Value kYes = Value::retain(kBQBooleanTrue), kNo = Value::retain(kBQBooleanFalse);
 
 /* The document, or "null". */
 std::string write(const Value& value) {
-  auto document = Ref<const BQData>::adopt(BQPropertyListCreateXMLData(value.get()));
+  auto document = own(BQPropertyListCreateXMLData(value.get()));
   if (!document) return "null";
   return {reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),
           static_cast<size_t>(BQDataGetLength(document.get()))};
@@ -62,21 +45,16 @@ std::string write(const Value& value) {
 
 Value read(std::string_view document, std::string* message = nullptr) {
   const BQString* error = nullptr;
-  auto bytes =
-      Ref<const BQData>::adopt(BQDataCreateView(document.data(), static_cast<BQIndex>(document.size())));
-  Value value = Value::adopt(BQPropertyListCreateFromXMLData(bytes.get(), &error));
+  auto bytes = own(BQDataCreateView(document.data(), static_cast<BQIndex>(document.size())));
+  Value value = own(BQPropertyListCreateFromXMLData(bytes.get(), &error));
   EXPECT_NE(static_cast<bool>(value), error != nullptr) << document;
-  if (message != nullptr && error != nullptr) *message = text(error);
-  BQRelease(error);
+  auto kept = own(error);
+  if (message != nullptr) *message = text(kept);
   return value;
 }
 
 std::string wrapped(std::string_view value) {
   return "<plist version='1.0'>" + std::string(value) + "</plist>";
-}
-
-std::string described(const Value& value) {
-  return text(Ref<const BQString>::adopt(BQCopyDescription(value.get())).get());
 }
 
 void expectRoundTrips(const std::vector<Value>& values) {
@@ -89,16 +67,16 @@ void expectRoundTrips(const std::vector<Value>& values) {
 }
 
 Value nested(int levels) {
-  Value value = array({});
-  for (int i = 1; i < levels; ++i) value = i % 2 ? array({value}) : dictionary({{string("k"), value}});
+  Value value = list({});
+  for (int i = 1; i < levels; ++i) value = i % 2 ? list({value}) : dictionary({{string("k"), value}});
   return value;
 }
 
 TEST(PropertyList, WritesADocument) {
   Value value = dictionary({
-      {string("a & b"), array({integer(-1), real(0.5), string("<x>"), array({}), dictionary({})})},
+      {string("a & b"), list({integer(-1), real(0.5), string("<x>"), list({}), dictionary({})})},
       {string("none"), string("")},
-      {string("yes"), Value::retain(kBQBooleanTrue)},
+      {string("yes"), kYes},
       {string("date"), date(0)},
       {string("data"), blob("\xFF\x00\x10\x80"s)},
   });
@@ -128,31 +106,11 @@ TEST(PropertyList, WritesADocument) {
 }
 
 TEST(PropertyList, StringsRoundTrip) {
-  std::vector<Value> strings;
-  for (const char* each : {"",
-                           "x",
-                           " ",
-                           "\n",
-                           "\r",
-                           "\t \r\n",
-                           " x ",
-                           "\nx\n",
-                           "a\r\nb\rc\n",
-                           "<&>\"']]>",
-                           "&amp;",
-                           "&#13;",
-                           "]]>",
-                           "<![CDATA[",
-                           "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80",
-                           "\xC2\xA0",
-                           "\x7F",
-                           "\xEF\xBB\xBF",
-                           "\xEF\xBF\xBD",
-                           "\xC2\x85\xE2\x80\xA8"}) {
-    strings.push_back(string(each));
-    strings.push_back(dictionary({{string(each), string(each)}}));
+  for (const char* each : {"", "\n", "\t \r\n", " x ", "\nx\n", "a\r\nb\rc\n", "<&>\"']]>", "&amp;", "&#13;",
+                           "<![CDATA[", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", "\xC2\xA0", "\x7F",
+                           "\xEF\xBB\xBF", "\xEF\xBF\xBD", "\xC2\x85\xE2\x80\xA8"}) {
+    expectRoundTrips({string(each), dictionary({{string(each), string(each)}})});
   }
-  expectRoundTrips(strings);
 }
 
 TEST(PropertyList, NumbersRoundTrip) {
@@ -166,8 +124,8 @@ TEST(PropertyList, NumbersRoundTrip) {
   }
   float single = 0.1f;
   int8_t small = -7;
-  numbers.push_back(Value::adopt(BQNumberCreate(kBQNumberFloat32Type, &single)));
-  numbers.push_back(Value::adopt(BQNumberCreate(kBQNumberSInt8Type, &small)));
+  numbers.push_back(own(BQNumberCreate(kBQNumberFloat32Type, &single)));
+  numbers.push_back(own(BQNumberCreate(kBQNumberSInt8Type, &small)));
   expectRoundTrips(numbers);
   double zero = 1;
   BQNumberGetValue(static_cast<const BQNumber*>(read(write(real(-0.0))).get()), kBQNumberFloat64Type, &zero);
@@ -176,51 +134,37 @@ TEST(PropertyList, NumbersRoundTrip) {
 }
 
 TEST(PropertyList, DatesRoundTrip) {
-  std::vector<Value> dates;
-  for (double each :
-       {0.0, 1.0, -1.0, 0.1, 0.5, -0.5, 1e-300, 5e-324, 735000000.123456, -978307200.0, -978307200.75,
-        -62135596800.0 - 978307200, 6e16, -6e16, 253402300799.5, 9e9 + 1 / 3.0}) {
-    dates.push_back(date(each));
+  for (double each : {0.0, 0.1, -0.5, 1e-300, 5e-324, 735000000.123456, -978307200.75,
+                      -62135596800.0 - 978307200, 6e16, -6e16, 253402300799.5, 9e9 + 1 / 3.0}) {
+    expectRoundTrips({date(each)});
   }
-  expectRoundTrips(dates);
   EXPECT_NE(write(date(-978307199.75)).find("<date>1970-01-01T00:00:00.25Z</date>"), std::string::npos);
   /* A fraction that rounds up to a second must not be lost. */
-  EXPECT_EQ(described(read(write(date(-1e-300)))), described(date(0)));
+  EXPECT_EQ(describe(read(write(date(-1e-300))).get()), describe(date(0).get()));
 }
 
 TEST(PropertyList, ContainersBooleansAndDataRoundTrip) {
-  std::vector<Value> values = {array({}),
-                               dictionary({}),
-                               Value::retain(kBQBooleanTrue),
-                               Value::retain(kBQBooleanFalse),
-                               nested(100),
-                               nested(511),
-                               array({array({array({})}), dictionary({{string("k"), dictionary({})}})})};
+  expectRoundTrips({list({}), dictionary({}), kYes, kNo, nested(511),
+                    list({list({list({})}), dictionary({{string("k"), dictionary({})}})})});
   std::string bytes;
   for (int i = 0; i < 257; ++i) {
-    values.push_back(blob(bytes));
+    expectRoundTrips({blob(bytes)});
     bytes += static_cast<char>(i * 37);
   }
-  expectRoundTrips(values);
   Value order = read(wrapped("<dict><key>z</key><true/><key>a</key><true/><key>m</key><true/></dict>"));
-  std::vector<BQTypeRef> keys(3);
-  BQDictionaryGetKeysAndValues(static_cast<const BQDictionary*>(order.get()), keys.data(), nullptr);
-  EXPECT_EQ(text(keys[0]) + text(keys[1]) + text(keys[2]), "zam");
+  EXPECT_EQ(describe(order.get()), R"({"z": true, "a": true, "m": true})");
 }
 
 TEST(PropertyList, RefusesToWriteWhatItCannotHold) {
-  Value tooDeep = nested(512);
-  BQArray* own = BQArrayCreateMutable(0);
-  BQArrayAppendValue(own, own);
-  BQArrayAppendValue(own, own);
-  Value cyclic = Value::adopt(own);
+  auto cyclic = array({nullptr, nullptr});
+  for (BQIndex i : {0, 1}) BQArraySetValueAtIndex(cyclic.get(), i, cyclic.get());
   const Value values[] = {
-      nullptr,
+      Value(),
       Value::retain(kBQNull),
-      array({Value::retain(kBQNull)}),
-      array({nullptr}),
+      list({Value::retain(kBQNull)}),
+      list({Value()}),
       dictionary({{integer(1), string("x")}}),
-      dictionary({{string("k"), array({string("\x01")})}}),
+      dictionary({{string("k"), list({string("\x01")})}}),
       dictionary({{string("\x1F"), string("x")}}),
       string("a\0b"s),
       string("\xEF\xBF\xBE"),
@@ -228,11 +172,11 @@ TEST(PropertyList, RefusesToWriteWhatItCannotHold) {
       date(NAN),
       date(INFINITY),
       date(-1e17),
-      tooDeep,
+      nested(512),
       cyclic,
   };
   for (const Value& value : values) EXPECT_EQ(write(value), "null");
-  BQArrayRemoveAllValues(own);
+  BQArrayRemoveAllValues(cyclic.get());
 }
 
 TEST(PropertyList, ReadsWhatOthersWrite) {
@@ -242,20 +186,16 @@ TEST(PropertyList, ReadsWhatOthersWrite) {
   };
   const Row rows[] = {
       {"<integer> +5\n</integer>", integer(5)},
-      {"<integer>-0</integer>", integer(0)},
       {"<integer>9223372036854775807</integer>", integer(INT64_MAX)},
       {"<real>+1.5e3</real>", real(1500)},
-      {"<real>7</real>", real(7)},
       {"<real>Infinity</real>", real(INFINITY)},
       {"<date> 2001-01-01T00:00:01.250Z </date>", date(1.25)},
       {"<date>-0001-12-31T23:59:59Z</date>", date(-63145526401.0)},
       {"<data>\n\tYW\n Jj </data>", blob("abc")},
-      {"<data/>", blob("")},
       {"<string>a<![CDATA[<b>]]>c&amp;<!-- no -->d</string>", string("a<b>c&d")},
       {"<string/>", string("")},
       {"<string attribute='ignored'>x</string>", string("x")},
-      {"<array> <true/> <!-- --> <false></false> </array>",
-       array({Value::retain(kBQBooleanTrue), Value::retain(kBQBooleanFalse)})},
+      {"<array> <true/> <!-- --> <false></false> </array>", list({kYes, kNo})},
       {"<dict><key>k</key><integer>1</integer><key>k</key><integer>2</integer></dict>",
        dictionary({{string("k"), integer(2)}})},
   };
@@ -263,7 +203,8 @@ TEST(PropertyList, ReadsWhatOthersWrite) {
     for (const std::string& prolog :
          {""s, "<!DOCTYPE plist PUBLIC '-//X//DTD' 'http://x.invalid/p.dtd'>\n"s}) {
       Value value = read(prolog + wrapped(row.value));
-      EXPECT_TRUE(BQEqual(value.get(), row.expected.get())) << row.value << " gives " << described(value);
+      EXPECT_TRUE(BQEqual(value.get(), row.expected.get()))
+          << row.value << " gives " << describe(value.get());
     }
   }
 }
@@ -286,7 +227,7 @@ TEST(PropertyList, RefusesToReadNonsense) {
         "2001-01-01T00:00:00.Z", "01-01-01T00:00:00Z", "2001-02-29T00:00:00Z", "2001-13-01T00:00:00Z",
         "2001-00-01T00:00:00Z", "2001-01-01T24:00:00Z", "2001-01-01T00:00:60Z", "+-01-01T00:00:00Z",
         "+99999999999-01-01T00:00:00Z", "+2147483648-01-01T00:00:00Z"}},
-      {"data", {"A", "AAA", "AA=", "AA===", "=AAA", "AA==AA==", "AA-_", "===="}},
+      {"data", {"A", "A===", "AAA", "AA=", "AA===", "=AAA", "AA==AA==", "AA-_", "===="}},
       {"array", {"x", "<true/>&e;", "<![CDATA[]]>"}},
       {"dict",
        {"x", "<key>k</key>", "<true/>", "<key>k</key><key>l</key>", "<key>k</key>x", "<key>k</key><true/>x",
@@ -312,8 +253,8 @@ TEST(PropertyList, RefusesToReadNonsense) {
 
 TEST(PropertyList, AnswersEveryDamagedDocument) {
   std::string document = write(dictionary({
-      {string("k"), array({integer(12), real(1.5), date(0.5), blob("bytes"), string(" ")})},
-      {string("l"), Value::retain(kBQBooleanTrue)},
+      {string("k"), list({integer(12), real(1.5), date(0.5), blob("bytes"), string(" ")})},
+      {string("l"), kYes},
   }));
   ASSERT_TRUE(read(document));
   for (size_t length = 0; length + 1 < document.size(); ++length)

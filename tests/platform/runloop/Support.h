@@ -2,18 +2,14 @@
 #ifndef BQ_TESTS_RUNLOOP_SUPPORT_H
 #define BQ_TESTS_RUNLOOP_SUPPORT_H
 
-#include <BQ/BQDate.h>
-#include <BQ/BQRunLoop.h>
-#include <BQ/BQString.h>
-
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <functional>
 #include <utility>
 
-#include "platform/object/Object.h"
 #include "platform/runloop/Clock.h"
+#include "support/PlatformValues.h"
 
 BQ_DEFINE_STATIC_STRING(kMode, "a mode");
 BQ_DEFINE_STATIC_STRING(kOtherMode, "another mode");
@@ -29,104 +25,82 @@ inline BQRunLoopRunResult runOnce(const BQString* mode = kMode) {
   return BQRunLoopRunInMode(mode, 0, false);
 }
 
-/* A source that performs a lambda. */
-class Source {
+/* What sources, timers and descriptors have in common. */
+template <class Self, class Object, auto kAdd, auto kRemove, auto kInvalidate>
+class Item {
  public:
-  explicit Source(std::function<void()> perform = {}, BQIndex order = 0) : perform_(std::move(perform)) {
+  explicit Item(std::function<void()> call) : call_(std::move(call)) {}
+  ~Item() { invalidate(); }
+  Item(const Item&) = delete;
+  Item& operator=(const Item&) = delete;
+
+  Object* get() const { return object_.get(); }
+  Self& add(const BQString* mode = kMode) {
+    kAdd(currentLoop(), get(), mode);
+    return static_cast<Self&>(*this);
+  }
+  void remove(const BQString* mode = kMode) { kRemove(currentLoop(), get(), mode); }
+  void invalidate() { kInvalidate(get()); }
+  /* Gives up the reference of the test. */
+  void release() { object_ = nullptr; }
+
+  int calls = 0;
+
+ protected:
+  void callBack() {
+    ++calls;
+    if (call_) call_();
+  }
+
+  bq::Ref<Object> object_;
+
+ private:
+  std::function<void()> call_;
+};
+
+class Source : public Item<Source, BQRunLoopSource, BQRunLoopAddSource, BQRunLoopRemoveSource,
+                           BQRunLoopSourceInvalidate> {
+ public:
+  explicit Source(std::function<void()> perform = {}, BQIndex order = 0) : Item(std::move(perform)) {
     BQRunLoopSourceContext context = {};
     context.info = this;
-    context.perform = [](void* info) {
-      auto* self = static_cast<Source*>(info);
-      ++self->performed;
-      if (self->perform_) self->perform_();
-    };
-    source_ = bq::Ref<BQRunLoopSource>::adopt(BQRunLoopSourceCreate(order, &context));
+    context.perform = [](void* info) { static_cast<Source*>(info)->callBack(); };
+    object_ = values::own(BQRunLoopSourceCreate(order, &context));
   }
-  ~Source() { BQRunLoopSourceInvalidate(get()); }
-  Source(const Source&) = delete;
-  Source& operator=(const Source&) = delete;
 
-  BQRunLoopSource* get() const { return source_.get(); }
-  Source& add(const BQString* mode = kMode) {
-    BQRunLoopAddSource(currentLoop(), get(), mode);
-    return *this;
-  }
-  void remove(const BQString* mode = kMode) { BQRunLoopRemoveSource(currentLoop(), get(), mode); }
   void signal() { BQRunLoopSourceSignal(get()); }
-  /* Gives up the reference of the test. */
-  void release() { source_ = nullptr; }
-
-  int performed = 0;
-
- private:
-  std::function<void()> perform_;
-  bq::Ref<BQRunLoopSource> source_;
 };
 
-/* A timer that calls a lambda, at seconds from now. */
-class Timer {
+/* A timer at seconds from now. */
+class Timer
+    : public Item<Timer, BQRunLoopTimer, BQRunLoopAddTimer, BQRunLoopRemoveTimer, BQRunLoopTimerInvalidate> {
  public:
-  Timer(double delay, double interval, std::function<void()> fire = {}) : fire_(std::move(fire)) {
+  Timer(double delay, double interval, std::function<void()> fire = {}) : Item(std::move(fire)) {
     BQRunLoopTimerContext context = {};
     context.info = this;
-    const auto callback = [](BQRunLoopTimer*, void* info) {
-      auto* self = static_cast<Timer*>(info);
-      ++self->fired;
-      if (self->fire_) self->fire_();
-    };
-    timer_ = bq::Ref<BQRunLoopTimer>::adopt(
-        BQRunLoopTimerCreate(now() + delay, interval, 0, 0, callback, &context));
+    const auto callback = [](BQRunLoopTimer*, void* info) { static_cast<Timer*>(info)->callBack(); };
+    object_ = values::own(BQRunLoopTimerCreate(now() + delay, interval, 0, 0, callback, &context));
   }
-  ~Timer() { BQRunLoopTimerInvalidate(get()); }
-  Timer(const Timer&) = delete;
-  Timer& operator=(const Timer&) = delete;
 
   static BQAbsoluteTime now() { return bq::absoluteTimeOf(bq::monotonicTime()); }
-  BQRunLoopTimer* get() const { return timer_.get(); }
-  Timer& add(const BQString* mode = kMode) {
-    BQRunLoopAddTimer(currentLoop(), get(), mode);
-    return *this;
-  }
-  void release() { timer_ = nullptr; }
-
-  int fired = 0;
-
- private:
-  std::function<void()> fire_;
-  bq::Ref<BQRunLoopTimer> timer_;
+  void setDate(BQAbsoluteTime date) { BQRunLoopTimerSetNextFireDate(get(), date); }
 };
 
-/* A descriptor that calls a lambda. The fd stays the test's. */
-class Descriptor {
+/* The fd stays the test's. */
+class Descriptor : public Item<Descriptor, BQFileDescriptor, BQRunLoopAddFileDescriptor,
+                               BQRunLoopRemoveFileDescriptor, BQFileDescriptorInvalidate> {
  public:
-  Descriptor(int fd, uint32_t interest, std::function<void(uint32_t)> call = {}) : call_(std::move(call)) {
+  Descriptor(int fd, uint32_t interest, std::function<void()> call = {}) : Item(std::move(call)) {
     const auto callback = [](BQFileDescriptor*, uint32_t ready, void* info) {
-      auto* self = static_cast<Descriptor*>(info);
-      ++self->called;
-      self->lastReady = ready;
-      if (self->call_) self->call_(ready);
+      static_cast<Descriptor*>(info)->lastReady = ready;
+      static_cast<Descriptor*>(info)->callBack();
     };
-    descriptor_ = bq::Ref<BQFileDescriptor>::adopt(BQFileDescriptorCreate(fd, interest, callback, this));
+    object_ = values::own(BQFileDescriptorCreate(fd, interest, callback, this));
   }
-  ~Descriptor() { BQFileDescriptorInvalidate(get()); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
 
-  BQFileDescriptor* get() const { return descriptor_.get(); }
-  Descriptor& add(const BQString* mode = kMode) {
-    BQRunLoopAddFileDescriptor(currentLoop(), get(), mode);
-    return *this;
-  }
-  void remove(const BQString* mode = kMode) { BQRunLoopRemoveFileDescriptor(currentLoop(), get(), mode); }
   void setInterest(uint32_t interest) { BQFileDescriptorSetInterest(get(), interest); }
-  void release() { descriptor_ = nullptr; }
 
-  int called = 0;
   uint32_t lastReady = 0;
-
- private:
-  std::function<void(uint32_t)> call_;
-  bq::Ref<BQFileDescriptor> descriptor_;
 };
 
 /* Two connected sockets. */

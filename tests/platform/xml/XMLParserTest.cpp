@@ -1,4 +1,3 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -6,16 +5,13 @@
 #include <thread>
 #include <vector>
 
-#include "platform/object/Object.h"
+#include "support/PlatformValues.h"
 
 namespace {
 
 using namespace std::string_literals;
+using namespace values;
 using bq::Ref;
-
-std::string text(const BQString* string) {
-  return {BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string))};
-}
 
 std::string dumpAttributes(const BQXMLElementInfo* info) {
   std::string result;
@@ -57,31 +53,34 @@ std::string dump(const BQTree* tree) {
 }
 
 Ref<const BQTree> parse(std::string_view bytes, Ref<const BQDictionary>* error = nullptr) {
-  auto data = Ref<const BQData>::adopt(BQDataCreateView(bytes.data(), static_cast<BQIndex>(bytes.size())));
+  auto data = own(BQDataCreateView(bytes.data(), static_cast<BQIndex>(bytes.size())));
   const BQDictionary* problem = nullptr;
-  auto tree = Ref<const BQTree>::adopt(BQXMLTreeCreateFromDataWithError(data.get(), &problem));
+  auto tree = own(BQXMLTreeCreateFromDataWithError(data.get(), &problem));
   EXPECT_NE(static_cast<bool>(tree), problem != nullptr);
-  auto kept = Ref<const BQDictionary>::adopt(problem);
+  auto kept = own(problem);
   if (error != nullptr) *error = kept;
   return tree;
 }
 
-int64_t number(const Ref<const BQDictionary>& error, const BQString* key) {
-  int64_t value = -1;
-  BQNumberGetValue(static_cast<const BQNumber*>(BQDictionaryGetValue(error.get(), key)), kBQNumberSInt64Type,
-                   &value);
-  return value;
-}
-
-std::string description(const Ref<const BQDictionary>& error) {
-  return text(static_cast<const BQString*>(BQDictionaryGetValue(error.get(), kBQXMLTreeErrorDescription)));
+/* A part of an error as text. */
+std::string part(const Ref<const BQDictionary>& error, const BQString* key) {
+  auto shown = own(BQStringCreateWithFormat(BQSTR("%@"), BQDictionaryGetValue(error.get(), key)));
+  return text(shown);
 }
 
 /* The dump, or what is wrong. */
 std::string outcome(std::string_view bytes) {
   Ref<const BQDictionary> error;
   Ref<const BQTree> tree = parse(bytes, &error);
-  return tree ? dump(tree.get()) : "error: " + description(error);
+  return tree ? dump(tree.get()) : "error: " + part(error, kBQXMLTreeErrorDescription);
+}
+
+/* The error as "line, byte: description". */
+std::string failure(std::string_view bytes) {
+  Ref<const BQDictionary> error;
+  EXPECT_FALSE(parse(bytes, &error)) << bytes;
+  return part(error, kBQXMLTreeErrorLineNumber) + ", " + part(error, kBQXMLTreeErrorLocation) + ": " +
+         part(error, kBQXMLTreeErrorDescription);
 }
 
 std::string repeated(std::string_view piece, size_t count) {
@@ -96,19 +95,14 @@ std::string wide(std::string_view ascii, bool bigEndian) {
   return result;
 }
 
-struct Case {
-  std::string document;
-  std::string dump;
-};
-
-void expectDumps(const std::vector<Case>& cases) {
-  for (const Case& row : cases) EXPECT_EQ(outcome(row.document), row.dump) << row.document;
+/* Documents and their dumps. */
+void expectDumps(const std::vector<std::pair<std::string, std::string>>& cases) {
+  for (const auto& [document, dump] : cases) EXPECT_EQ(outcome(document), dump) << document;
 }
 
 TEST(XMLParser, KeepsTextAndDropsWhiteSpaceBetweenTags) {
   expectDumps({
       {"<a/>", "a()"},
-      {"<a></a>", "a()"},
       {"<a> </a>", "a()"},
       {"<a>\n  <b> </b>\r\n\t<c/>\n</a>", "a(b(),c())"},
       {"<a>&#32;&#10;</a>", "a()"},
@@ -125,7 +119,6 @@ TEST(XMLParser, KeepsWhiteSpaceBesideCDATAAndReferences) {
   expectDumps({
       {"<a> <![CDATA[x]]> </a>", "a(\" \",[x],\" \")"},
       {"<a><b/> <![CDATA[x]]><c/> </a>", "a(b(),\" \",[x],c())"},
-      {"<a><![CDATA[ ]]></a>", "a([ ])"},
       {"<a><![CDATA[]]></a>", "a([])"},
       {"<a><![CDATA[]]>\n</a>", "a([],\"\n\")"},
       {"<a>1<![CDATA[<&]]]><![CDATA[\r\n]]>2</a>", "a(\"1\",[<&]],[\n],\"2\")"},
@@ -157,9 +150,8 @@ TEST(XMLParser, KeepsOtherEntityReferencesUnexpanded) {
       {"<a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
       {"<?xml version='1.0' standalone='yes'?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
       {"<?xml version=\"1.0\" standalone = \"yes\" ?><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
-      {"<!DOCTYPE a [<!ENTITY e 'E'>]><a>x&e;y&f;</a>", "a(\"x\",&e;,\"y\",&f;)"},
-      {"<!DOCTYPE a [<!ENTITY e '<b/>'>]><a>&e;</a>", "a(&e;)"},
       {"<!DOCTYPE a SYSTEM 'file:///nowhere'><a>&e;</a>", "a(&e;)"},
+      {"<!DOCTYPE a [<!ENTITY e 'E'>]><a>x&e;y&f;</a>", "a(\"x\",&e;,\"y\",&f;)"},
       {"<!DOCTYPE a SYSTEM 'file:///nowhere' [<!ENTITY e 'E'>]><a>&e;&f;</a>", "a(&e;,&f;)"},
       {"<!DOCTYPE a [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><a>x&e;y</a>", "a(\"x\",&e;,\"y\")"},
       {"<!DOCTYPE a [<!ENTITY % p SYSTEM 'file:///nowhere'>%p;<!ENTITY e 'E'>]><a>&e;</a>", "a(&e;)"},
@@ -212,18 +204,13 @@ TEST(XMLParser, ReadsEveryEncoding) {
 }
 
 TEST(XMLParser, RefusesBytesThatAreNotInTheirEncoding) {
-  struct Row {
-    std::string document;
-    int64_t status;
-  };
-  constexpr int64_t kInvalidToken = 4;
-  const Row rows[] = {
+  constexpr int kInvalidToken = 4;
+  const std::pair<std::string, int> rows[] = {
       {"<a>\xE5</a>", kInvalidToken},
       {"<a>\xED\xA0\x80</a>", kInvalidToken},
       {"<a>\xEF\xBF\xBF</a>", kInvalidToken},
       {"<a>\x01</a>", kInvalidToken},
       {"<a>\0</a>"s, kInvalidToken},
-      {"<?xml version='1.0' encoding='no-such-set'?><a/>", kBQXMLTreeStatusBadEncoding},
       {"<?xml version='1.0' encoding='" + std::string(1 << 20, 'x') + "'?><a/>", kBQXMLTreeStatusBadEncoding},
       {"<?xml version='1.0' encoding='\xFF%s%n'?><a/>", kBQXMLTreeStatusBadEncoding},
       {"<?xml version='1.0' encoding='us-ascii'?><a>\xE5</a>", kBQXMLTreeStatusBadEncoding},
@@ -233,43 +220,29 @@ TEST(XMLParser, RefusesBytesThatAreNotInTheirEncoding) {
       {"\xFE\xFF" + wide("<a/>", true) + "\0"s, kBQXMLTreeStatusBadEncoding},
       {"\xFE\xFF" + wide("<?xml version='1.0'?>", true) + "\xFF\xFE\x00\xD8"s, kBQXMLTreeStatusBadEncoding},
   };
-  for (const Row& row : rows) {
+  for (const auto& [document, status] : rows) {
     Ref<const BQDictionary> error;
-    EXPECT_FALSE(parse(row.document, &error)) << row.document;
-    EXPECT_EQ(number(error, kBQXMLTreeErrorStatusCode), row.status) << row.document;
-    EXPECT_LT(description(error).size(), 200u);
+    EXPECT_FALSE(parse(document, &error)) << document;
+    EXPECT_EQ(part(error, kBQXMLTreeErrorStatusCode), std::to_string(status)) << document;
+    EXPECT_LT(part(error, kBQXMLTreeErrorDescription).size(), 200u);
   }
 }
 
 TEST(XMLParser, SaysWhatIsWrongAndWhere) {
-  struct Row {
-    std::string document;
-    std::string description;
-    int64_t line, location;
+  const std::pair<const char*, const char*> rows[] = {
+      {"", "1, 0: no element found"},
+      {"<a>\n<b></a>", "2, 9: mismatched tag"},
+      {"<a/><b/>", "1, 4: junk after document element"},
+      {"<a b='1'\n b='2'/>", "2, 10: duplicate attribute"},
+      {"<a b='<'/>", "1, 6: not well-formed (invalid token)"},
+      {"<a>&#0;</a>", "1, 3: reference to invalid character number"},
+      {"<?xml version='1.0'?>\n\xEF\xBB\xBF<a></b>", "2, 30: mismatched tag"},
+      {"<?xml version='1.0' standalone='yes'?>\n<a></b>", "2, 44: mismatched tag"},
+      {"\xEF\xBB\xBF<a></b>", "1, 8: mismatched tag"},
+      {"<?xml version='1.0' version='1.0'?><a/>", "1, 20: XML declaration not well-formed"},
+      {" <?xml version='1.0'?><a/>", "1, 1: XML or text declaration not at start of entity"},
   };
-  const Row rows[] = {
-      {"", "no element found", 1, 0},
-      {"  ", "no element found", 1, 2},
-      {"<a>\n<b></a>", "mismatched tag", 2, 9},
-      {"<a>", "no element found", 1, 3},
-      {"<a/><b/>", "junk after document element", 1, 4},
-      {"<a b='1'\n b='2'/>", "duplicate attribute", 2, 10},
-      {"<a b='<'/>", "not well-formed (invalid token)", 1, 6},
-      {"<a>&e</a>", "not well-formed (invalid token)", 1, 5},
-      {"<a>&#0;</a>", "reference to invalid character number", 1, 3},
-      {"<?xml version='1.0'?>\n\xEF\xBB\xBF<a></b>", "mismatched tag", 2, 30},
-      {"<?xml version='1.0' standalone='yes'?>\n<a></b>", "mismatched tag", 2, 44},
-      {"\xEF\xBB\xBF<a></b>", "mismatched tag", 1, 8},
-      {"<?xml version='1.0' version='1.0'?><a/>", "XML declaration not well-formed", 1, 20},
-      {" <?xml version='1.0'?><a/>", "XML or text declaration not at start of entity", 1, 1},
-  };
-  for (const Row& row : rows) {
-    Ref<const BQDictionary> error;
-    EXPECT_FALSE(parse(row.document, &error)) << row.document;
-    EXPECT_EQ(description(error), row.description) << row.document;
-    EXPECT_EQ(number(error, kBQXMLTreeErrorLineNumber), row.line) << row.document;
-    EXPECT_EQ(number(error, kBQXMLTreeErrorLocation), row.location) << row.document;
-  }
+  for (const auto& [document, expected] : rows) EXPECT_EQ(failure(document), expected) << document;
 }
 
 TEST(XMLParser, AcceptsMissingDataAndMissingError) {
@@ -289,9 +262,9 @@ TEST(XMLParser, RefusesDeepNesting) {
        {nested(513), nested(100000), repeated("<a>", 512) + "<a/>", repeated("<a>", 1000000)}) {
     Ref<const BQDictionary> error;
     EXPECT_FALSE(parse("\n" + document, &error));
-    EXPECT_EQ(number(error, kBQXMLTreeErrorStatusCode), kBQXMLTreeStatusTooDeep);
-    EXPECT_EQ(number(error, kBQXMLTreeErrorLineNumber), 2);
-    EXPECT_EQ(number(error, kBQXMLTreeErrorLocation), 1 + 512 * 3);
+    EXPECT_EQ(part(error, kBQXMLTreeErrorStatusCode), std::to_string(kBQXMLTreeStatusTooDeep));
+    EXPECT_EQ(part(error, kBQXMLTreeErrorLineNumber), "2");
+    EXPECT_EQ(part(error, kBQXMLTreeErrorLocation), std::to_string(1 + 512 * 3));
   }
 }
 
@@ -372,22 +345,18 @@ TEST(XMLTree, PartsOutliveTheTree) {
     Ref<const BQTree> tree = parse(document);
     return Ref<const void>::retain(find(tree.get()));
   };
-  auto subtree = part([](const BQTree* tree) { return descend(tree, 2); });
+  auto subtree = part([](const BQTree* tree) { return descend(tree, 1); });
   auto node = part([](const BQTree* tree) { return BQXMLTreeGetNode(descend(tree, 3)); });
   auto string =
       part([](const BQTree* tree) { return BQXMLNodeGetString(BQXMLTreeGetNode(descend(tree, 3))); });
   auto attributes = part([](const BQTree* tree) {
-    return static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(descend(tree, 1))))
-        ->attributes;
+    auto* info = BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(descend(tree, 1)));
+    return static_cast<const BQXMLElementInfo*>(info)->attributes;
   });
-  EXPECT_EQ(dump(static_cast<const BQTree*>(subtree.get())), "\"some text\"");
-  EXPECT_EQ(text(BQXMLNodeGetString(
-                BQXMLTreeGetNode(BQTreeGetNextSibling(static_cast<const BQTree*>(subtree.get()))))),
-            "c");
+  EXPECT_EQ(dump(static_cast<const BQTree*>(subtree.get())), "c d=x(\"some text\"),c()");
   EXPECT_EQ(text(BQXMLNodeGetString(static_cast<const BQXMLNode*>(node.get()))), "some text");
-  EXPECT_EQ(text(static_cast<const BQString*>(string.get())), "some text");
-  EXPECT_TRUE(BQEqual(BQDictionaryGetValue(static_cast<const BQDictionary*>(attributes.get()), BQSTR("b")),
-                      BQSTR("value")));
+  EXPECT_EQ(describe(string.get()), "some text");
+  EXPECT_EQ(describe(attributes.get()), R"({"b": "value"})");
 }
 
 TEST(XMLTree, EqualNamesAndAttributesAreShared) {
@@ -430,9 +399,6 @@ TEST(XMLTree, AccessorsRefuseOtherObjects) {
 
 TEST(XMLTree, DescribesItsNodesShortly) {
   Ref<const BQTree> tree = parse("<a><![CDATA[x]]>&e;text</a>");
-  auto describe = [](BQTypeRef object) {
-    return text(Ref<const BQString>::adopt(BQCopyDescription(object)).get());
-  };
   EXPECT_EQ(describe(tree.get()), "<BQTree document>");
   EXPECT_EQ(describe(descend(tree.get(), 1)), "<BQTree element a>");
   std::string nodes;
