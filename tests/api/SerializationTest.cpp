@@ -3,6 +3,7 @@
 #include <VX/VX.h>
 
 #include "api/MethodInvocationHandle.h"
+#include "support/Constants.h"
 #include "support/Values.h"
 
 namespace {
@@ -23,7 +24,7 @@ Value listOf(const std::string& entries) {
 }
 
 TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
-  for (const BQString* protocol : {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol}) {
+  for (const BQString* protocol : kProtocols) {
     Value original = Value::adopt(create(protocol));
     auto* handle = original.as<OpaqueVXMethodInvocationRef>();
     Value parameters = dictionary({{"a", integer(1)},

@@ -15,23 +15,6 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 using vx::VXSerializerBase;
 
-TEST(SerializerBase, PatternsMatchWholeValues) {
-  const char* const null = nullptr;
-  const struct {
-    const char* value;
-    const char* pattern;
-    bool matches;
-  } rows[] = {{"urn:x", "", true},         {null, "", true},          {"urn:x", "*", true},
-              {null, "*", true},           {null, null, true},        {"urn:x", null, false},
-              {null, "urn:x", false},      {"urn:x", "URN:X", true},  {"urn:xy", "urn:x", false},
-              {"urn:xy", "urn:x*", false}, {"urn:x*", "urn:x*", true}};
-  auto make = [](const char* text) { return text == nullptr ? Value() : string(text); };
-  for (const auto& row : rows) {
-    EXPECT_EQ(vx::wildcardMatches(make(row.value), make(row.pattern)), row.matches)
-        << (row.value ? row.value : "null") << " against " << (row.pattern ? row.pattern : "null");
-  }
-}
-
 TEST(SerializerBase, PropertiesAreFoundByTextAndRemovedByNull) {
   VXSerializerBase base;
   Value key = Value::adopt(BQStringCreateMutableCopy(BQSTR("key"))), value = string("value");
