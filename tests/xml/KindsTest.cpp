@@ -99,22 +99,4 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
   }
 }
 
-TEST(Kinds, EntriesAreReadAsIntegersIfTheyFit) {
-  const std::pair<Value, int> rows[] = {
-      {integer(5), 5}, {real(6), 6},      {integer(int64_t{1} << 40, kBQNumberSInt64Type), 99},
-      {real(2.5), 99}, {string("5"), 99}, {Value::retain(kBQBooleanTrue), 99},
-      {Value(), 99},
-  };
-  for (const auto& [value, number] : rows) {
-    EXPECT_EQ(vx::getDictNumber(dictionary({{"k", value}}), BQSTR("k"), 99), number) << notation(value.get());
-  }
-  EXPECT_EQ(vx::getDictNumber(nullptr, BQSTR("k"), 99), 99);
-}
-
-TEST(Kinds, ControlEntriesAreNoMembers) {
-  for (const char* key : {"", "/", "/VXRecordParamOrder"}) EXPECT_FALSE(vx::isValidKey(string(key))) << key;
-  for (const char* key : {"a", "a/b", " /"}) EXPECT_TRUE(vx::isValidKey(string(key))) << key;
-  EXPECT_FALSE(vx::isValidKey(nullptr));
-}
-
 }  // namespace

@@ -43,16 +43,4 @@ TEST(XMLBuffer, IndentsByLevel) {
   }
 }
 
-TEST(XMLBuffer, LinesEndWithCRLF) {
-  XMLBuffer buffer(kBQStringEncodingUTF8);
-  buffer.addTo(1, "");
-  buffer.addTo(1, "%d %g %@ %%", 5, 2.5, BQSTR("<&>"));
-  EXPECT_EQ(documentOf(buffer), kDeclaration + "  \r\n  5 2.5 <&> %\r\n");
-  buffer.addTo(0, BQSTR("\u00e9\nsecond %s"), "part");
-  buffer.addLine(0, {});
-  buffer.addEncodedLine(1, {"<a>"}, BQSTR("<'b'>"), {"</a>"});
-  EXPECT_EQ(documentOf(buffer).substr(kDeclaration.size()),
-            "  \r\n  5 2.5 <&> %\r\n\u00e9\nsecond part\r\n\r\n  <a>&lt;&apos;b&apos;&gt;</a>\r\n");
-}
-
 }  // namespace
