@@ -56,15 +56,6 @@ TEST(Kinds, SchemaNamesStandForThem) {
   }
 }
 
-TEST(Kinds, SchemaNamesAreUnderstoodByNamespaceOrByPrefix) {
-  const BQString* schema = vx::VX_SOAP_2001_SCHEMA_NAMESPACE;
-  EXPECT_EQ(vx::VXQualifiedtoVXType(BQSTR("HTTP://WWW.W3.ORG/2001/XMLSCHEMA"), BQSTR("int")), kVXTypeInteger);
-  EXPECT_EQ(vx::VXQualifiedtoVXType(schema, BQSTR("xsd:int")), kVXTypeUnknown) << "not both";
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("a:b:int")), kVXTypeInteger) << "the last colon counts";
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("int:")), kVXTypeUnknown);
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR(":int")), kVXTypeUnknown) << "no prefix";
-}
-
 TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
   const std::pair<std::string, const char*> rows[] = {
       {"42", "42"},
