@@ -129,15 +129,6 @@ TEST(Transaction, EveryCutOfAReplyEndsInOneFault) {
   }
 }
 
-TEST(Transaction, EverySplitOfAReplyGivesTheResult) {
-  std::vector<Script> scripts;
-  for (size_t at = 1; at < kOK.size(); ++at) {
-    scripts.push_back(Script().expectRequest().send(kOK.substr(0, at)).send(kOK.substr(at)));
-  }
-  ScriptedPeer peer(scripts);
-  for (size_t at = 1; at < kOK.size(); ++at) EXPECT_EQ(valueOf(TestCall(peer.url()).invoke()), "ok") << at;
-}
-
 /* The header lines of a request, without the one that tells the length. */
 std::vector<std::string> headersOf(const std::string& request) {
   std::vector<std::string> lines;
