@@ -294,63 +294,54 @@ TEST(Transaction, LogsItsStepsWhenVerbose) {
   }
 }
 
-/* Steps the machine by hand through what a peer cannot cause. */
-class MachineTest : public testing::Test {
- protected:
-  MachineTest() : call("http://127.0.0.1:1/") {
-    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
-    VXMethodInvocationSetCallBack(
-        call.get(),
-        [](VXMethodInvocationRef, void* info, const BQDictionary* result) {
-          static_cast<MachineTest*>(info)->failures.push_back(failureOf(result));
-          BQRelease(result);
-        },
-        &context);
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+/* Is stepped by hand through what a peer cannot cause. */
+class Machine : public Scheduled {
+ public:
+  Machine() : Scheduled("http://127.0.0.1:1/") {
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
     source->getSourceCreatingIfNecessary();
   }
 
-  TestCall call;
   HTTPClosureSource* source;
-  std::vector<std::string> failures;
 };
 
-TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
+TEST(Machine, EndsInEachStateThatHasNoWork) {
   const std::pair<int32_t, const char*> rows[] = {{1, "Timed Out Waiting For Open -1 -65796"},
                                                   {4, "Timed Out -1 -65796"},
                                                   {5, "Uknown State 2 -65794"},
                                                   {-1, "Uknown State 2 -65794"}};
   for (auto [state, expected] : rows) {
-    failures.clear();
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
-    source->setState(state);
-    source->perform();
-    source->perform();
-    EXPECT_EQ(failures, std::vector<std::string>{expected});
-    EXPECT_EQ(source->getState(), state);
+    Machine machine;
+    machine.source->setState(state);
+    machine.source->perform();
+    machine.source->perform();
+    EXPECT_EQ(machine.outcomes, std::vector<std::string>{expected});
+    EXPECT_EQ(machine.source->getState(), state);
   }
 }
 
-TEST_F(MachineTest, TimerCountsOnlyBeforeTheEndOfTheReply) {
+TEST(Machine, TimerCountsOnlyBeforeTheEndOfTheReply) {
   const int32_t expected[] = {4, 4, 4, 3, 4};
   for (int32_t state = 0; state < 5; ++state) {
-    source->setState(state);
-    source->timedOut();
-    EXPECT_EQ(source->getState(), expected[state]) << state;
+    Machine machine;
+    machine.source->setState(state);
+    machine.source->timedOut();
+    EXPECT_EQ(machine.source->getState(), expected[state]) << state;
   }
 }
 
-TEST_F(MachineTest, EventsSetTheStateAndUnknownOnesEndTheCall) {
-  source->readStreamCallback(kBQStreamEventOpenCompleted);
-  EXPECT_EQ(source->getState(), 0);
-  source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-  EXPECT_EQ(source->getState(), 2);
-  source->readStreamCallback(kBQStreamEventEndEncountered);
-  EXPECT_EQ(source->getState(), 3);
-  source->readStreamCallback(kBQStreamEventCanAcceptBytes);
-  source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-  EXPECT_EQ(failures, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
-  EXPECT_EQ(source->getState(), 3) << "events behind the end of the call are ignored";
+TEST(Machine, EventsSetTheStateAndUnknownOnesEndTheCall) {
+  Machine machine;
+  const std::pair<BQStreamEventType, int32_t> rows[] = {{kBQStreamEventOpenCompleted, 0},
+                                                        {kBQStreamEventHasBytesAvailable, 2},
+                                                        {kBQStreamEventEndEncountered, 3},
+                                                        {kBQStreamEventCanAcceptBytes, 3},
+                                                        {kBQStreamEventHasBytesAvailable, 3}};
+  for (auto [event, state] : rows) {
+    machine.source->readStreamCallback(event);
+    EXPECT_EQ(machine.source->getState(), state) << "events behind the end of the call are ignored";
+  }
+  EXPECT_EQ(machine.outcomes, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
 }
 
 TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
