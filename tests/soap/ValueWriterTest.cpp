@@ -72,6 +72,12 @@ TEST(SOAPValueWriter, NamesTypesAsTheGenerationDoes) {
       {blob("Man"), "<n xsi:type=\"xsd:base64\">TWFu</n>\r\n"},
   };
   for (const auto& [value, lines] : rows) EXPECT_EQ(written(value, 0, kVXSOAP1999Protocol), lines);
+  vx::SOAPProtocolHandler old(kVXSOAP1999Protocol), current(kVXSOAP2001Protocol), none(nullptr);
+  EXPECT_EQ(text(old.heterogeneousArrayTypeName()), "ur-type");
+  EXPECT_EQ(text(old.dateTimeEncoding()), "timeInstant");
+  EXPECT_EQ(text(current.heterogeneousArrayTypeName()), "anyType");
+  EXPECT_EQ(text(current.dateTimeEncoding()), "dateTime");
+  EXPECT_EQ(none.dateTimeEncoding(), nullptr);
 }
 
 TEST(SOAPValueWriter, WritesContainersLevelByLevel) {
