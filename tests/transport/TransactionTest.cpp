@@ -145,6 +145,7 @@ std::vector<std::string> requestHeaders(void (*configure)(TestCall&)) {
   TestCall call(peer.url("/RPC2?a=b"));
   configure(call);
   EXPECT_EQ(valueOf(call.invoke()), "ok");
+  EXPECT_TRUE(peer.requests().at(0).ends_with("</methodCall>\r\n"));
   return headersOf(peer.requests().at(0));
 }
 
