@@ -62,7 +62,7 @@ XMLBuffer::XMLBuffer(unsigned long wanted) : text(BQStringCreateMutable(kFirstCa
     name = BQSTR("UTF-8");
     encoding = kBQStringEncodingUTF8;
   }
-  addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
+  addLine(0, {"<?xml version=\"1.0\" encoding=\"", textOf(name), "\"?>"});
 }
 
 char* XMLBuffer::reserve(size_t size) {
