@@ -3,13 +3,12 @@
 
 #include <string>
 
+#include "support/Constants.h"
 #include "support/Values.h"
 
 namespace {
 
 using namespace support;
-
-const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
 
 /* What a call returned, which is released. */
 std::string got(BQTypeRef result) {
@@ -66,14 +65,9 @@ TEST(Boundary, FunctionsTakeNullAndOtherClasses) {
     std::string result;
     const char* expected;
   } rows[] = {
-      {"invocation, no URL", got(VXMethodInvocationCreate(nullptr, BQSTR("m"), kVXXMLRPCProtocol)), "-"},
-      {"invocation, no protocol", got(VXMethodInvocationCreate(endpoint, nullptr, nullptr)), "-"},
       {"invocation, other protocol", got(VXMethodInvocationCreate(endpoint, nullptr, as<BQString>(number))),
        "-"},
       {"handler, other protocol", got(VXProtocolHandlerCreate(buffer, other)), "-"},
-      {"handler, ignored argument", got(VXProtocolHandlerCreate(buffer, kVXXMLRPCProtocol)),
-       "OpaqueVXProtocolHandlerRef"},
-      {"fault, null", std::to_string(VXMethodResultIsFault(nullptr)), "0"},
       {"fault of another class", std::to_string(VXMethodResultIsFault(as<BQDictionary>(other))), "0"},
       {"kind of null", std::to_string(VXGetVXTypeIDFromBQType(nullptr)), "0"},
       {"class of no kind", std::to_string(VXGetBQTypeIDFromVXTypeID(static_cast<VXTypeID>(15))), "0"},

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "api/CountingContext.h"
+#include "support/Constants.h"
 #include "support/Values.h"
 
 namespace {
@@ -20,22 +21,14 @@ VXProtocolHandlerRef handlerOf(const Value& handle) {
   return handle.as<OpaqueVXProtocolHandlerRef>();
 }
 
-TEST(Handles, BelongToTheirTwoClasses) {
-  EXPECT_NE(VXMethodInvocationGetTypeID(), 0u);
-  EXPECT_EQ(VXMethodInvocationGetTypeID(), VXMethodInvocationGetTypeID());
-  EXPECT_NE(VXMethodInvocationGetTypeID(), VXProtocolHandlerGetTypeID());
-  auto className = [](BQTypeID typeID) { return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get()); };
-  EXPECT_EQ(className(VXMethodInvocationGetTypeID()), "OpaqueVXMethodInvocationRef");
-  EXPECT_EQ(className(VXProtocolHandlerGetTypeID()), "OpaqueVXProtocolHandlerRef");
-}
-
 TEST(Handles, AreMadeForTheProtocolConstantsThemselves) {
-  for (const BQString* protocol : {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol}) {
+  for (const BQString* protocol : kProtocols) {
     Value invocation = makeInvocation(protocol);
     Value handler = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
+    EXPECT_EQ(notation(invocation.get()), "OpaqueVXMethodInvocationRef");
+    EXPECT_EQ(notation(handler.get()), "OpaqueVXProtocolHandlerRef");
     EXPECT_EQ(BQGetTypeID(invocation), VXMethodInvocationGetTypeID());
     EXPECT_EQ(BQGetTypeID(handler), VXProtocolHandlerGetTypeID());
-    EXPECT_EQ(BQGetRetainCount(invocation), 1);
     Value equal = string(text(protocol));
     EXPECT_EQ(makeInvocation(equal).get(), nullptr) << "an equal string is another object";
     EXPECT_EQ(VXProtocolHandlerCreate(nullptr, equal), nullptr);
@@ -100,6 +93,59 @@ TEST(Handles, OfHandlersDestroyTheirOverridesToo) {
     EXPECT_EQ(counter.retained, 2);
   }
   EXPECT_EQ(counter.released, 2);
+}
+
+/* The parameters of an invocation and their order as they read back. */
+std::string parametersOf(VXMethodInvocationRef invocation) {
+  const BQArray* order = reinterpret_cast<const BQArray*>(kBQNull);
+  Value copy = Value::adopt(VXMethodInvocationCopyParameters(invocation, &order));
+  return notation(copy.get()) + " " + notation(Value::adopt(order).get());
+}
+
+TEST(MethodInvocation, ParametersReadBackWithTheirOrder) {
+  Value handle = makeInvocation(kVXXMLRPCProtocol);
+  VXMethodInvocationRef invocation = invocationOf(handle);
+  Value values = dictionary({{"b", integer(1)}, {"a", integer(2)}});
+  Value order = array({string("a"), string("missing")});
+  EXPECT_EQ(parametersOf(invocation), "- -") << "never set";
+  VXMethodInvocationSetParameters(invocation, values, nullptr);
+  EXPECT_EQ(parametersOf(invocation), "{b: 1, a: 2} ['b', 'a']") << "the keys are the order";
+  Value copy = Value::adopt(VXMethodInvocationCopyParameters(invocation, nullptr));
+  BQDictionarySetValue(values.as<BQDictionary>(), BQSTR("a"), integer(3));
+  EXPECT_EQ(notation(copy.get()), "{b: 1, a: 2}") << "a copy";
+  VXMethodInvocationSetParameters(invocation, values, order);
+  EXPECT_EQ(parametersOf(invocation), "{b: 1, a: 3} ['a', 'missing']") << "the objects given";
+  VXMethodInvocationSetParameters(invocation, dictionary({}), nullptr);
+  EXPECT_EQ(parametersOf(invocation), "{} []");
+  VXMethodInvocationSetParameters(invocation, nullptr, order);
+  EXPECT_EQ(parametersOf(invocation), "- ['a', 'missing']");
+  VXMethodInvocationSetParameters(invocation, nullptr, nullptr);
+  EXPECT_EQ(parametersOf(invocation), "- -");
+}
+
+TEST(MethodInvocation, TheCallbackContextIsReleasedWhenItIsReplaced) {
+  Value handle = makeInvocation(kVXXMLRPCProtocol);
+  VXMethodInvocationRef invocation = invocationOf(handle);
+  CountingContext first, second;
+  VXClientContext contexts[] = {first.context(), second.context()};
+  auto ignore = [](VXMethodInvocationRef, void*, const BQDictionary*) {};
+  VXMethodInvocationSetCallBack(invocation, ignore, &contexts[0]);
+  VXMethodInvocationSetCallBack(invocation, ignore, &contexts[1]);
+  EXPECT_EQ(first.released, 1);
+  EXPECT_EQ(second.released, 0);
+  VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
+  EXPECT_EQ(second.retained, 1);
+  EXPECT_EQ(second.released, 1);
+}
+
+TEST(MethodInvocation, MayBeTakenOffARunLoopThatItNeverWasOn) {
+  Value handle = makeInvocation(kVXXMLRPCProtocol);
+  VXMethodInvocationRef invocation = invocationOf(handle);
+  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
+  EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished);
+  VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
+  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
+  EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished) << "never performed";
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "api/CountingContext.h"
 #include "support/Values.h"
 
 namespace {
@@ -14,23 +13,6 @@ using namespace support;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 using vx::VXSerializerBase;
-
-TEST(SerializerBase, PatternsMatchWholeValues) {
-  const char* const null = nullptr;
-  const struct {
-    const char* value;
-    const char* pattern;
-    bool matches;
-  } rows[] = {{"urn:x", "", true},         {null, "", true},          {"urn:x", "*", true},
-              {null, "*", true},           {null, null, true},        {"urn:x", null, false},
-              {null, "urn:x", false},      {"urn:x", "URN:X", true},  {"urn:xy", "urn:x", false},
-              {"urn:xy", "urn:x*", false}, {"urn:x*", "urn:x*", true}};
-  auto make = [](const char* text) { return text == nullptr ? Value() : string(text); };
-  for (const auto& row : rows) {
-    EXPECT_EQ(vx::wildcardMatches(make(row.value), make(row.pattern)), row.matches)
-        << (row.value ? row.value : "null") << " against " << (row.pattern ? row.pattern : "null");
-  }
-}
 
 TEST(SerializerBase, PropertiesAreFoundByTextAndRemovedByNull) {
   VXSerializerBase base;
@@ -46,34 +28,6 @@ TEST(SerializerBase, PropertiesAreFoundByTextAndRemovedByNull) {
   base.setProperty(BQSTR("key"), nullptr);
   EXPECT_EQ(base.getProperty(BQSTR("key")), nullptr);
   EXPECT_EQ(BQGetRetainCount(value), 1);
-}
-
-TEST(SerializerBase, TheParentIsAskedFirst) {
-  VXSerializerBase parent, child;
-  child.setProperty(BQSTR("a"), BQSTR("child"));
-  child.setProperty(BQSTR("b"), BQSTR("child"));
-  parent.setProperty(BQSTR("b"), BQSTR("parent"));
-  child.setParentSerializer(&parent);
-  EXPECT_EQ(notation(child.getProperty(BQSTR("a"))), "'child'");
-  EXPECT_EQ(notation(child.getProperty(BQSTR("b"))), "'parent'");
-  EXPECT_EQ(child.getPropertyOfType(BQSTR("b"), BQNumberGetTypeID()), nullptr) << "another class is no value";
-}
-
-TEST(SerializerBase, ContextsAreRetainedAndReleasedOnce) {
-  CountingContext counter;
-  VXClientContext source = counter.context(), stored;
-  VXSerializerBase::retainContext(&stored, &source);
-  EXPECT_EQ(counter.retained, 1);
-  EXPECT_EQ(CountingContext::of(stored.info), &counter) << "the info is what retain returned";
-  VXSerializerBase::releaseContext(&stored);
-  VXSerializerBase::releaseContext(&stored);
-  EXPECT_EQ(counter.released, 1);
-  source.info = nullptr;
-  VXSerializerBase::retainContext(&stored, &source);
-  VXSerializerBase::releaseContext(&stored);
-  EXPECT_EQ(counter.retained + counter.released, 2) << "not called without an info";
-  VXSerializerBase::retainContext(&stored, nullptr);
-  EXPECT_EQ(stored.release, nullptr);
 }
 
 /* Writes the text that the info points to; null for a null one. */

@@ -18,14 +18,14 @@
 #include <vector>
 
 #include "soak/SoakServer.h"
+#include "support/Constants.h"
 #include "support/Values.h"
 
 namespace soak {
 namespace {
 
+using support::kProtocols;
 using support::Value;
-
-const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
 
 constexpr int kBatch = 8;
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "soap/Envelope.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "support/Values.h"
 
@@ -14,10 +15,7 @@ using namespace support;
 Value readReply(const std::string& content) {
   vx::SOAPProtocolHandler handler(kVXSOAP2001Protocol);
   return Value::adopt(
-      handler.parseReplyData(BQSTR("m"),
-                             blob("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body>" +
-                                  content + "</e:Body></e:Envelope>"),
-                             kBQStringEncodingUTF8, nullptr));
+      handler.parseReplyData(BQSTR("m"), blob(body(content)), kBQStringEncodingUTF8, nullptr));
 }
 
 /* The message of the fault; the start of the result dictionary if there is none. */

@@ -45,39 +45,29 @@ TEST(SOAPValue, HasTheKindOfItsType) {
     const char* value;
   } rows[] = {
       {"xsd:int", "42", "42"},
-      {"old:int", "42", "42"},
-      {"enc:int", "42", "42"},
       {"any:int", "42", "42"},
-      {"xsd:i4", "-7", "-7"},
       {"xsd:long", "4294967296", "4294967296L"},
-      {"xsd:short", " 0x1F", "31"},
       {"xsd:int", "x", "0"},
       {"xsd:INT", "42", "42"},
       {"xsd:integer", "42", "'42'"},
-      {"xsd:boolean", "true", "true"},
-      {"xsd:bool", "1", "true"},
       {"xsd:boolean", "yes", "true"},
       {"xsd:boolean", "FALSE", "false"},
       {"xsd:boolean", "0", "false"},
       {"xsd:boolean", "nil", "true"},
       {"xsd:BOOLEAN", "Nil", "false"},
       {"xsd:double", "2.5", "2.5d"},
-      {"xsd:float", "-1e3", "-1000d"},
       {"xsd:decimal", "x", "0d"},
       {"xsd:FLOAT", "2.5", "2.5d"},
       {"xsd:string", "a<![CDATA[<b>]]>c&amp;", "'a<b>c&'"},
       {"xsd:STRING", "a", "'a'"},
       {"xsd:string", "<b>x</b>", "{b: 'x'}"},
       {"xsd:dateTime", "2005-02-28T13:45:09Z", "@2005-02-28T13:45:09"},
-      {"old:timeInstant", "20050228T13:45:09Z", "@2005-02-28T13:45:09"},
       {"xsd:TimeInstant", "2005-02-28T13:45:09Z", "@2005-02-28T13:45:09"},
-      {"xsd:base64", "TWFu", "<4d616e>"},
       {"xsd:base64Binary", "T W\nFu", "<4d616e>"},
       {"enc:base64", "TWFu", "<4d616e>"},
       {"ENC:Base64", "TWFu", "'TWFu'"},
       {"enc:BASE64", "TWFu", "<4d616e>"},
       {"xsd:nil", "text", "null"},
-      {"xsd:NULL", "text", "null"},
       {"enc:Array", "<a>1</a><b>2</b>", "['1', '2']"},
       {"enc:ARRAY", "<a>1</a>", "['1']"},
       {"enc:Dictionary", "<a>1</a>", "{a: '1'}"},
@@ -121,6 +111,9 @@ TEST(SOAPValue, WithoutATypeHasTheKindOfItsShape) {
       {"<v xmlns='urn:other' s:type='xsd:int'>5</v>", "'5'"},
       {"<v xmlns='urn:service' s:type='xsd:int'>5</v>", "5"},
       {"<v xmlns:xsd='urn:other' xsi:type='xsd:int'>5</v>", "'5'"},
+      {"<v XMLNS:t='http://www.w3.org/2001/XMLSchema' xsi:type='t:int'>5</v>", "5"},
+      {"<v xmlns:='urn:service' xmlnst='urn:service' s:type='xsd:int'>5</v>", "5"},
+      {"<v xmlns:t:u='http://www.w3.org/2001/XMLSchema' xsi:type='t:u:int'>5</v>", "5"},
       {"<v><a xsi:type='xsd:int'>1</a><a>2</a><b/><a>3</a></v>", "{a: [1, '2', '3'], b: null}"},
       {"<v><a enc:arrayType=''><i>1</i></a><a>2</a><a enc:arrayType=''/></v>", "{a: ['1', '2', []]}"},
       {"<v><a/><a/></v>", "{a: [null, null]}"},
@@ -151,29 +144,6 @@ TEST(SOAPValue, MayStandElsewhere) {
       {"<v xmlns='urn:other' s:href='#a'/>", "null"},
   };
   for (auto [elements, value] : rows) EXPECT_EQ(read(elements), value) << elements;
-}
-
-TEST(SOAPValue, AttributesAreFoundByNamespaceAndName) {
-  Value document = tree("<e" + kNamespaces + " s:id='1' ID='2' xsi:id='3' un:href='4'/>");
-  const BQTree* element = BQTreeGetFirstChild(document);
-  vx::NamespaceMap namespaces;
-  vx::xmlGetElementNamespaces(element, &namespaces);
-  auto find = [&](const BQString* uri, std::string_view name) {
-    const BQString* value = vx::getNodeAttribute(element, namespaces, uri, name);
-    return value == nullptr ? "-" : text(value);
-  };
-  EXPECT_EQ(find(nullptr, "id"), "1");
-  EXPECT_EQ(find(nullptr, "Href"), "4") << "any namespace, even an undeclared one";
-  EXPECT_EQ(find(BQSTR("URN:SERVICE"), "id"), "1");
-  EXPECT_EQ(find(BQSTR("urn:none"), "id"), "-");
-  EXPECT_EQ(find(BQSTR("urn:service"), "href"), "-") << "an undeclared prefix is in no namespace";
-  EXPECT_EQ(text(vx::getSoapNodeAttribute(element, namespaces, "id")), "3");
-  EXPECT_EQ(text(vx::getSoapNodeAttribute(element, namespaces, "href")), "4")
-      << "without a default namespace, in any";
-  namespaces.addValue(BQSTR("__defaultNamespace"), BQSTR("urn:service"));
-  EXPECT_EQ(find(BQSTR("urn:service"), "id"), "1");
-  EXPECT_EQ(vx::getSoapNodeAttribute(element, namespaces, "href"), nullptr);
-  EXPECT_EQ(vx::getNodeAttribute(document, namespaces, nullptr, "id"), nullptr) << "no element";
 }
 
 BQTypeRef overridden(VXMethodInvocationRef, const BQTree* element, const BQTree* root, void* info) {

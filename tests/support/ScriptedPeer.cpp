@@ -13,43 +13,23 @@
 
 namespace {
 
-struct Address {
-  sockaddr_storage storage{};
-  socklen_t size = 0;
-
-  explicit Address(bool useIPv6) {
-    if (useIPv6) {
-      auto* address = reinterpret_cast<sockaddr_in6*>(&storage);
-      address->sin6_family = AF_INET6;
-      address->sin6_addr = in6addr_loopback;
-      size = sizeof *address;
-    } else {
-      auto* address = reinterpret_cast<sockaddr_in*>(&storage);
-      address->sin_family = AF_INET;
-      address->sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-      size = sizeof *address;
-    }
-  }
-
-  sockaddr* get() { return reinterpret_cast<sockaddr*>(&storage); }
-
-  int port() const {
-    bool isIPv6 = storage.ss_family == AF_INET6;
-    return ntohs(isIPv6 ? reinterpret_cast<const sockaddr_in6*>(&storage)->sin6_port
-                        : reinterpret_cast<const sockaddr_in*>(&storage)->sin_port);
-  }
-};
-
 /* A socket bound to a free port of the loopback interface, which is written; -1 without such an address. */
 int bindToLoopback(bool useIPv6, int& port) {
-  Address address(useIPv6);
-  int socket = ::socket(address.storage.ss_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (socket < 0 || bind(socket, address.get(), address.size) != 0) {
+  sockaddr_in6 ipv6 = {};
+  ipv6.sin6_family = AF_INET6;
+  ipv6.sin6_addr = in6addr_loopback;
+  sockaddr_in ipv4 = {};
+  ipv4.sin_family = AF_INET;
+  ipv4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* address = useIPv6 ? reinterpret_cast<sockaddr*>(&ipv6) : reinterpret_cast<sockaddr*>(&ipv4);
+  socklen_t size = useIPv6 ? sizeof ipv6 : sizeof ipv4;
+  int socket = ::socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (socket < 0 || bind(socket, address, size) != 0) {
     if (socket >= 0) close(socket);
     return -1;
   }
-  getsockname(socket, address.get(), &address.size);
-  port = address.port();
+  getsockname(socket, address, &size);
+  port = ntohs(useIPv6 ? ipv6.sin6_port : ipv4.sin_port);
   return socket;
 }
 

@@ -2,55 +2,48 @@
 #ifndef TRANSPORT_CALL_H
 #define TRANSPORT_CALL_H
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include <BQ/BQ.h>
 #include <VX/VX.h>
 
+#include "support/Constants.h"
 #include "support/ScriptedPeer.h"
-#include "values/Owned.h"
+#include "support/Values.h"
 
 namespace vx {
 
-inline Owned<const BQString> makeText(const std::string& text) {
-  return own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
-}
-
-inline std::string textOfObject(BQTypeRef object) {
-  auto description = own(BQCopyDescription(object));
-  return BQStringGetUTF8Ptr(description.get());
-}
+using namespace support;
 
 /* An invocation of a test, released with it unless the test does it. */
 class TestCall {
  public:
-  explicit TestCall(const std::string& url, const BQString* protocol = kVXXMLRPCProtocol) {
-    auto endpoint = own(BQURLCreateWithString(makeText(url).get(), nullptr));
-    invocation_ = VXMethodInvocationCreate(endpoint.get(), BQSTR("test.method"), protocol);
-  }
-  ~TestCall() { release(); }
+  explicit TestCall(const std::string& address, const BQString* protocol = kVXXMLRPCProtocol,
+                    const BQString* method = BQSTR("test.method"))
+      : invocation_(Value::adopt(VXMethodInvocationCreate(url(address), method, protocol))) {}
   TestCall(const TestCall&) = delete;
   TestCall& operator=(const TestCall&) = delete;
 
   TestCall& set(const BQString* key, BQTypeRef value) {
-    VXMethodInvocationSetProperty(invocation_, key, value);
+    VXMethodInvocationSetProperty(get(), key, value);
     return *this;
   }
-  TestCall& set(const BQString* key, int value) {
-    return set(key, own(BQNumberCreate(kBQNumberIntType, &value)).get());
+  TestCall& set(const BQString* key, int value) { return set(key, integer(value).get()); }
+  TestCall& setParameters(const Value& parameters, const BQArray* order = nullptr) {
+    VXMethodInvocationSetParameters(get(), parameters, order);
+    return *this;
   }
 
-  VXMethodInvocationRef get() const { return invocation_; }
-  void release() {
-    BQRelease(invocation_);
-    invocation_ = nullptr;
-  }
+  VXMethodInvocationRef get() const { return invocation_.as<OpaqueVXMethodInvocationRef>(); }
+  void release() { invocation_ = Value(); }
 
-  Owned<const BQDictionary> invoke() { return own(VXMethodInvocationInvoke(invocation_)); }
+  Value invoke() { return Value::adopt(VXMethodInvocationInvoke(get())); }
 
  private:
-  VXMethodInvocationRef invocation_;
+  Value invocation_;
 };
 
 /* What a transport fault says: "message domain error"; the description of the result if it is none. */
@@ -58,32 +51,33 @@ inline std::string failureOf(const BQDictionary* result) {
   BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
   bool isTransportFault = VXMethodResultIsFault(result) &&
                           BQEqual(BQDictionaryGetValue(result, kVXFaultString), BQSTR("/BQStreamFault")) &&
-                          textOfObject(BQDictionaryGetValue(result, kVXFaultCode)) == "-65794" &&
+                          text(BQDictionaryGetValue(result, kVXFaultCode)) == "-65794" &&
                           BQGetTypeID(extra) == BQDictionaryGetTypeID() &&
                           BQDictionaryGetCount(static_cast<const BQDictionary*>(extra)) == 3;
-  if (!isTransportFault) return textOfObject(result);
+  if (!isTransportFault) return text(result);
   auto entry = [extra](const BQString* key) {
-    return textOfObject(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), key));
+    return text(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), key));
   };
   return entry(kVXStreamErrorMessage) + " " + entry(kVXStreamErrorDomain) + " " + entry(kVXStreamErrorError);
 }
 
+/* The value that came back, or why the call failed. */
 inline std::string valueOf(const BQDictionary* result) {
-  if (VXMethodResultIsFault(result)) return textOfObject(result);
-  return textOfObject(BQDictionaryGetValue(result, kVXMethodInvocationResult));
+  if (VXMethodResultIsFault(result)) return failureOf(result);
+  return text(BQDictionaryGetValue(result, kVXMethodInvocationResult));
 }
 
 /* The body of a reply that returns a string. */
-inline std::string replyBody(const std::string& text) {
-  return "<?xml version=\"1.0\"?><methodResponse><params><param><value><string>" + text +
+inline std::string replyBody(const std::string& value) {
+  return "<?xml version=\"1.0\"?><methodResponse><params><param><value><string>" + value +
          "</string></value></param></params></methodResponse>";
 }
 
-inline const BQString* const kProtocols[] = {kVXXMLRPCProtocol, kVXSOAP1999Protocol, kVXSOAP2001Protocol};
+inline const std::string kOK = okResponse(replyBody("ok"));
 
 /* A response that a call in the protocol ends well with. */
 inline std::string anyReply(const BQString* protocol) {
-  if (protocol == kVXXMLRPCProtocol) return okResponse(replyBody("ok"));
+  if (protocol == kVXXMLRPCProtocol) return kOK;
   return okResponse(
       "<?xml version=\"1.0\"?><e:Envelope xmlns:e=\"http://schemas.xmlsoap.org/soap/envelope/\"><e:Body>"
       "<test.methodResponse><Result>ok</Result></test.methodResponse></e:Body></e:Envelope>");
@@ -91,16 +85,15 @@ inline std::string anyReply(const BQString* protocol) {
 
 /* What a call came to: "ok", or why it failed. */
 inline std::string outcomeOf(const BQDictionary* result) {
-  if (VXMethodResultIsFault(result)) return failureOf(result);
   bool isOutput = BQDictionaryGetValue(result, BQSTR("Result")) != nullptr;
-  return isOutput || valueOf(result) == "ok" ? "ok" : textOfObject(result);
+  return isOutput && !VXMethodResultIsFault(result) ? "ok" : valueOf(result);
 }
 
 /* A call of a test that was or will be scheduled, and what it came to, as often as it came. */
 class Scheduled {
  public:
-  explicit Scheduled(const std::string& url) : call(url) {
-    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
+  explicit Scheduled(const std::string& url) : address(url), call(url) {
+    VXClientContext context = {0, this, retain, release, nullptr};
     VXMethodInvocationSetCallBack(call.get(), receive, &context);
   }
 
@@ -121,17 +114,32 @@ class Scheduled {
     return runUntil(mode, [this] { return !outcomes.empty(); });
   }
 
+  /* How often the context was. */
+  int retained = 0;
+  int released = 0;
+  const std::string address;
   TestCall call;
   std::vector<std::string> outcomes;
   void (*then)(Scheduled&) = nullptr;
 
  private:
-  static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
+  static Scheduled& of(void* info) { return **static_cast<Scheduled**>(info); }
+  /* The library must use what this returns in place of the info. */
+  static void* retain(void* info) {
     auto* scheduled = static_cast<Scheduled*>(info);
-    scheduled->outcomes.push_back(outcomeOf(result));
-    BQRelease(result);
-    if (scheduled->then != nullptr) scheduled->then(*scheduled);
+    ++scheduled->retained;
+    return &scheduled->self_;
   }
+  static void release(void* info) { ++of(info).released; }
+  static void receive(VXMethodInvocationRef invocation, void* info, const BQDictionary* result) {
+    Scheduled& scheduled = of(info);
+    EXPECT_EQ(invocation, scheduled.call.get());
+    scheduled.outcomes.push_back(outcomeOf(result));
+    BQRelease(result);
+    if (scheduled.then != nullptr) scheduled.then(scheduled);
+  }
+
+  Scheduled* self_ = this;
 };
 
 }  // namespace vx

@@ -1,200 +1,181 @@
-#include <gtest/gtest.h>
-
-#include <vector>
+/* The roads of a call: made at once, or scheduled on a run loop, from there released, taken off or called
+ * again. */
+#include <memory>
+#include <thread>
 
 #include "Call.h"
-#include "support/ScriptedPeer.h"
 
 namespace vx {
 namespace {
 
-/* Counts what the library does with a context, and what its callback receives. */
-struct Recorder {
-  int retained = 0;
-  int released = 0;
-  int delivered = 0;
-  VXMethodInvocationRef invocation = nullptr;
-  std::string value;
+using Outcomes = std::vector<std::string>;
 
-  VXClientContext context() {
-    return {0, this,
-            [](void* info) -> void* {
-              ++static_cast<Recorder*>(info)->retained;
-              return info;
-            },
-            [](void* info) { ++static_cast<Recorder*>(info)->released; }, nullptr};
-  }
-
-  static void receive(VXMethodInvocationRef invocation, void* info, const BQDictionary* result) {
-    auto* recorder = static_cast<Recorder*>(info);
-    ++recorder->delivered;
-    recorder->invocation = invocation;
-    recorder->value = valueOf(result);
-    BQRelease(result);
-  }
-};
-
-/* Runs a mode until a condition holds, for a while at most. */
-template <class Condition>
-void runUntil(const BQString* mode, Condition condition) {
-  for (int i = 0; i < 10000 && !condition(); ++i) BQRunLoopRunInMode(mode, 5, true);
-}
-
-TEST(Execution, SynchronousCallDropsTheCallbackAndItsContext) {
-  ScriptedPeer peer({reply(okResponse(replyBody("hello")))});
-  TestCall call(peer.url());
-  Recorder recorder;
-  VXClientContext context = recorder.context();
-  VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
-  EXPECT_EQ(recorder.retained, 1);
-  EXPECT_EQ(valueOf(call.invoke().get()), "hello");
-  EXPECT_EQ(recorder.released, 1);
-  call.release();
-  EXPECT_EQ(recorder.released, 1);
-  EXPECT_EQ(recorder.delivered, 0);
-}
-
-TEST(Execution, ScheduledCallDeliversOnceWithTheRetainedInfo) {
-  ScriptedPeer peer({reply(okResponse(replyBody("later")))});
-  TestCall call(peer.url());
-  Recorder recorder;
-  VXClientContext context = recorder.context();
-  VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
-  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), BQSTR("my mode"));
-  runUntil(BQSTR("my mode"), [&] { return recorder.delivered > 0; });
-  BQRunLoopRunInMode(BQSTR("my mode"), 0, false);
-  EXPECT_EQ(recorder.delivered, 1);
-  EXPECT_EQ(recorder.invocation, call.get());
-  EXPECT_EQ(recorder.value, "later");
-  call.release();
-  EXPECT_EQ(recorder.released, 1);
+BQRunLoopRunResult runOnce() {
+  return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
 }
 
 TEST(Execution, TimersOfOtherModesDoNotFireDuringASynchronousCall) {
-  Gate gate;
-  ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(okResponse(replyBody("x")))});
+  ScriptedPeer peer({reply(kOK)});
   int fired = 0;
   BQRunLoopTimerContext context = {0, &fired, nullptr, nullptr, nullptr};
-  auto timer = own(BQRunLoopTimerCreate(
-      BQAbsoluteTimeGetCurrent() - 1, 0.001, 0, 0,
-      [](BQRunLoopTimer*, void* info) { ++*static_cast<int*>(info); }, &context));
-  BQRunLoopAddTimer(BQRunLoopGetCurrent(), timer.get(), kBQRunLoopDefaultMode);
-  TestCall call(peer.url());
-  gate.open();
-  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  auto count = [](BQRunLoopTimer*, void* info) { ++*static_cast<int*>(info); };
+  Value timer =
+      Value::adopt(BQRunLoopTimerCreate(BQAbsoluteTimeGetCurrent() - 1, 0.001, 0, 0, count, &context));
+  BQRunLoopAddTimer(BQRunLoopGetCurrent(), timer.as<BQRunLoopTimer>(), kBQRunLoopDefaultMode);
+  EXPECT_EQ(valueOf(TestCall(peer.url()).invoke()), "ok");
   EXPECT_EQ(fired, 0);
-  BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+  runOnce();
   EXPECT_EQ(fired, 1);
-  BQRunLoopTimerInvalidate(timer.get());
-}
-
-TEST(Execution, UnschedulingWithoutACallDoesNothing) {
-  TestCall call("http://127.0.0.1/");
-  VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-  EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false), kBQRunLoopRunFinished);
+  BQRunLoopTimerInvalidate(timer.as<BQRunLoopTimer>());
 }
 
 TEST(Execution, AnInvocationCallsAgainWithTheSameConnection) {
-  ScriptedPeer peer({replies(
-      {okResponse(replyBody("one")), okResponse(replyBody("two")), okResponse(replyBody("three"))})});
+  ScriptedPeer peer({replies({okResponse(replyBody("one")), okResponse(replyBody("two"))})});
   TestCall call(peer.url());
-  for (const char* expected : {"one", "two", "three"}) EXPECT_EQ(valueOf(call.invoke().get()), expected);
+  for (const char* expected : {"one", "two"}) EXPECT_EQ(valueOf(call.invoke()), expected);
   EXPECT_EQ(peer.connectionCount(), 1u);
 }
 
-/* What a function of the caller's may do to the call while it is being made. */
-struct Meddler {
-  void (*meddle)(VXMethodInvocationRef);
-  VXMethodInvocationRef invocation;
-
-  static const BQString* serialize(VXMethodInvocationRef, BQTypeRef, void* info) {
-    auto* meddler = static_cast<Meddler*>(info);
-    if (meddler->meddle != nullptr) meddler->meddle(meddler->invocation);
-    return nullptr;
-  }
-};
-
-void takeOffTheRunLoop(VXMethodInvocationRef invocation) {
-  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("VXSYNC"));
-}
-
-TEST(Execution, SynchronousCallThatCannotEndAnyMoreIsAFault) {
-  const char* abandoned = "The invocation was taken out of its synchronous call 2 -65794";
-  struct Row {
-    void (*meddle)(VXMethodInvocationRef);
-    const char* expected;
-    const char* why;
-  };
-  const Row rows[] = {
-      {takeOffTheRunLoop, abandoned, "nothing serves the call"},
-      {[](VXMethodInvocationRef invocation) {
-         takeOffTheRunLoop(invocation);
-         VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("elsewhere"));
+/* Each does something inside the callback that ends its own call. */
+TEST(Execution, CallbacksMayDoAnythingToTheirInvocation) {
+  const struct {
+    const char* what;
+    void (*then)(Scheduled&);
+    size_t requests;
+  } rows[] = {
+      {"release it", [](Scheduled& self) { self.call.release(); }, 1},
+      {"take it off and release it",
+       [](Scheduled& self) {
+         self.unschedule();
+         self.call.release();
        },
-       abandoned, "a mode that does not run would serve it"},
-      {[](VXMethodInvocationRef invocation) { VXMethodInvocationSetCallBack(invocation, nullptr, nullptr); },
-       abandoned, "nobody receives the result"},
-      {[](VXMethodInvocationRef) { BQRunLoopStop(BQRunLoopGetCurrent()); }, "x", "only one run is stopped"},
+       1},
+      {"remove the callback",
+       [](Scheduled& self) { VXMethodInvocationSetCallBack(self.call.get(), nullptr, nullptr); }, 1},
+      {"schedule it again",
+       [](Scheduled& self) {
+         if (self.outcomes.size() == 1) self.schedule();
+       },
+       2},
+      {"invoke it", [](Scheduled& self) { self.outcomes.push_back(outcomeOf(self.call.invoke())); }, 2},
+      {"invoke it and release it",
+       [](Scheduled& self) {
+         self.outcomes.push_back(outcomeOf(self.call.invoke()));
+         self.call.release();
+       },
+       2},
+      {"invoke another",
+       [](Scheduled& self) { self.outcomes.push_back(outcomeOf(TestCall(self.address).invoke())); }, 2},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.why);
-    ScriptedPeer peer({replies({okResponse(replyBody("x")), okResponse(replyBody("x"))})});
-    TestCall call(peer.url());
-    Meddler meddler{row.meddle, call.get()};
-    VXClientContext context = {0, &meddler, nullptr, nullptr, nullptr};
-    VXMethodInvocationAddSerializationOverride(call.get(), BQStringGetTypeID(), Meddler::serialize, &context);
-    const void *name = BQSTR("a"), *value = BQSTR("text");
-    VXMethodInvocationSetParameters(call.get(), own(BQDictionaryCreate(&name, &value, 1)).get(), nullptr);
-    auto result = call.invoke();
-    EXPECT_EQ(VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get()),
-              row.expected);
-    meddler.meddle = nullptr;
-    EXPECT_EQ(valueOf(call.invoke().get()), "x") << "the next call is a new one";
-    for (const BQString* mode : {BQSTR("VXSYNC"), BQSTR("elsewhere")}) {
-      EXPECT_EQ(BQRunLoopRunInMode(mode, 0, true), kBQRunLoopRunFinished);
+  for (bool succeeds : {true, false}) {
+    for (const auto& row : rows) {
+      SCOPED_TRACE(std::string(row.what) + (succeeds ? ", result" : ", error"));
+      ScriptedPeer peer({succeeds ? replies({kOK, kOK}) : Script().expectRequest().send("x")});
+      Scheduled call(peer.url());
+      call.then = row.then;
+      call.schedule();
+      EXPECT_TRUE(call.runUntil(kBQRunLoopDefaultMode, [&] { return call.outcomes.size() == row.requests; }));
+      for (int i = 0; i < 5; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true);
+      EXPECT_EQ(call.outcomes.size(), row.requests);
+      EXPECT_EQ(peer.requests().size(), row.requests);
+      EXPECT_EQ(call.outcomes.front() == "ok", succeeds) << call.outcomes.front();
     }
   }
-}
-
-/* Calls another invocation from inside the callback of the first. */
-TEST(Execution, CallbackMayCallSynchronously) {
-  ScriptedPeer peer({replies({okResponse(replyBody("outer")), okResponse(replyBody("inner"))})});
-  struct Nested {
-    std::string url, outer, inner;
-  } nested{peer.url(), {}, {}};
-  TestCall call(peer.url());
-  VXClientContext context = {0, &nested, nullptr, nullptr, nullptr};
-  VXMethodInvocationSetCallBack(
-      call.get(),
-      [](VXMethodInvocationRef, void* info, const BQDictionary* result) {
-        auto* state = static_cast<Nested*>(info);
-        state->outer = valueOf(result);
-        BQRelease(result);
-        TestCall inner(state->url);
-        state->inner = valueOf(inner.invoke().get());
-      },
-      &context);
-  VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-  runUntil(kBQRunLoopDefaultMode, [&] { return !nested.inner.empty(); });
-  EXPECT_EQ(nested.outer, "outer");
-  EXPECT_EQ(nested.inner, "inner");
 }
 
 /* The last reference goes at a time when the call is in some state. */
 TEST(Execution, ReleaseOfAScheduledInvocationEndsItQuietly) {
   for (int passes : {0, 1, 2}) {
     ScriptedPeer peer({Script().expectRequest().waitForClose()});
-    Recorder recorder;
-    VXClientContext context = recorder.context();
-    TestCall call(peer.url());
-    VXMethodInvocationSetCallBack(call.get(), Recorder::receive, &context);
-    VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-    for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
-    call.release();
-    EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false), kBQRunLoopRunFinished) << passes;
-    EXPECT_EQ(recorder.delivered, 0);
-    EXPECT_EQ(recorder.released, 1);
+    Scheduled call(peer.url());
+    call.schedule();
+    for (int i = 0; i < passes; ++i) runOnce();
+    EXPECT_EQ(call.released, 0);
+    call.call.release();
+    EXPECT_EQ(runOnce(), kBQRunLoopRunFinished) << passes;
+    EXPECT_EQ(call.outcomes, Outcomes{});
+    EXPECT_EQ(call.retained, 1);
+    EXPECT_EQ(call.released, 1);
   }
+}
+
+TEST(Execution, CallOnTwoModesGoesOnInEither) {
+  ScriptedPeer peer({replies(Outcomes(4, kOK))});
+  const BQString *first = BQSTR("first"), *second = BQSTR("second");
+  for (const BQString* last : {first, second}) {
+    for (bool leavesFirst : {false, true}) {
+      Scheduled call(peer.url());
+      call.schedule(first);
+      call.schedule(second);
+      BQRunLoopRunInMode(first, 0, true);
+      if (leavesFirst) call.unschedule(first);
+      EXPECT_TRUE(call.runUntilDelivered(leavesFirst ? second : last));
+      for (const BQString* mode : {first, second}) BQRunLoopRunInMode(mode, 0, true);
+      EXPECT_EQ(call.outcomes, Outcomes{"ok"});
+    }
+  }
+}
+
+TEST(Execution, CallTakenOffItsModeLeavesItQuiet) {
+  Gate gate;
+  ScriptedPeer peer({Script().expectRequest().send("HTTP/1.1 200 OK\r\n\r\n<a>").waitFor(gate)});
+  Scheduled call(peer.url());
+  call.call.set(kVXMethodInvocationTimeoutValue, 60);
+  call.schedule();
+  ASSERT_TRUE(call.runUntil(kBQRunLoopDefaultMode, [&] { return peer.requests().size() == 1; }));
+  call.unschedule();
+  EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
+  EXPECT_EQ(call.outcomes, Outcomes{});
+  call.call.release();
+}
+
+/* In each state of the scheduled call, which is given up, with its callback. */
+TEST(Execution, InvokingAScheduledCallMakesANewOne) {
+  for (int passes = 0; passes < 4; ++passes) {
+    Gate gate;
+    Script given = Script().expectRequest().send("HTTP/1.1 200 OK\r\n\r\n<").waitFor(gate);
+    ScriptedPeer peer({passes == 0 ? reply(kOK) : given, reply(kOK)});
+    Scheduled call(peer.url());
+    call.schedule();
+    for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 5, true);
+    EXPECT_EQ(outcomeOf(call.call.invoke()), "ok") << passes;
+    EXPECT_EQ(call.released, 1);
+    call.call.release();
+    EXPECT_EQ(call.outcomes, Outcomes{});
+    EXPECT_EQ(call.released, 1);
+  }
+}
+
+/* The thread ends while its calls wait in some state; their memory goes with it. */
+TEST(Execution, ThreadsMayEndWithCallsUnderWay) {
+  ScriptedPeer peer({Script().expectRequest().send("HTTP/1.1 200 OK\r\n\r\n<").waitForClose()});
+  for (int passes = 0; passes < 4; ++passes) {
+    for (bool releasesFirst : {false, true}) {
+      std::unique_ptr<Scheduled> kept;
+      std::thread([&] {
+        kept = std::make_unique<Scheduled>(peer.url());
+        kept->schedule();
+        for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 5, true);
+        if (releasesFirst) kept = nullptr;
+      }).join();
+      EXPECT_TRUE(kept == nullptr || kept->outcomes.empty());
+    }
+  }
+}
+
+/* More calls than a process has descriptors for wait for each other. */
+TEST(Execution, TenThousandCallsAtOnceAreAllServed) {
+  constexpr size_t kCalls = 10000;
+  ScriptedPeer peer({replies(Outcomes(kCalls, kOK))});
+  std::vector<std::unique_ptr<Scheduled>> calls;
+  for (size_t i = 0; i < kCalls; ++i) {
+    calls.push_back(std::make_unique<Scheduled>(peer.url()));
+    calls.back()->schedule();
+  }
+  for (auto& call : calls) EXPECT_TRUE(call->runUntilDelivered());
+  for (auto& call : calls) EXPECT_EQ(call->outcomes, Outcomes{"ok"});
+  EXPECT_EQ(peer.requests().size(), kCalls);
+  EXPECT_LE(peer.connectionCount(), 128u);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "transport/ClosureSource.h"
 
-#include <gtest/gtest.h>
+#include <memory>
 
 #include "Call.h"
 #include "api/base/WebServiceMethodInvocation.h"
@@ -8,98 +8,55 @@
 namespace vx {
 namespace {
 
-/* An invocation without a protocol, whose source is what a test makes it. */
+/* An invocation without a protocol or a transport, which may be destroyed by its result. */
 class TestInvocation : public WebServiceMethodInvocation {
  public:
+  TestInvocation() {
+    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
+    setCallback(receive, &context);
+  }
   BQDictionary* copyAgreement() override { return nullptr; }
   const BQData* constructMessage(const BQString**) override { return nullptr; }
   void parseReply(WebServiceResult*, const BQTree*) override {}
-  VXRunLoopSource* createRunLoopSource() override {
-    ++sourcesMade;
-    return new ClosureSource(this);
+  VXRunLoopSource* createRunLoopSource() override { return new ClosureSource(this); }
+
+  std::vector<std::string>* failures = nullptr;
+  bool endsWithItsResult = false;
+
+ private:
+  static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
+    auto* invocation = static_cast<TestInvocation*>(info);
+    invocation->failures->push_back(failureOf(result));
+    BQRelease(result);
+    if (invocation->endsWithItsResult) delete invocation;
   }
-
-  int sourcesMade = 0;
 };
 
-struct Delivery {
-  int count = 0;
-  std::string failure;
-  TestInvocation* destroyed = nullptr;
-};
-
-void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
-  auto* delivery = static_cast<Delivery*>(info);
-  ++delivery->count;
-  delivery->failure = failureOf(result);
-  BQRelease(result);
-  delete delivery->destroyed;
-}
-
-void schedule(VXRunLoopSource* source) {
+BQRunLoopRunResult run(VXRunLoopSource* source) {
   source->addToRunLoop(BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   source->signal();
+  return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true);
 }
 
-class SourceTest : public testing::Test {
- protected:
-  SourceTest() {
-    VXClientContext context = {0, &delivery, nullptr, nullptr, nullptr};
-    invocation->setCallback(receive, &context);
+TEST(Source, WithoutATransportDeliversOneFaultAndStrayPassesNone) {
+  std::vector<std::string> failures;
+  TestInvocation invocation;
+  invocation.failures = &failures;
+  for (int pass = 0; pass < 2; ++pass) {
+    EXPECT_EQ(run(invocation.getSource()), kBQRunLoopRunHandledSource);
+    EXPECT_TRUE(invocation.getSource()->isFinished());
+    EXPECT_EQ(failures, std::vector<std::string>{"ClosureSource::perform not overridden 2 -65794"});
   }
-
-  static BQRunLoopRunResult runOnce() { return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true); }
-
-  Delivery delivery;
-  std::unique_ptr<TestInvocation> invocation = std::make_unique<TestInvocation>();
-};
-
-TEST_F(SourceTest, RemovalOfOneNeverAddedMakesNoPlatformSource) {
-  VXRunLoopSource* source = invocation->getSource();
-  EXPECT_TRUE(source->removeFromRunLoop(BQRunLoopGetCurrent(), kBQRunLoopDefaultMode));
-  EXPECT_EQ(source->platformSource(), nullptr);
 }
 
-TEST_F(SourceTest, WithoutATransportDeliversOneFault) {
-  schedule(invocation->getSource());
-  EXPECT_EQ(runOnce(), kBQRunLoopRunHandledSource);
-  EXPECT_EQ(delivery.count, 1);
-  EXPECT_EQ(delivery.failure, "ClosureSource::perform not overridden 2 -65794");
-}
-
-TEST_F(SourceTest, StrayPerformAfterTheResultIsIgnored) {
-  VXRunLoopSource* source = invocation->getSource();
-  schedule(source);
-  runOnce();
-  EXPECT_TRUE(source->isFinished());
-  source->signal();
-  runOnce();
-  EXPECT_EQ(delivery.count, 1);
-}
-
-TEST_F(SourceTest, AfterAResultTheNextCallGetsAFreshSource) {
-  schedule(invocation->getSourceForCall());
-  EXPECT_EQ(invocation->getSourceForCall(), invocation->getSource());
-  runOnce();
-  schedule(invocation->getSourceForCall());
-  runOnce();
-  EXPECT_EQ(delivery.count, 2);
-  EXPECT_EQ(invocation->sourcesMade, 2);
-}
-
-TEST_F(SourceTest, InvocationMayBeDestroyedInItsCallback) {
-  delivery.destroyed = invocation.get();
-  schedule(invocation.release()->getSource());
-  EXPECT_EQ(runOnce(), kBQRunLoopRunHandledSource);
-  EXPECT_EQ(delivery.count, 1);
-  EXPECT_EQ(runOnce(), kBQRunLoopRunFinished) << "the loop still holds the source";
-}
-
-TEST_F(SourceTest, DestroyedWhileSignalledIsNotPerformed) {
-  schedule(invocation->getSource());
-  invocation.reset();
-  EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
-  EXPECT_EQ(delivery.count, 0);
+TEST(Source, LeavesTheLoopWithAnInvocationThatItsResultDestroys) {
+  std::vector<std::string> failures;
+  auto invocation = std::make_unique<TestInvocation>();
+  invocation->failures = &failures;
+  invocation->endsWithItsResult = true;
+  EXPECT_EQ(run(invocation.release()->getSource()), kBQRunLoopRunHandledSource);
+  EXPECT_EQ(failures.size(), 1u);
+  EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunFinished);
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 /* Threads that use the library at the same time, each with objects of its own. */
-#include <gtest/gtest.h>
-
 #include <thread>
-#include <vector>
 
 #include "Call.h"
 
@@ -13,18 +10,15 @@ constexpr int kThreads = 8;
 constexpr int kRounds = 30;
 
 /* A value by request and reply documents there and back. */
-bool handlersAgree(const BQString* protocol, const BQString* text) {
-  auto handle = own(static_cast<const void*>(VXProtocolHandlerCreate(nullptr, protocol)));
-  auto handler = static_cast<VXProtocolHandlerRef>(const_cast<void*>(handle.get()));
-  const void *name = BQSTR("p1"), *value = text;
-  auto parameters = own(BQDictionaryCreate(&name, &value, 1));
-  auto order = own(BQArrayCreate(&name, 1));
-  auto document =
-      own(VXProtocolHandlerCopyRequestDocument(handler, BQSTR("m"), parameters.get(), order.get(), nullptr));
-  auto request = own(VXProtocolHandlerCopyRequestDictionary(handler, document.get()));
-  auto answer = own(VXProtocolHandlerCopyReplyDocument(handler, request.get(), text));
-  auto result = own(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("m"), answer.get()));
-  return textOfObject(result.get()).find(textOfObject(text)) != std::string::npos;
+bool handlersAgree(const BQString* protocol, const Value& value) {
+  Value handle = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
+  auto* handler = handle.as<OpaqueVXProtocolHandlerRef>();
+  Value document = Value::adopt(VXProtocolHandlerCopyRequestDocument(
+      handler, BQSTR("m"), dictionary({{"p1", value}}), array({string("p1")}), nullptr));
+  Value request = Value::adopt(VXProtocolHandlerCopyRequestDictionary(handler, document));
+  Value answer = Value::adopt(VXProtocolHandlerCopyReplyDocument(handler, request, value));
+  Value result = Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("m"), answer));
+  return text(result.get()).find(text(value.get())) != std::string::npos;
 }
 
 /* The number of rounds that went well on one thread, whose calls share a connection. */
@@ -32,10 +26,10 @@ int rounds(int thread, const std::string& url) {
   int succeeded = 0;
   for (int round = 0; round < kRounds; ++round) {
     const BQString* protocol = kProtocols[round % 3];
-    auto text = makeText("thread " + std::to_string(thread) + " round " + std::to_string(round));
+    Value value = string("thread " + std::to_string(thread) + " round " + std::to_string(round));
     TestCall call(url, protocol);
     call.set(kVXDebugOutgoingBody, kBQBooleanTrue);
-    succeeded += handlersAgree(protocol, text.get()) && outcomeOf(call.invoke().get()) == "ok";
+    succeeded += handlersAgree(protocol, value) && outcomeOf(call.invoke()) == "ok";
   }
   return succeeded;
 }

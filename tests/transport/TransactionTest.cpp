@@ -2,12 +2,9 @@
 
 #include <algorithm>
 
-#include <gtest/gtest.h>
-
 #include "Call.h"
 #include "api/MethodInvocationHandle.h"
 #include "diag/Switches.h"
-#include "support/ScriptedPeer.h"
 
 namespace vx {
 namespace {
@@ -20,8 +17,7 @@ std::string callOnce(const Script& script, void (*configure)(TestCall&) = nullpt
   ScriptedPeer peer({script});
   TestCall call(peer.url("/RPC2"));
   if (configure != nullptr) configure(call);
-  auto result = call.invoke();
-  return VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get());
+  return valueOf(call.invoke());
 }
 
 constexpr const char* kNoXML = "No valid XML data in response -1 -65795";
@@ -77,84 +73,59 @@ const BQArray* arrayThatHoldsItself() {
 }
 
 TEST(Transaction, FailsBeforeAnythingIsSent) {
-  struct Row {
+  const char* const nowhere = "http://127.0.0.1:1/";
+  const struct {
     const char* url;
     void (*configure)(TestCall&);
     const char* expected;
-  };
-  const Row rows[] = {
+  } rows[] = {
       {"http:///path", nullptr, "Missing host in URL 2 -65794"},
       {"mailto:somebody", nullptr, "Missing host in URL 2 -65794"},
-      {"http://127.0.0.1:1/", [](TestCall& call) { call.set(kVXPostingMethod, BQSTR("NO TOKEN")); },
+      {"ftp://127.0.0.1:1/", nullptr, "Can't issue read stream open 2 -65794"},
+      {nowhere, [](TestCall& call) { call.set(kVXPostingMethod, BQSTR("NO TOKEN")); },
        "Can't create HTTP message request 2 -65794"},
-      {"http://127.0.0.1:1/", [](TestCall& call) { call.set(kVXHTTPVersion, BQSTR("HTTP/9")); },
+      {nowhere, [](TestCall& call) { call.set(kVXHTTPVersion, BQSTR("HTTP/9")); },
        "Can't create HTTP message request 2 -65794"},
-      {"http://127.0.0.1:1/",
+      {nowhere,
        [](TestCall& call) {
-         const void *name = BQSTR("X-Extra"), *value = BQSTR("a\r\nInjected: b");
-         call.set(kVXHTTPExtraHeaders, own(BQDictionaryCreate(&name, &value, 1)).get());
+         call.set(kVXHTTPExtraHeaders, dictionary({{"X-Extra", string("a\r\nInjected: b")}}).get());
        },
        "Can't create HTTP message request 2 -65794"},
-      {"http://127.0.0.1:1/",
+      {nowhere,
        [](TestCall& call) {
-         call.set(kVXHTTPMessage, own(BQHTTPMessageCreateResponse(BQSTR("HTTP/1.1 200 OK"))).get());
+         call.set(kVXHTTPMessage, Value::adopt(BQHTTPMessageCreateResponse(BQSTR("HTTP/1.1 200 OK"))).get());
        },
        "Can't create read stream from http message 2 -65794"},
-      {"ftp://127.0.0.1:1/", nullptr, "Can't issue read stream open 2 -65794"},
-      {"http://127.0.0.1:1/",
+      {nowhere,
        [](TestCall& call) {
-         const void *name = BQSTR("self"), *value = arrayThatHoldsItself();
-         VXMethodInvocationSetParameters(call.get(), own(BQDictionaryCreate(&name, &value, 1)).get(),
-                                         nullptr);
+         call.setParameters(dictionary({{"self", Value::retain(arrayThatHoldsItself())}}));
        },
        "Can't serialize request 2 -65794"},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     TestCall call(row.url);
     if (row.configure != nullptr) row.configure(call);
-    EXPECT_EQ(failureOf(call.invoke().get()), row.expected) << row.url;
+    EXPECT_EQ(failureOf(call.invoke()), row.expected) << row.url;
   }
+  EXPECT_EQ(failureOf(TestCall(nowhere, kVXXMLRPCProtocol, nullptr).invoke()),
+            "Can't serialize request 2 -65794");
 }
 
-TEST(Transaction, NullMethodNameMakesNoRequest) {
-  auto url = own(BQURLCreateWithString(BQSTR("http://127.0.0.1:1/"), nullptr));
-  auto invocation =
-      own(static_cast<const void*>(VXMethodInvocationCreate(url.get(), nullptr, kVXXMLRPCProtocol)));
-  auto handle = static_cast<VXMethodInvocationRef>(const_cast<void*>(invocation.get()));
-  EXPECT_EQ(failureOf(own(VXMethodInvocationInvoke(handle)).get()), "Can't serialize request 2 -65794");
-}
-
-TEST(Transaction, ReadsReplyInWhateverPiecesItComes) {
-  std::string bytes = okResponse(replyBody("pieces"));
-  for (size_t size = 1; size <= 5; ++size) {
-    EXPECT_EQ(callOnce(Script().expectRequest().sendInPieces(bytes, size)), "pieces") << size;
-  }
+TEST(Transaction, ReadsAReplyByteByByteAndALargeOne) {
+  EXPECT_EQ(callOnce(Script().expectRequest().sendInPieces(kOK, 1)), "ok");
   std::string large(300000, 'x');
   EXPECT_EQ(callOnce(reply(okResponse(replyBody(large)))), large);
 }
 
 TEST(Transaction, EveryCutOfAReplyEndsInOneFault) {
-  std::string bytes = okResponse(replyBody("cut"));
+  const std::string prefix = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " ";
   std::vector<Script> scripts;
-  for (size_t length = 0; length < bytes.size(); ++length)
-    scripts.push_back(replyAndClose(bytes.substr(0, length)));
+  for (size_t length = 0; length < kOK.size(); ++length)
+    scripts.push_back(replyAndClose(kOK.substr(0, length)));
   ScriptedPeer peer(scripts);
-  for (size_t length = 0; length < bytes.size(); ++length) {
-    TestCall call(peer.url());
-    EXPECT_EQ(failureOf(call.invoke().get()).rfind("Stream Error ", 0), 0u) << length;
-  }
-}
-
-TEST(Transaction, EverySplitOfAReplyGivesTheResult) {
-  std::string bytes = okResponse(replyBody("split"));
-  std::vector<Script> scripts;
-  for (size_t at = 1; at < bytes.size(); ++at) {
-    scripts.push_back(Script().expectRequest().send(bytes.substr(0, at)).send(bytes.substr(at)));
-  }
-  ScriptedPeer peer(scripts);
-  for (size_t at = 1; at < bytes.size(); ++at) {
-    TestCall call(peer.url());
-    EXPECT_EQ(valueOf(call.invoke().get()), "split") << at;
+  for (size_t length = 0; length < kOK.size(); ++length) {
+    int error = length == 0 ? kBQStreamHTTPErrorEmptyReply : kBQStreamHTTPErrorConnectionLost;
+    EXPECT_EQ(failureOf(TestCall(peer.url()).invoke()), prefix + std::to_string(error)) << length;
   }
 }
 
@@ -170,10 +141,11 @@ std::vector<std::string> headersOf(const std::string& request) {
 }
 
 std::vector<std::string> requestHeaders(void (*configure)(TestCall&)) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))});
+  ScriptedPeer peer({reply(kOK)});
   TestCall call(peer.url("/RPC2?a=b"));
   configure(call);
-  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  EXPECT_EQ(valueOf(call.invoke()), "ok");
+  EXPECT_TRUE(peer.requests().at(0).ends_with("</methodCall>\r\n"));
   return headersOf(peer.requests().at(0));
 }
 
@@ -187,76 +159,64 @@ TEST(Transaction, SendsItsHeadersAndNoOthers) {
             }),
             (Lines{"PUT /RPC2?a=b HTTP/1.0", "Content-Type: text/xml", "Host: 127.0.0.1", agent}));
   EXPECT_EQ(requestHeaders([](TestCall& call) {
-              const void* names[] = {BQSTR("Content-Type"), BQSTR("SOAPAction")};
-              const void* values[] = {BQSTR("application/xml"), BQSTR("\"urn:a\"")};
-              call.set(kVXHTTPExtraHeaders, own(BQDictionaryCreate(names, values, 2)).get());
+              call.set(kVXHTTPExtraHeaders, dictionary({{"Content-Type", string("application/xml")},
+                                                        {"SOAPAction", string("\"urn:a\"")}})
+                                                .get());
             }),
             (Lines{"POST /RPC2?a=b HTTP/1.1", "Content-Type: application/xml", "Host: 127.0.0.1",
                    "SOAPAction: \"urn:a\"", agent}));
 }
 
 TEST(Transaction, HostOfAnIPv6AddressIsInBrackets) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))}, true);
+  ScriptedPeer peer({reply(kOK)}, true);
   if (!peer.isListening()) GTEST_SKIP() << "the machine has no IPv6";
-  TestCall call(peer.url());
-  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  EXPECT_EQ(valueOf(TestCall(peer.url()).invoke()), "ok");
   EXPECT_NE(peer.requests().at(0).find("\r\nHost: [::1]\r\n"), std::string::npos);
 }
 
 TEST(Transaction, TemplateGivesMethodURLAndHeaders) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))});
-  auto url = own(BQURLCreateWithString(makeText(peer.url("/template")).get(), nullptr));
-  auto message = own(BQHTTPMessageCreateRequest(BQSTR("PATCH"), url.get(), kBQHTTPVersion1_1));
-  BQHTTPMessageSetHeaderFieldValue(message.get(), BQSTR("user-agent"), BQSTR("mine"));
-  BQHTTPMessageSetHeaderFieldValue(message.get(), BQSTR("X-Template"), BQSTR("kept"));
+  ScriptedPeer peer({reply(kOK)});
+  Value held =
+      Value::adopt(BQHTTPMessageCreateRequest(BQSTR("PATCH"), url(peer.url("/template")), kBQHTTPVersion1_1));
+  auto* message = held.as<BQHTTPMessage>();
+  BQHTTPMessageSetHeaderFieldValue(message, BQSTR("user-agent"), BQSTR("mine"));
+  BQHTTPMessageSetHeaderFieldValue(message, BQSTR("X-Template"), BQSTR("kept"));
   TestCall call("http://127.0.0.1/elsewhere");
-  call.set(kVXHTTPMessage, message.get()).set(kVXPostingMethod, BQSTR("PUT"));
-  EXPECT_EQ(valueOf(call.invoke().get()), "x");
+  call.set(kVXHTTPMessage, message).set(kVXPostingMethod, BQSTR("PUT"));
+  EXPECT_EQ(valueOf(call.invoke()), "ok");
   EXPECT_EQ(headersOf(peer.requests().at(0)),
             (std::vector<std::string>{"PATCH /template HTTP/1.1", "Content-Type: text/xml", "Host: 127.0.0.1",
                                       "X-Template: kept", "user-agent: mine"}));
-  EXPECT_EQ(own(BQHTTPMessageCopyBody(message.get())), nullptr) << "the template itself is not changed";
+  EXPECT_EQ(BQHTTPMessageCopyBody(message), nullptr) << "the template itself is not changed";
 }
 
 TEST(Transaction, FollowsRedirectsUnlessToldNotTo) {
-  ScriptedPeer target({replies({okResponse(replyBody("moved")), okResponse(replyBody("moved"))})});
-  std::string head =
-      "HTTP/1.1 307 Moved\r\nLocation: " + target.url("/new") + "\r\nContent-Length: 0\r\n\r\n";
-  auto follow = [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanTrue); };
-  auto stay = [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanFalse); };
-  EXPECT_EQ(callOnce(reply(head)), "moved");
-  EXPECT_EQ(callOnce(reply(head), follow), "moved");
-  EXPECT_EQ(callOnce(reply(head), stay), "HTTP/1.1 307 Moved -1 -65795");
+  ScriptedPeer target({replies({kOK, kOK})});
+  const Script moved =
+      reply("HTTP/1.1 307 Moved\r\nLocation: " + target.url("/new") + "\r\nContent-Length: 0\r\n\r\n");
+  EXPECT_EQ(callOnce(moved), "ok");
+  EXPECT_EQ(callOnce(moved, [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanTrue); }), "ok");
+  EXPECT_EQ(callOnce(moved, [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanFalse); }),
+            "HTTP/1.1 307 Moved -1 -65795");
   EXPECT_EQ(headersOf(target.requests().at(0))[0], "POST /new HTTP/1.1");
 }
 
 TEST(Transaction, GoesThroughAProxy) {
-  ScriptedPeer proxy({reply(okResponse(replyBody("by proxy")))});
-  auto url = own(BQURLCreateWithString(makeText(proxy.url()).get(), nullptr));
+  ScriptedPeer proxy({reply(kOK)});
   TestCall call("http://unreachable.invalid/RPC2");
-  call.set(kVXHTTPProxy, url.get());
-  EXPECT_EQ(valueOf(call.invoke().get()), "by proxy");
+  EXPECT_EQ(valueOf(call.set(kVXHTTPProxy, url(proxy.url()).get()).invoke()), "ok");
   EXPECT_EQ(headersOf(proxy.requests().at(0))[0], "POST http://unreachable.invalid/RPC2 HTTP/1.1");
 }
 
 TEST(Transaction, BoundsTheReplyAsTheLimitSays) {
-  const std::string body = replyBody("bounded");
-  const int size = static_cast<int>(body.size());
-  struct Row {
-    int limit;
-    std::string expected;
-  };
+  const int size = static_cast<int>(replyBody("ok").size());
   const std::string tooLarge = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " " +
                                std::to_string(kBQStreamHTTPErrorReplyTooLarge);
-  for (const Row& row : {Row{size, "bounded"}, Row{size - 1, tooLarge}, Row{1, tooLarge}, Row{0, "bounded"},
-                         Row{-1, "bounded"}}) {
-    ScriptedPeer peer({reply(okResponse(body))});
-    TestCall call(peer.url());
-    call.set(kVXHTTPReplySizeLimit, row.limit);
-    auto result = call.invoke();
-    EXPECT_EQ(VXMethodResultIsFault(result.get()) ? failureOf(result.get()) : valueOf(result.get()),
-              row.expected)
-        << row.limit;
+  const std::pair<int, std::string> rows[] = {
+      {size, "ok"}, {size - 1, tooLarge}, {1, tooLarge}, {0, "ok"}, {-1, "ok"}};
+  for (const auto& [limit, expected] : rows) {
+    ScriptedPeer peer({reply(kOK)});
+    EXPECT_EQ(valueOf(TestCall(peer.url()).set(kVXHTTPReplySizeLimit, limit).invoke()), expected) << limit;
   }
 }
 
@@ -264,7 +224,7 @@ TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
   auto failure = [](const BQString* file) {
     ScriptedPeer peer({Script().expectFirstBytes().send("HTTP/1.1 400 Bad Request\r\n\r\n").waitForClose()});
     TestCall call("https://127.0.0.1:" + std::to_string(peer.port()) + "/");
-    return failureOf(call.set(kVXHTTPCertificateAuthorityFile, file).invoke().get());
+    return failureOf(call.set(kVXHTTPCertificateAuthorityFile, file).invoke());
   };
   const std::string tls = "Stream Error " + std::to_string(kBQStreamErrorDomainTLS) + " ";
   EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
@@ -273,114 +233,116 @@ TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
 }
 
 TEST(Transaction, CapturesWhatWasAskedFor) {
-  struct Row {
-    const BQString* key;
-    const char* part;
-  };
-  const Row rows[] = {{kVXDebugOutgoingHeaders, "\"Content-Type\": \"text/xml\""},
-                      {kVXDebugOutgoingBody, "<methodName>test.method</methodName>"},
-                      {kVXDebugIncomingHeaders, "\"Content-Length\""},
-                      {kVXDebugIncomingBody, "<string>seen</string>"}};
-  for (const Row& row : rows) {
-    ScriptedPeer peer({reply(okResponse(replyBody("seen")))});
-    TestCall call(peer.url());
-    call.set(row.key, kBQBooleanTrue);
-    auto result = call.invoke();
-    EXPECT_NE(textOfObject(BQDictionaryGetValue(result.get(), row.key)).find(row.part), std::string::npos);
-    EXPECT_EQ(BQDictionaryGetCount(result.get()), 3) << "result, response message and the one capture";
+  const std::pair<const BQString*, const char*> rows[] = {
+      {kVXDebugOutgoingHeaders, "\"Content-Type\": \"text/xml\""},
+      {kVXDebugOutgoingBody, "<methodName>test.method</methodName>"},
+      {kVXDebugIncomingHeaders, "\"Content-Length\""},
+      {kVXDebugIncomingBody, "<string>ok</string>"}};
+  for (const auto& [key, part] : rows) {
+    ScriptedPeer peer({reply(kOK)});
+    Value result = TestCall(peer.url()).set(key, kBQBooleanTrue).invoke();
+    EXPECT_NE(text(BQDictionaryGetValue(result, key)).find(part), std::string::npos);
+    EXPECT_EQ(BQDictionaryGetCount(result), 3) << "result, response message and the one capture";
   }
 }
 
-TEST(Transaction, CapturesAreChosenAnewForTheNextCall) {
-  ScriptedPeer peer({replies({okResponse(replyBody("x")), okResponse(replyBody("x"))})});
-  TestCall call(peer.url());
-  EXPECT_EQ(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
-  call.set(kVXDebugIncomingBody, kBQBooleanTrue);
-  EXPECT_NE(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
-}
-
-TEST(Transaction, CapturesAreChosenWhenTheSourceIsMade) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))});
+TEST(Transaction, CapturesAreChosenWhenTheSourceOfACallIsMade) {
+  ScriptedPeer peer({replies({kOK, kOK})});
   TestCall call(peer.url());
   VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   call.set(kVXDebugIncomingBody, kBQBooleanTrue);
-  EXPECT_EQ(BQDictionaryGetValue(call.invoke().get(), kVXDebugIncomingBody), nullptr);
+  EXPECT_EQ(BQDictionaryGetValue(call.invoke(), kVXDebugIncomingBody), nullptr);
+  EXPECT_NE(BQDictionaryGetValue(call.invoke(), kVXDebugIncomingBody), nullptr);
+}
+
+/* What a call writes to the standard error stream with the switches set so. */
+std::string printedBy(TestCall& call, int verbose, Value* result = nullptr) {
+  gVXDebug = 1;
+  gVXDebugVerbose = verbose;
+  testing::internal::CaptureStderr();
+  Value ignored;
+  (result == nullptr ? ignored : *result) = call.invoke();
+  gVXDebug = gVXDebugVerbose = 0;
+  return testing::internal::GetCapturedStderr();
 }
 
 TEST(Transaction, DebugSwitchPrintsTheTransaction) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))});
+  ScriptedPeer peer({reply(kOK)});
   TestCall call(peer.url());
-  gVXDebug = 1;
-  testing::internal::CaptureStderr();
-  auto result = call.invoke();
-  std::string printed = testing::internal::GetCapturedStderr();
-  gVXDebug = 0;
+  Value result;
+  std::string printed = printedBy(call, 0, &result);
   EXPECT_EQ(printed.rfind("Transaction Log:Outgoing Headers: {\"User-Agent\": ", 0), 0u) << printed;
   for (const char* part : {"\nOutgoing Body: <?xml", "\nIncoming Headers: {", "\nIncoming Body: <?xml"}) {
     EXPECT_NE(printed.find(part), std::string::npos) << part;
   }
   EXPECT_TRUE(printed.ends_with("</methodResponse>\n\n"));
-  EXPECT_EQ(BQDictionaryGetCount(result.get()), 6) << "all four captures";
+  EXPECT_EQ(BQDictionaryGetCount(result), 6) << "all four captures";
 }
 
-/* Steps the machine by hand through what a peer cannot cause. */
-class MachineTest : public testing::Test {
- protected:
-  MachineTest() : call("http://127.0.0.1:1/") {
-    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
-    VXMethodInvocationSetCallBack(
-        call.get(),
-        [](VXMethodInvocationRef, void* info, const BQDictionary* result) {
-          static_cast<MachineTest*>(info)->failures.push_back(failureOf(result));
-          BQRelease(result);
-        },
-        &context);
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSource());
+TEST(Transaction, LogsItsStepsWhenVerbose) {
+  ScriptedPeer peer({reply(kOK)});
+  TestCall call(peer.url());
+  std::string printed = printedBy(call, 1);
+  for (const char* line :
+       {"HTTPClosureSource::perform state 0 (uninit)\n",
+        "HTTPClosureSource::perform new state state 1 (waitforopen)\n",
+        "HTTPClosureSource::readStreamCallback type 2 (kBQStreamEventHasBytesAvailable), state "
+        "waitforopen\n\n",
+        "HTTPClosureSource::perform state 2 (readintobuffer)\n",
+        "type 16 (kBQStreamEventEndEncountered), state readintobuffer\n\n",
+        "HTTPClosureSource::perform state 3 (streamendencountered)\n"}) {
+    EXPECT_NE(printed.find(line), std::string::npos) << line << printed;
+  }
+}
+
+/* Is stepped by hand through what a peer cannot cause. */
+class Machine : public Scheduled {
+ public:
+  Machine() : Scheduled("http://127.0.0.1:1/") {
+    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
     source->getSourceCreatingIfNecessary();
   }
 
-  TestCall call;
   HTTPClosureSource* source;
-  std::vector<std::string> failures;
 };
 
-TEST_F(MachineTest, EndsInEachStateThatHasNoWork) {
-  struct Row {
-    int32_t state;
-    const char* expected;
-  };
-  for (const Row& row : {Row{1, "Timed Out Waiting For Open -1 -65796"}, Row{4, "Timed Out -1 -65796"},
-                         Row{5, "Uknown State 2 -65794"}, Row{-1, "Uknown State 2 -65794"}}) {
-    MachineTest::failures.clear();
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
-    source->setState(row.state);
-    source->perform();
-    source->perform();
-    EXPECT_EQ(failures, std::vector<std::string>{row.expected});
-    EXPECT_EQ(source->getState(), row.state);
+TEST(Machine, EndsInEachStateThatHasNoWork) {
+  const std::pair<int32_t, const char*> rows[] = {{1, "Timed Out Waiting For Open -1 -65796"},
+                                                  {4, "Timed Out -1 -65796"},
+                                                  {5, "Uknown State 2 -65794"},
+                                                  {-1, "Uknown State 2 -65794"}};
+  for (auto [state, expected] : rows) {
+    Machine machine;
+    machine.source->setState(state);
+    machine.source->perform();
+    machine.source->perform();
+    EXPECT_EQ(machine.outcomes, std::vector<std::string>{expected});
+    EXPECT_EQ(machine.source->getState(), state);
   }
 }
 
-TEST_F(MachineTest, TimerCountsOnlyBeforeTheEndOfTheReply) {
+TEST(Machine, TimerCountsOnlyBeforeTheEndOfTheReply) {
   const int32_t expected[] = {4, 4, 4, 3, 4};
   for (int32_t state = 0; state < 5; ++state) {
-    source->setState(state);
-    source->timedOut();
-    EXPECT_EQ(source->getState(), expected[state]) << state;
+    Machine machine;
+    machine.source->setState(state);
+    machine.source->timedOut();
+    EXPECT_EQ(machine.source->getState(), expected[state]) << state;
   }
 }
 
-TEST_F(MachineTest, EventsSetTheStateAndUnknownOnesEndTheCall) {
-  source->readStreamCallback(kBQStreamEventOpenCompleted);
-  EXPECT_EQ(source->getState(), 0);
-  source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-  EXPECT_EQ(source->getState(), 2);
-  source->readStreamCallback(kBQStreamEventEndEncountered);
-  EXPECT_EQ(source->getState(), 3);
-  source->readStreamCallback(kBQStreamEventCanAcceptBytes);
-  source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-  EXPECT_EQ(failures, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
-  EXPECT_EQ(source->getState(), 3) << "events behind the end of the call are ignored";
+TEST(Machine, EventsSetTheStateAndUnknownOnesEndTheCall) {
+  Machine machine;
+  const std::pair<BQStreamEventType, int32_t> rows[] = {{kBQStreamEventOpenCompleted, 0},
+                                                        {kBQStreamEventHasBytesAvailable, 2},
+                                                        {kBQStreamEventEndEncountered, 3},
+                                                        {kBQStreamEventCanAcceptBytes, 3},
+                                                        {kBQStreamEventHasBytesAvailable, 3}};
+  for (auto [event, state] : rows) {
+    machine.source->readStreamCallback(event);
+    EXPECT_EQ(machine.source->getState(), state) << "events behind the end of the call are ignored";
+  }
+  EXPECT_EQ(machine.outcomes, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
 }
 
 TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
@@ -402,26 +364,6 @@ TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
   size_t first = printed.find(ignored);
   EXPECT_NE(first, std::string::npos);
   EXPECT_EQ(printed.find(ignored, first + 1), std::string::npos);
-}
-
-TEST(Transaction, LogsItsStepsWhenVerbose) {
-  ScriptedPeer peer({reply(okResponse(replyBody("x")))});
-  TestCall call(peer.url());
-  gVXDebug = gVXDebugVerbose = 1;
-  testing::internal::CaptureStderr();
-  call.invoke();
-  std::string printed = testing::internal::GetCapturedStderr();
-  gVXDebug = gVXDebugVerbose = 0;
-  for (const char* line :
-       {"HTTPClosureSource::perform state 0 (uninit)\n",
-        "HTTPClosureSource::perform new state state 1 (waitforopen)\n",
-        "HTTPClosureSource::readStreamCallback type 2 (kBQStreamEventHasBytesAvailable), state "
-        "waitforopen\n\n",
-        "HTTPClosureSource::perform state 2 (readintobuffer)\n",
-        "type 16 (kBQStreamEventEndEncountered), state readintobuffer\n\n",
-        "HTTPClosureSource::perform state 3 (streamendencountered)\n"}) {
-    EXPECT_NE(printed.find(line), std::string::npos) << line << printed;
-  }
 }
 
 }  // namespace

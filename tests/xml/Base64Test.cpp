@@ -48,16 +48,6 @@ std::string layoutOf(const std::string& plain, int indent) {
   return result;
 }
 
-TEST(Base64, WritesTheAlphabetItsPaddingAndItsLines) {
-  EXPECT_EQ(encoded("Man", 0), "TWFu");
-  EXPECT_EQ(encoded("\0"s, 0), "AA==");
-  EXPECT_EQ(encoded("\xfb\xff\xbe\x3e\xff", 2), "\t+/++Pv8=");
-  EXPECT_EQ(encoded(std::string(57, 'M'), 0).substr(72), "TU1N\n");
-  EXPECT_EQ(encoded(std::string(58, 'M'), 0).substr(72), "TU1N\nTQ==");
-  EXPECT_EQ(encoded(std::string(36, 'M'), 7).size(), 3u + 48 + 1);
-  EXPECT_EQ(encoded(std::string(33, 'M'), 9).size(), 4u + 44 + 1);
-}
-
 TEST(Base64, IsLaidOutByIndentForEverySize) {
   std::string plain;
   for (int length = 0; length < 180; ++length, plain += static_cast<char>(length * 37)) {

@@ -56,15 +56,6 @@ TEST(Kinds, SchemaNamesStandForThem) {
   }
 }
 
-TEST(Kinds, SchemaNamesAreUnderstoodByNamespaceOrByPrefix) {
-  const BQString* schema = vx::VX_SOAP_2001_SCHEMA_NAMESPACE;
-  EXPECT_EQ(vx::VXQualifiedtoVXType(BQSTR("HTTP://WWW.W3.ORG/2001/XMLSCHEMA"), BQSTR("int")), kVXTypeInteger);
-  EXPECT_EQ(vx::VXQualifiedtoVXType(schema, BQSTR("xsd:int")), kVXTypeUnknown) << "not both";
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("a:b:int")), kVXTypeInteger) << "the last colon counts";
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR("int:")), kVXTypeUnknown);
-  EXPECT_EQ(vx::VXQualifiedtoVXType(nullptr, BQSTR(":int")), kVXTypeUnknown) << "no prefix";
-}
-
 TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
   const std::pair<std::string, const char*> rows[] = {
       {"42", "42"},
@@ -97,24 +88,6 @@ TEST(Kinds, IntegersAreReadFromTheStartOfAText) {
   for (const auto& [digits, number] : rows) {
     EXPECT_EQ(notation(Value::adopt(vx::makeIntValueFromString(string(digits))).get()), number) << digits;
   }
-}
-
-TEST(Kinds, EntriesAreReadAsIntegersIfTheyFit) {
-  const std::pair<Value, int> rows[] = {
-      {integer(5), 5}, {real(6), 6},      {integer(int64_t{1} << 40, kBQNumberSInt64Type), 99},
-      {real(2.5), 99}, {string("5"), 99}, {Value::retain(kBQBooleanTrue), 99},
-      {Value(), 99},
-  };
-  for (const auto& [value, number] : rows) {
-    EXPECT_EQ(vx::getDictNumber(dictionary({{"k", value}}), BQSTR("k"), 99), number) << notation(value.get());
-  }
-  EXPECT_EQ(vx::getDictNumber(nullptr, BQSTR("k"), 99), 99);
-}
-
-TEST(Kinds, ControlEntriesAreNoMembers) {
-  for (const char* key : {"", "/", "/VXRecordParamOrder"}) EXPECT_FALSE(vx::isValidKey(string(key))) << key;
-  for (const char* key : {"a", "a/b", " /"}) EXPECT_TRUE(vx::isValidKey(string(key))) << key;
-  EXPECT_FALSE(vx::isValidKey(nullptr));
 }
 
 }  // namespace

@@ -19,13 +19,13 @@ std::string lookUp(const NamespaceMap& map, const char* prefix) {
 TEST(NamespaceMap, AScopeTakesBackWhatWasAddedInIt) {
   NamespaceMap map;
   map.addValue(BQSTR("a"), BQSTR("urn:1"));
-  uint64_t outside = map.version();
+  uint64_t outside = map.version(), inside = 0;
   {
     NamespaceMap::Scope scope(map);
     EXPECT_EQ(map.version(), outside) << "nothing is declared yet";
     map.addValue(BQSTR("a"), BQSTR("urn:2"));
     map.addValue(BQSTR("b"), BQSTR("urn:b"));
-    uint64_t inside = map.version();
+    inside = map.version();
     EXPECT_NE(inside, outside);
     {
       NamespaceMap::Scope inner(map);
@@ -43,17 +43,7 @@ TEST(NamespaceMap, AScopeTakesBackWhatWasAddedInIt) {
   map.addValue(BQSTR("b"), BQSTR("urn:other"));
   EXPECT_EQ(lookUp(map, "b"), "urn:other");
   EXPECT_NE(map.version(), outside);
-}
-
-TEST(NamespaceMap, SiblingsWithTheSameNumberOfDeclarationsDifferInVersion) {
-  NamespaceMap map;
-  uint64_t first = 0;
-  for (const BQString* uri : {BQSTR("urn:1"), BQSTR("urn:2")}) {
-    NamespaceMap::Scope scope(map);
-    map.addValue(BQSTR("a"), uri);
-    EXPECT_NE(map.version(), first);
-    first = map.version();
-  }
+  EXPECT_NE(map.version(), inside) << "as many declarations, but others";
 }
 
 TEST(NamespaceMap, HoldsAnyNumberOfDeclarations) {

@@ -10,20 +10,6 @@ namespace {
 
 using namespace support;
 
-TEST(TreeAccess, LooksAtOnePosition) {
-  Value document = tree("<r:Root a='1'>text</r:Root>");
-  const BQTree* root = BQTreeGetFirstChild(document);
-  EXPECT_EQ(text(vx::getElementName(root)), "r:Root");
-  EXPECT_EQ(text(vx::getElementName(nullptr)), "");
-  EXPECT_TRUE(vx::treeIsElement(root));
-  for (const BQTree* other :
-       {static_cast<const BQTree*>(document), BQTreeGetFirstChild(root), BQTreeGetNextSibling(root)}) {
-    EXPECT_FALSE(vx::treeIsElement(other));
-    EXPECT_EQ(vx::treeGetElementInfo(other), nullptr);
-  }
-  EXPECT_EQ(notation(vx::treeGetElementInfo(root)->attributes), "{a: '1'}");
-}
-
 TEST(TreeAccess, FindsElementsByLocalNameInDocumentOrder) {
   Value document = tree(
       "<top><n:skipped><p:MethodResponse id='1'/></n:skipped>text<methodresponse id='2'/>"

@@ -159,22 +159,22 @@ TEST(FaultDocument, HoldsTheFaultAsAStruct) {
 
 /* What an override was called with. */
 struct Call {
-  BQTypeRef object;
+  BQTypeRef object = nullptr;
   std::string value;
-};
 
-const BQString* recordCall(VXMethodInvocationRef object, BQTypeRef value, void* info) {
-  *static_cast<Call*>(info) = {object, notation(value)};
-  return BQSTR("<custom/>");
-}
+  static const BQString* record(VXMethodInvocationRef object, BQTypeRef value, void* info) {
+    *static_cast<Call*>(info) = {object, notation(value)};
+    return BQSTR("<custom/>");
+  }
+};
 
 TEST(RequestDocument, OfAnInvocationIsWrittenWithItsOverridesAndParameters) {
   vx::XMLRPCWebServiceMethodInvocation invocation(url("http://localhost/"), BQSTR("m"));
-  Call call{nullptr, ""};
+  Call call;
   VXClientContext context = {0, &call, nullptr, nullptr, nullptr};
   Value owner = string("the handle");
   invocation.setOwner(owner);
-  invocation.addSerializationOverride(BQStringGetTypeID(), recordCall, &context);
+  invocation.addSerializationOverride(BQStringGetTypeID(), Call::record, &context);
   invocation.setParameters(dictionary({{"a", string("text")}, {"b", integer(1)}}), nullptr);
   std::string document = bytes(Value::adopt(invocation.constructMessage(nullptr)));
   std::string value = "          <value>\r\n            <custom/>\r\n          </value>\r\n";

@@ -130,10 +130,6 @@ class Methods:
     def fault(self, code, text):
         raise xmlrpc.client.Fault(code, text)
 
-    def slow(self, seconds):
-        threading.Event().wait(seconds)
-        return "done"
-
     def types(self):
         return {
             "int": -2147483648,
