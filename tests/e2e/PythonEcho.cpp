@@ -13,25 +13,19 @@
 
 namespace {
 
-struct Release {
-  void operator()(BQTypeRef object) const { BQRelease(object); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Release>;
-
-Owned<const BQString> makeString(const std::string& text) {
-  return Owned<const BQString>(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+BQRef<const BQString> makeString(const std::string& text) {
+  return BQAdopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
 }
 
-Owned<const void> fromList(const std::string& element) {
+BQRef<const void> fromList(const std::string& element) {
   std::string list =
       "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\">" + element + "</plist>";
-  Owned<const BQData> data(BQDataCreate(list.data(), static_cast<BQIndex>(list.size())));
-  return Owned<const void>(BQPropertyListCreateFromXMLData(data.get(), nullptr));
+  auto data = BQAdopt(BQDataCreate(list.data(), static_cast<BQIndex>(list.size())));
+  return BQAdopt(BQPropertyListCreateFromXMLData(data.get(), nullptr));
 }
 
 std::string describe(BQTypeRef value) {
-  Owned<const BQString> description(BQCopyDescription(value));
+  auto description = BQAdopt(BQCopyDescription(value));
   return BQStringGetUTF8Ptr(description.get());
 }
 
@@ -41,26 +35,25 @@ class PythonEcho : public testing::Test {
   static void TearDownTestSuite() { peer_.reset(); }
 
   /* The result dictionary of a call with one parameter; a null value is sent as nil. */
-  static Owned<const BQDictionary> call(const BQString* method, BQTypeRef value) {
-    Owned<const BQString> text = makeString(peer_->url("/RPC2"));
-    Owned<const BQURL> url(BQURLCreateWithString(text.get(), nullptr));
-    Owned<OpaqueVXMethodInvocationRef> invocation(
-        VXMethodInvocationCreate(url.get(), method, kVXXMLRPCProtocol));
+  static BQRef<const BQDictionary> call(const BQString* method, BQTypeRef value) {
+    BQRef<const BQString> text = makeString(peer_->url("/RPC2"));
+    auto url = BQAdopt(BQURLCreateWithString(text.get(), nullptr));
+    auto invocation = BQAdopt(VXMethodInvocationCreate(url.get(), method, kVXXMLRPCProtocol));
     BQTypeRef name = BQSTR("value");
-    Owned<const BQDictionary> parameters(BQDictionaryCreate(&name, &value, 1));
-    Owned<const BQArray> order(BQArrayCreate(&name, 1));
+    auto parameters = BQAdopt(BQDictionaryCreate(&name, &value, 1));
+    auto order = BQAdopt(BQArrayCreate(&name, 1));
     VXMethodInvocationSetParameters(invocation.get(), parameters.get(), order.get());
-    return Owned<const BQDictionary>(VXMethodInvocationInvoke(invocation.get()));
+    return BQAdopt(VXMethodInvocationInvoke(invocation.get()));
   }
 
-  static Owned<const void> echo(BQTypeRef value) {
-    Owned<const BQDictionary> result = call(BQSTR("echo"), value);
+  static BQRef<const void> echo(BQTypeRef value) {
+    BQRef<const BQDictionary> result = call(BQSTR("echo"), value);
     EXPECT_FALSE(VXMethodResultIsFault(result.get())) << describe(result.get());
-    return Owned<const void>(BQRetain(BQDictionaryGetValue(result.get(), kVXMethodInvocationResult)));
+    return BQRef<const void>::retain(BQDictionaryGetValue(result.get(), kVXMethodInvocationResult));
   }
 
   static void expectEcho(BQTypeRef value, BQTypeRef expected) {
-    Owned<const void> echoed = echo(value);
+    BQRef<const void> echoed = echo(value);
     EXPECT_TRUE(BQEqual(echoed.get(), expected)) << describe(echoed.get()) << "\nnot\n" << describe(expected);
   }
 
@@ -113,7 +106,7 @@ TEST_F(PythonEcho, GivesBackEqualValues) {
   };
   for (const std::string& list : lists) {
     SCOPED_TRACE(list.substr(0, 80));
-    Owned<const void> value = fromList(list);
+    BQRef<const void> value = fromList(list);
     ASSERT_NE(value, nullptr);
     expectEcho(value.get(), value.get());
   }
@@ -124,7 +117,7 @@ TEST_F(PythonEcho, GivesBackDataOfEveryLengthAroundTheLinesOfItsText) {
   for (size_t i = 0; i < 100000; ++i) bytes += static_cast<char>(i * 7 + i / 256);
   auto expectSize = [&](size_t size) {
     SCOPED_TRACE(size);
-    Owned<const BQData> data(BQDataCreate(bytes.data(), static_cast<BQIndex>(size)));
+    auto data = BQAdopt(BQDataCreate(bytes.data(), static_cast<BQIndex>(size)));
     expectEcho(data.get(), data.get());
   };
   for (size_t size = 0; size <= 120; ++size) expectSize(size);
@@ -144,7 +137,7 @@ TEST_F(PythonEcho, GivesBackNumbersOfEveryWidth) {
                  {kBQNumberSInt64Type, &wide},
                  {kBQNumberFloat32Type, &single}};
   for (const auto& [type, value] : numbers) {
-    Owned<const BQNumber> number(BQNumberCreate(type, value));
+    auto number = BQAdopt(BQNumberCreate(type, value));
     expectEcho(number.get(), number.get());
   }
 }
@@ -163,26 +156,26 @@ TEST_F(PythonEcho, LosesWhatXMLRPCCannotCarry) {
   };
   for (const auto& [sent, received] : rows) {
     SCOPED_TRACE(sent);
-    Owned<const void> expected = received != nullptr ? fromList(received) : nullptr;
+    BQRef<const void> expected = received != nullptr ? fromList(received) : nullptr;
     expectEcho(fromList(sent).get(), expected.get());
   }
   /* The fraction of a second. */
-  Owned<const BQDate> precise(BQDateCreate(86399.75));
-  Owned<const BQDate> whole(BQDateCreate(86399));
+  auto precise = BQAdopt(BQDateCreate(86399.75));
+  auto whole = BQAdopt(BQDateCreate(86399));
   expectEcho(precise.get(), whole.get());
   /* A parameter without a value. */
   expectEcho(nullptr, fromList("<integer>0</integer>").get());
 }
 
 TEST_F(PythonEcho, GivesAnEmptyMemberAsNull) {
-  Owned<const void> echoed = echo(fromList("<dict><key>empty</key><string></string></dict>").get());
+  BQRef<const void> echoed = echo(fromList("<dict><key>empty</key><string></string></dict>").get());
   ASSERT_EQ(BQGetTypeID(echoed.get()), BQDictionaryGetTypeID());
   EXPECT_EQ(BQDictionaryGetValue(static_cast<const BQDictionary*>(echoed.get()), BQSTR("empty")), kBQNull);
 }
 
 TEST_F(PythonEcho, ReadsTheTypesThatPythonWrites) {
-  Owned<const BQDictionary> result = call(BQSTR("kind"), fromList("<real>2.5</real>").get());
-  Owned<const void> expected = fromList("<array><string>float</string><string>2.5</string></array>");
+  BQRef<const BQDictionary> result = call(BQSTR("kind"), fromList("<real>2.5</real>").get());
+  BQRef<const void> expected = fromList("<array><string>float</string><string>2.5</string></array>");
   BQTypeRef kind = BQDictionaryGetValue(result.get(), kVXMethodInvocationResult);
   EXPECT_TRUE(BQEqual(kind, expected.get())) << describe(result.get());
 }

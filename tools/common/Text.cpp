@@ -8,9 +8,8 @@
 
 namespace tools {
 
-Ref<const BQString> makeString(std::string_view text) {
-  auto string =
-      Ref<const BQString>::adopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+BQRef<const BQString> makeString(std::string_view text) {
+  auto string = BQAdopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
   if (!string) throw UsageError("an argument is not UTF-8 text");
   return string;
 }

@@ -18,10 +18,10 @@ const BQString* protocolNamed(const std::string& name) {
 }
 
 Invocation describeInvocation(const Options& options) {
-  Ref<const BQURL> url = parseEndpoint(options.url);
+  BQRef<const BQURL> url = parseEndpoint(options.url);
   Invocation invocation{{}, protocolNamed(options.protocol), options.url, makeString(options.method)};
-  invocation.handle = Ref<OpaqueVXMethodInvocationRef>::adopt(
-      VXMethodInvocationCreate(url.get(), invocation.method.get(), invocation.protocol));
+  invocation.handle =
+      BQAdopt(VXMethodInvocationCreate(url.get(), invocation.method.get(), invocation.protocol));
   Parameters parameters = parseParameters(options.parameters);
   VXMethodInvocationSetParameters(invocation.handle.get(), parameters.values.get(), parameters.order.get());
   return invocation;

@@ -5,20 +5,20 @@
 #include <string>
 
 #include <BQ/BQBase.h>
+#include <BQ/BQRef.h>
 #include <VX/VXMethodInvocation.h>
 
 #include "Options.h"
-#include "common/Ref.h"
 
 namespace tools::vxcall {
 
 /* An invocation with what the library does not tell about it. */
 struct Invocation {
-  Ref<OpaqueVXMethodInvocationRef> handle;
+  BQRef<OpaqueVXMethodInvocationRef> handle;
   /* One of the library's constants; borrowed. */
   const BQString* protocol;
   std::string url;
-  Ref<const BQString> method;
+  BQRef<const BQString> method;
 };
 
 /* The invocation that the options describe or load, with their properties. Throws UsageError. */

@@ -13,7 +13,7 @@ std::string formatJson(BQTypeRef value) {
 
 std::optional<std::string> formatPropertyList(BQTypeRef value) {
   if (value == nullptr) return "";
-  auto data = Ref<const BQData>::adopt(BQPropertyListCreateXMLData(value));
+  auto data = BQAdopt(BQPropertyListCreateXMLData(value));
   if (!data) return std::nullopt;
   return std::string(reinterpret_cast<const char*>(BQDataGetBytePtr(data.get())),
                      static_cast<size_t>(BQDataGetLength(data.get())));

@@ -35,8 +35,7 @@ void addBody(std::string& trace, BQTypeRef captured) {
 
 void addStatusLine(std::string& trace, BQTypeRef response) {
   if (BQGetTypeID(response) != BQHTTPMessageGetTypeID()) return;
-  auto line = Ref<const BQString>::adopt(
-      BQHTTPMessageCopyResponseStatusLine(static_cast<const BQHTTPMessage*>(response)));
+  auto line = BQAdopt(BQHTTPMessageCopyResponseStatusLine(static_cast<const BQHTTPMessage*>(response)));
   addLine(trace, "< ", textOf(line.get()));
 }
 

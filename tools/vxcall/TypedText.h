@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "common/Ref.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 
