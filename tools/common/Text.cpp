@@ -27,4 +27,12 @@ std::string singleLine(std::string_view text) {
   return line;
 }
 
+std::string shortened(std::string_view text) {
+  constexpr size_t kShown = 40;
+  if (text.size() <= kShown) return singleLine(text);
+  size_t end = kShown;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return singleLine(text.substr(0, end)) + "...";
+}
+
 }  // namespace tools

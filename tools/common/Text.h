@@ -19,6 +19,9 @@ std::string_view textOf(BQTypeRef string);
 /* The text as one line that a terminal can show: every control character becomes a blank. */
 std::string singleLine(std::string_view text);
 
+/* Enough of a text to know it by, as such a line. */
+std::string shortened(std::string_view text);
+
 }  // namespace tools
 
 #endif

@@ -3,6 +3,7 @@
 #define VXCALL_INVOCATION_H
 
 #include <string>
+#include <vector>
 
 #include <BQ/BQBase.h>
 #include <BQ/BQRef.h>
@@ -19,6 +20,8 @@ struct Invocation {
   const BQString* protocol;
   std::string url;
   BQRef<const BQString> method;
+  /* What the user may have meant otherwise. */
+  std::vector<std::string> notes = {};
 };
 
 /* The invocation that the options describe or load, with their properties. Throws UsageError. */

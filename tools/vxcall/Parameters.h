@@ -14,6 +14,8 @@ struct Parameters {
   /* A name of the order that has no value here is sent as nil. */
   BQRef<const BQDictionary> values;
   BQRef<const BQArray> order;
+  /* What the user may have meant otherwise. */
+  std::vector<std::string> notes;
 };
 
 /* Reads arguments of the form [NAME=][TYPE:]VALUE. Throws UsageError. */
