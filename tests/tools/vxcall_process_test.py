@@ -6,7 +6,6 @@ import signal
 import struct
 import subprocess
 import termios
-import unittest
 
 from vxcall_case import VXCALL, VxcallCase, vxcall
 
@@ -139,7 +138,3 @@ class WaitingTest(VxcallCase):
         self.assertTrue(server.arrived.wait(60))
         os.killpg(shell.pid, signal.SIGINT)
         self.assertEqual(shell.communicate(timeout=60)[0], b"130\n")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,6 +1,5 @@
 """Calls that one vxcall saves and another one makes."""
 import os
-import unittest
 
 from vxcall_case import VxcallCase, reply, vxcall
 
@@ -109,7 +108,3 @@ class SavedCallTest(VxcallCase):
         for old, new in [(b"echo", b""), (b"http:", b"ftp:"), (b"ServiceURL", b"x"), (b"XML-RPC", b"SOAP-3000"),
                          (b"MethodName", b"x"), (b"http:", b"")]:
             self.assert_complaint(vxcall("--load", "-", input=whole.replace(old, new)), 2)
-
-
-if __name__ == "__main__":
-    unittest.main()

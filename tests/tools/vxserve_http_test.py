@@ -4,7 +4,6 @@ import contextlib
 import resource
 import socket
 import time
-import unittest
 import xmlrpc.client
 
 from vxserve_case import Server, ServerCase, add_document, read_response, request, slow_document
@@ -242,7 +241,3 @@ class DeadlineTest(ServerCase):
                 connection.shutdown(socket.SHUT_WR)
                 self.assertNotIn(b"200 OK", connection.recv(4096))
         self.assert_serves()
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -157,7 +157,3 @@ while True:
         print("going", flush=True)
 print(count, "whole")
 """
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 import json
 import os
 import subprocess
-import unittest
 
 from vxcall_case import vxcall
 from vxserve_case import ServerCase
@@ -109,7 +108,3 @@ class VxcallTest(ServerCase):
         run = vxcall("-p", "soap-2001", "--style", "doc", "-n", "urn:interop", "--result", "Result",
                      self.server.url("/soap"), "add", "a=1", "b=2")
         self.assertEqual((run.returncode, run.stdout), (0, b"3\n"), run.stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

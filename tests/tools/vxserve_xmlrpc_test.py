@@ -1,7 +1,6 @@
 """vxserve as Python's xmlrpc.client sees it."""
 import datetime
 import random
-import unittest
 import xmlrpc.client
 
 from vxserve_case import ServerCase
@@ -173,7 +172,3 @@ class ValidatorTest(XMLRPCCase):
         for name, parameter in (("arrayOfStructsTest", [1]), ("easyStructTest", {"moe": 1}), ("nestedStructTest", {}),
                                 ("moderateSizeArrayCheck", []), ("simpleStructReturnTest", 2147484)):
             self.assert_fault(INVALID_PARAMETERS, "", "validator1." + name, parameter)
-
-
-if __name__ == "__main__":
-    unittest.main()

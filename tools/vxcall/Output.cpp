@@ -21,11 +21,8 @@ std::string memberStep(std::string_view name) {
 }
 
 std::string describeKind(BQTypeRef value) {
-  BQTypeID kind = BQGetTypeID(value);
   if (value == nullptr || value == kBQNull) return "null";
-  if (kind == BQStringGetTypeID()) return "a string with a control character";
-  if (kind == BQDictionaryGetTypeID()) return "a structure with a control character in the name of a member";
-  auto name = BQAdopt(BQCopyTypeIDDescription(kind));
+  auto name = BQAdopt(BQCopyTypeIDDescription(BQGetTypeID(value)));
   return "of the class " + std::string(textOf(name.get()));
 }
 
