@@ -54,7 +54,7 @@ std::vector<std::string> doubtOptions(const Options& options, const BQString* pr
     }
   }
   if (protocol == kVXSOAP1999Protocol && options.style == "doc") {
-    notes.push_back("--style doc has no effect in soap-1999, which has the form rpc alone");
+    notes.emplace_back("--style doc has no effect in soap-1999, which has the form rpc alone");
   }
   return notes;
 }
