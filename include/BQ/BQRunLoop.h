@@ -197,7 +197,7 @@ typedef void (*BQFileDescriptorCallBack)(BQFileDescriptor* descriptor, uint32_t 
 BQ_EXPORT BQFileDescriptor* BQFileDescriptorCreate(int fd, uint32_t interest,
                                                    BQFileDescriptorCallBack callback, void* info);
 
-/** Changes what is asked for. */
+/** Changes what is asked for. A descriptor that asks for nothing does not keep a mode from being empty. */
 BQ_EXPORT void BQFileDescriptorSetInterest(BQFileDescriptor* descriptor, uint32_t interest);
 
 /** Takes the descriptor off its run loop for good. The fd is not closed. */

@@ -63,7 +63,7 @@ XMLBuffer::XMLBuffer(unsigned long wanted)
     name = BQSTR("UTF-8");
     encoding = kBQStringEncodingUTF8;
   }
-  addTo(0, "<?xml version=\"1.0\" encoding=\"%@\"?>", name);
+  addLine(0, {"<?xml version=\"1.0\" encoding=\"", textOf(name), "\"?>"});
 }
 
 char* XMLBuffer::reserve(size_t size) {

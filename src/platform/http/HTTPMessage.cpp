@@ -24,9 +24,7 @@ const BQRuntimeClass kMessageClass = {
 constexpr size_t kUsualFieldCount = 8;
 
 Ref<BQHTTPMessage> makeMessage() {
-  auto message = Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
-  message->fields.reserve(kUsualFieldCount);
-  return message;
+  return Ref<BQHTTPMessage>::adopt(makeObject<BQHTTPMessage>(BQHTTPMessageGetTypeID()));
 }
 
 /* The constant of a version, or a string of its own for any other. */
@@ -114,7 +112,7 @@ void addReceivedField(BQHTTPMessage& message, std::string_view line) {
   if (colon == std::string_view::npos || !isToken(line.substr(0, colon))) return;
   std::string_view value = trimBlanks(line.substr(colon + 1));
   if (isOneLine(value)) {
-    message.fields.push_back({std::string(line.substr(0, colon)), decodeReceived(value)});
+    message.ownFields().push_back({std::string(line.substr(0, colon)), decodeReceived(value)});
   }
 }
 
@@ -144,13 +142,27 @@ Ref<BQHTTPMessage> makeReceivedResponse(std::string_view lines) {
 }
 
 const Field* findHeader(const BQHTTPMessage& message, std::string_view name) {
-  for (const Field& field : message.fields) {
+  for (const Field& field : message.fields()) {
     if (isNamed(field, name)) return &field;
   }
   return nullptr;
 }
 
 }  // namespace bq
+
+const std::vector<Field>& BQHTTPMessage::fields() const {
+  static const std::vector<Field> none;
+  return fields_ != nullptr ? *fields_ : none;
+}
+
+std::vector<Field>& BQHTTPMessage::ownFields() {
+  if (fields_.use_count() == 1) return *fields_;
+  auto own = std::make_shared<std::vector<Field>>();
+  own->reserve(std::max(bq::kUsualFieldCount, fields().size() + 1));
+  own->insert(own->end(), fields().begin(), fields().end());
+  fields_ = std::move(own);
+  return *fields_;
+}
 
 using bq::asMessage;
 using bq::Ref;
@@ -187,7 +199,7 @@ BQHTTPMessage* BQHTTPMessageCreateCopy(const BQHTTPMessage* message) {
   copy->statusCode = message->statusCode;
   copy->version = message->version;
   copy->body = message->body;
-  copy->fields = message->fields;
+  copy->shareFieldsOf(*message);
   return copy.release();
 }
 
@@ -238,7 +250,7 @@ bool BQHTTPMessageSetHeaderFieldValue(BQHTTPMessage* message, const BQString* na
   message = asMessage(message);
   if (message == nullptr || !bq::areFieldArguments(name, value == nullptr ? BQSTR("") : value)) return false;
   auto isNamed = [name = bq::textOf(name)](const Field& field) { return bq::isNamed(field, name); };
-  std::vector<Field>& fields = message->fields;
+  std::vector<Field>& fields = message->ownFields();
   auto first = std::find_if(fields.begin(), fields.end(), isNamed);
   if (value == nullptr) {
     fields.erase(std::remove_if(first, fields.end(), isNamed), fields.end());
@@ -254,24 +266,29 @@ bool BQHTTPMessageSetHeaderFieldValue(BQHTTPMessage* message, const BQString* na
 bool BQHTTPMessageAddHeaderFieldValue(BQHTTPMessage* message, const BQString* name, const BQString* value) {
   message = asMessage(message);
   if (message == nullptr || !bq::areFieldArguments(name, value)) return false;
-  message->fields.push_back(bq::makeField(name, value));
+  message->ownFields().push_back(bq::makeField(name, value));
   return true;
 }
 
 const BQString* BQHTTPMessageCopyHeaderFieldValue(const BQHTTPMessage* message, const BQString* name) {
   message = asMessage(message);
   if (message == nullptr || !bq::isText(name)) return nullptr;
+  auto isNamed = [name = bq::textOf(name)](const Field& field) { return bq::isNamed(field, name); };
+  const std::vector<Field>& fields = message->fields();
+  auto first = std::find_if(fields.begin(), fields.end(), isNamed);
+  if (first == fields.end()) return nullptr;
+  if (std::none_of(first + 1, fields.end(), isNamed)) return bq::makeText(first->value);
   std::vector<const Field*> found;
-  for (const Field& field : message->fields) {
-    if (bq::isNamed(field, bq::textOf(name))) found.push_back(&field);
+  for (auto field = first; field != fields.end(); ++field) {
+    if (isNamed(*field)) found.push_back(&*field);
   }
-  return found.empty() ? nullptr : bq::copyValues(found);
+  return bq::copyValues(found);
 }
 
 const BQDictionary* BQHTTPMessageCopyAllHeaderFields(const BQHTTPMessage* message) {
   message = asMessage(message);
   if (message == nullptr) return nullptr;
-  auto groups = bq::groupByName(message->fields);
+  auto groups = bq::groupByName(message->fields());
   auto fields = Ref<BQDictionary>::adopt(
       BQDictionaryCreateMutable(static_cast<BQIndex>(groups.size()), kBQDictionaryRetainKeys));
   for (const auto& group : groups) {

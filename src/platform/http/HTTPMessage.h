@@ -2,6 +2,7 @@
 #ifndef BQ_HTTP_HTTP_MESSAGE_H
 #define BQ_HTTP_HTTP_MESSAGE_H
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,9 +26,17 @@ struct BQHTTPMessage : bq::Object {
 
   bq::Ref<const BQString> version;
   bq::Ref<const BQData> body;
-  std::vector<Field> fields;
 
   using Object::Object;
+
+  const std::vector<Field>& fields() const;
+  /* To be changed. */
+  std::vector<Field>& ownFields();
+  void shareFieldsOf(const BQHTTPMessage& other) { fields_ = other.fields_; }
+
+ private:
+  /* Copies share them until one of them is changed. Null while there are none. */
+  std::shared_ptr<std::vector<Field>> fields_;
 };
 
 namespace bq {

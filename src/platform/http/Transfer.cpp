@@ -3,7 +3,6 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <array>
 
 #include <BQ/BQData.h>
 #include <BQ/BQURL.h>
@@ -24,9 +23,8 @@ constexpr int kMostRedirects = 20;
 constexpr int kMostVainReads = 4096;
 constexpr long kReceiveBufferSize = 32 * 1024;
 
-/* What libcurl sends in lieu of a header that the message does not have. */
-constexpr std::array<std::string_view, 4> kUnaskedHeaders = {"Accept", "Content-Type", "Expect",
-                                                             "Proxy-Connection"};
+/* Bodies up to this size are sent by every libcurl without asking whether they are welcome. */
+constexpr BQIndex kLargestUnasked = 1024;
 
 /* The same for the request that asks a proxy for a tunnel. */
 curl_slist* tunnelHeaders() {
@@ -54,7 +52,7 @@ bool hasTwoLengths(const BQHTTPMessage& response) {
   auto isOther = [first](const BQHTTPMessage::Field& field) {
     return equalsIgnoringCase(field.name, first->name) && field.value != first->value;
   };
-  return std::any_of(response.fields.begin(), response.fields.end(), isOther);
+  return std::any_of(response.fields().begin(), response.fields().end(), isOther);
 }
 
 /* The certificates that libcurl was built to trust. */
@@ -158,7 +156,7 @@ void Transfer::startAttempt(bool onNewConnection) {
   refusal_ = kNoError;
   isEncrypted_ = isEncryptedURL(url_);
   configureRequest();
-  set(CURLOPT_FRESH_CONNECT, onNewConnection ? 1L : 0L);
+  change(CURLOPT_FRESH_CONNECT, configured_.isConnectionNew, onNewConnection ? 1L : 0L);
   isRunning_ = true;
   engine_.add(*this);
 }
@@ -171,27 +169,41 @@ void Transfer::detach() {
 
 void Transfer::configureRequest() {
   bool isVersion1_0 = request_->version.get() == kBQHTTPVersion1_0;
-  set(CURLOPT_URL, url_.c_str());
-  set(CURLOPT_HTTP_VERSION, static_cast<long>(isVersion1_0 ? CURL_HTTP_VERSION_1_0 : CURL_HTTP_VERSION_1_1));
+  if (configured_.url != url_) set(CURLOPT_URL, (configured_.url = url_).c_str());
+  change(CURLOPT_HTTP_VERSION, configured_.version,
+         static_cast<long>(isVersion1_0 ? CURL_HTTP_VERSION_1_0 : CURL_HTTP_VERSION_1_1));
+  configureMethod();
   configureBody();
   configureHeaders();
 }
 
-void Transfer::configureBody() {
+bool Transfer::hasBody() const {
+  return method_ != "HEAD" && (body_ || usuallyHasBody(method_));
+}
+
+void Transfer::configureMethod() {
+  if (configured_.method == method_ && configured_.hasBody == hasBody()) return;
+  configured_.method = method_;
+  configured_.hasBody = hasBody();
   bool isHead = method_ == "HEAD";
-  bool hasBody = !isHead && (body_ || usuallyHasBody(method_));
-  if (hasBody) {
+  if (hasBody()) {
     set(CURLOPT_POST, 1L);
-    set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(BQDataGetLength(body_.get())));
-    set(CURLOPT_POSTFIELDS, body_ ? reinterpret_cast<const char*>(BQDataGetBytePtr(body_.get())) : "");
   } else {
     set(CURLOPT_HTTPGET, 1L);
     set(CURLOPT_NOBODY, isHead ? 1L : 0L);
   }
-  bool isNatural = isHead || method_ == (hasBody ? "POST" : "GET");
+  bool isNatural = isHead || method_ == (hasBody() ? "POST" : "GET");
   set(CURLOPT_CUSTOMREQUEST, isNatural ? nullptr : method_.c_str());
+}
+
+void Transfer::configureBody() {
+  if (hasBody()) {
+    set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(BQDataGetLength(body_.get())));
+    set(CURLOPT_POSTFIELDS, body_ ? reinterpret_cast<const char*>(BQDataGetBytePtr(body_.get())) : "");
+  }
   /* The length that the reply to HEAD names is that of a body that does not come. */
-  set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(isHead ? 0 : maximumReplySize_));
+  change(CURLOPT_MAXFILESIZE_LARGE, configured_.largestBody,
+         static_cast<curl_off_t>(method_ == "HEAD" ? 0 : maximumReplySize_));
 }
 
 /* Headers of the message that a redirect made wrong, and those that belong to the transfer. */
@@ -204,13 +216,19 @@ bool Transfer::isLeftOut(std::string_view name) const {
 
 void Transfer::configureHeaders() {
   headers_.clear();
-  for (const auto& field : request_->fields) {
+  for (const auto& field : request_->fields()) {
     if (!isLeftOut(field.name)) headers_.add(field.name, field.value);
   }
-  for (std::string_view name : kUnaskedHeaders) {
-    if (findHeader(*request_.get(), name) == nullptr || isLeftOut(name)) headers_.suppress(name);
-  }
+  suppress("Accept");
+  if (hasBody()) suppress("Content-Type");
+  if (BQDataGetLength(body_.get()) > kLargestUnasked) suppress("Expect");
+  if (!connection_.proxy.empty()) suppress("Proxy-Connection");
   set(CURLOPT_HTTPHEADER, headers_.list());
+}
+
+/* Keeps libcurl from sending a header of its own where the message has none. */
+void Transfer::suppress(std::string_view name) {
+  if (findHeader(*request_.get(), name) == nullptr || isLeftOut(name)) headers_.suppress(name);
 }
 
 size_t Transfer::read(uint8_t* buffer, size_t size) {
@@ -242,7 +260,7 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
 int Transfer::onRequest(void* context, char*, char*, int remotePort, int localPort) {
   auto* transfer = static_cast<Transfer*>(context);
   transfer->socket_ = transfer->engine_.sockets().claim(localPort, remotePort, transfer);
-  transfer->set(CURLOPT_FRESH_CONNECT, 1L);
+  transfer->change(CURLOPT_FRESH_CONNECT, transfer->configured_.isConnectionNew, 1L);
   return CURL_PREREQFUNC_OK;
 }
 

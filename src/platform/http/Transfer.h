@@ -98,11 +98,19 @@ class Transfer {
     curl_easy_setopt(handle_.get(), option, value);
   }
 
+  template <class Value>
+  void change(CURLoption option, Value& configured, Value value) {
+    if (configured != value) set(option, configured = value);
+  }
+
   void configureHandle();
   void configureConnection(const ConnectionOptions& options);
   void configureRequest();
+  void configureMethod();
   void configureBody();
   void configureHeaders();
+  bool hasBody() const;
+  void suppress(std::string_view name);
   bool isLeftOut(std::string_view name) const;
   void startAttempt(bool onNewConnection);
   void detach();
@@ -119,7 +127,16 @@ class Transfer {
 
   TransferEngine& engine_;
   std::unique_ptr<CURL, HandleDeleter> handle_;
-  /* For which the handle is configured at present. */
+  /* For which the handle is configured at present: it keeps its options from request to request. */
+  struct Configured {
+    std::string url;
+    std::string method;
+    bool hasBody = false;
+    long version = CURL_HTTP_VERSION_NONE;
+    curl_off_t largestBody = 0;
+    long isConnectionNew = 0;
+  };
+  Configured configured_;
   ConnectionOptions connection_;
   HeaderList headers_;
 

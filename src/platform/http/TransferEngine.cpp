@@ -128,21 +128,32 @@ TransferEngine::Mode* TransferEngine::findMode(const BQString* name) {
 }
 
 void TransferEngine::retainMode(const BQString* name) {
+  if (lastMode_ && !BQEqual(lastMode_.get(), name)) {
+    BQRunLoopRemoveFileDescriptor(runLoop_.get(), descriptor_.get(), lastMode_.get());
+  }
+  lastMode_ = nullptr;
   Mode* mode = findMode(name);
   if (mode != nullptr) {
     ++mode->users;
     return;
   }
   modes_.push_back({Ref<const BQString>::retain(name), 1});
+  BQFileDescriptorSetInterest(descriptor_.get(), kBQFileDescriptorRead);
   BQRunLoopAddFileDescriptor(runLoop_.get(), descriptor_.get(), name);
   if (isArmed_) BQRunLoopAddTimer(runLoop_.get(), timer_.get(), name);
 }
 
+/* In the last mode the descriptor stays, without an interest: the next transfer often runs there too. */
 void TransferEngine::releaseMode(const BQString* name) {
   Mode* mode = findMode(name);
   if (mode == nullptr || --mode->users > 0) return;
-  BQRunLoopRemoveFileDescriptor(runLoop_.get(), descriptor_.get(), name);
   if (isArmed_) BQRunLoopRemoveTimer(runLoop_.get(), timer_.get(), name);
+  if (modes_.size() == 1) {
+    BQFileDescriptorSetInterest(descriptor_.get(), 0);
+    lastMode_ = std::move(mode->name);
+  } else {
+    BQRunLoopRemoveFileDescriptor(runLoop_.get(), descriptor_.get(), name);
+  }
   std::swap(*mode, modes_.back());
   modes_.pop_back();
 }

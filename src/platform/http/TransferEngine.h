@@ -80,6 +80,8 @@ class TransferEngine {
   bool isDriving_ = false;
   bool usesTLS_ = false;
   std::vector<Mode> modes_;
+  /* Where the descriptor is while nobody uses it. */
+  Ref<const BQString> lastMode_;
   std::vector<std::unique_ptr<Transfer>> running_;
   /* Of those, the number that are at work, and those that wait for room, in their order. */
   size_t atWork_ = 0;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "platform/runloop/FileDescriptor.h"
 
@@ -78,7 +79,8 @@ void DescriptorSet::erase(DescriptorEntry& entry) {
     interestChanged(fd);
     return;
   }
-  if (watch.registered != 0) epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
+  waiting_ -= watch.isWaiting;
+  dropRegistration(fd, watch);
   if (watch.isChanged) std::erase(changed_, fd);
   if (watch.isAlwaysReady) std::erase(alwaysReady_, fd);
   watches_.erase(found);
@@ -86,6 +88,9 @@ void DescriptorSet::erase(DescriptorEntry& entry) {
 
 void DescriptorSet::interestChanged(int fd) {
   Watch& watch = watches_[fd];
+  const bool isWaiting = watch.wantedEvents() != 0;
+  waiting_ += isWaiting;
+  waiting_ -= std::exchange(watch.isWaiting, isWaiting);
   if (watch.isChanged) return;
   watch.isChanged = true;
   changed_.push_back(fd);
@@ -112,17 +117,15 @@ void DescriptorSet::registerChanges() {
 }
 
 /*
- * A watch without interest is not in the set at all, which would report errors and hang-ups of it
- * over and over. What the set holds can differ from what we know where a file descriptor was closed
- * before it was removed.
+ * A watch that loses its interest stays as it is until it is reported: mostly the interest comes back
+ * before. What the set holds can differ from what we know where a file descriptor was closed before it
+ * was removed.
  */
 void DescriptorSet::registerWatch(int fd, Watch& watch) {
   const uint32_t wanted = watch.wantedEvents();
-  if (wanted == watch.registered || watch.isAlwaysReady) return;
+  if (wanted == 0 || wanted == watch.registered || watch.isAlwaysReady) return;
   epoll_event event = {.events = wanted, .data = {.u64 = packEventData(fd, watch.number)}};
-  if (wanted == 0) {
-    epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
-  } else if (watch.registered == 0 || epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0) {
+  if (watch.registered == 0 || epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0) {
     if (epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EPERM) {
       watch.isAlwaysReady = true;
       alwaysReady_.push_back(fd);
@@ -131,19 +134,52 @@ void DescriptorSet::registerWatch(int fd, Watch& watch) {
   watch.registered = wanted;
 }
 
+void DescriptorSet::dropRegistration(int fd, Watch& watch) {
+  if (std::exchange(watch.registered, 0) != 0) epoll_ctl(epoll_, EPOLL_CTL_DEL, fd, nullptr);
+}
+
 void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& ready) {
   ++waits_;
   ready.count = 0;
-  if (timeout == 0 && watches_.empty()) return;
+  if (timeout == 0 && !isWaiting()) return;
   if (!open(wakeUp)) return waitWithoutSet(millisecondsOf(timeout), wakeUp, ready);
   registerChanges();
-  if (!alwaysReady_.empty()) timeout = 0;
+  const bool isReady = std::any_of(alwaysReady_.begin(), alwaysReady_.end(),
+                                   [this](int fd) { return watches_[fd].isWaiting; });
+  if (isReady) timeout = 0;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
+  if (timeout != 0 && !isSimulated && waitAwake(timeout, ready)) return;
   const int count =
       epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, isSimulated ? 0 : millisecondsOf(timeout));
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
+}
+
+/*
+ * A thread that sleeps is woken some microseconds late, and a peer on the same machine often answers in
+ * as few. So a wait begins awake, as long as that is worth it: each one in vain doubles the number of
+ * waits that go to sleep at once.
+ */
+bool DescriptorSet::waitAwake(Nanoseconds timeout, ReadyDescriptors& ready) {
+  constexpr Nanoseconds kLongest = 50'000;
+  constexpr uint32_t kMostSleeps = 1024;
+  if (sleepsToCome_ > 0) {
+    --sleepsToCome_;
+    return false;
+  }
+  const Nanoseconds end = monotonicTime() + std::min(timeout, kLongest);
+  int count = 0;
+  while (count == 0 && monotonicTime() < end) {
+    count = epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, 0);
+  }
+  ready.count = std::max(count, 0);
+  if (ready.count > 0) {
+    sleepsAfterVain_ = std::max(sleepsAfterVain_ / 2, 1u);
+  } else {
+    sleepsToCome_ = std::exchange(sleepsAfterVain_, std::min(sleepsAfterVain_ * 2, kMostSleeps));
+  }
+  return ready.count > 0;
 }
 
 /*
@@ -204,6 +240,8 @@ bool DescriptorSet::serveWatch(int fd, uint32_t number, uint32_t ready) {
   bool served = false;
   while (waits_ == wait) {
     Watch* watch = findWatch(fd, number);
+    /* It would be reported over and over. */
+    if (watch != nullptr && !watch->isWaiting) dropRegistration(fd, *watch);
     DescriptorEntry* entry = watch != nullptr ? findUnserved(*watch, ready) : nullptr;
     if (entry == nullptr) break;
     entry->servedWait = wait;

@@ -47,7 +47,9 @@ class DescriptorSet {
   void erase(DescriptorEntry& entry);
   void interestChanged(int fd);
 
-  bool isEmpty() const { return watches_.empty(); }
+  bool hasEntries() const { return !watches_.empty(); }
+  /* Whether any of them has an interest. */
+  bool isWaiting() const { return waiting_ > 0; }
   /* Any of the entries; there must be one. */
   DescriptorEntry& anyEntry() const { return *watches_.begin()->second.entries.front(); }
 
@@ -63,6 +65,7 @@ class DescriptorSet {
     /* The epoll events that were asked for. */
     uint32_t registered = 0;
     bool isChanged = false;
+    bool isWaiting = false;
     /* Files of the kinds that epoll refuses never block. */
     bool isAlwaysReady = false;
     std::vector<DescriptorEntry*> entries;
@@ -72,9 +75,11 @@ class DescriptorSet {
 
   bool open(int wakeUp);
   void close();
+  bool waitAwake(Nanoseconds timeout, ReadyDescriptors& ready);
   void waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const;
   void registerChanges();
   void registerWatch(int fd, Watch& watch);
+  void dropRegistration(int fd, Watch& watch);
   bool serveAlwaysReady();
   bool serveWatch(int fd, uint32_t number, uint32_t ready);
   Watch* findWatch(int fd, uint32_t number);
@@ -83,6 +88,11 @@ class DescriptorSet {
   int epoll_ = -1;
   uint32_t lastWatchNumber_ = 0;
   uint64_t waits_ = 0;
+  /* How many waits sleep from the start, now and when the next one was awake in vain. */
+  uint32_t sleepsToCome_ = 0;
+  uint32_t sleepsAfterVain_ = 1;
+  /* The watches with an interest. */
+  size_t waiting_ = 0;
   std::unordered_map<int, Watch> watches_;
   std::vector<int> changed_;
   std::vector<int> alwaysReady_;

@@ -70,11 +70,13 @@ RunLoopMode* BQRunLoop::findOrCreateMode(const BQString* name) {
 void BQRunLoop::dropIdleModes() {
   constexpr size_t kKeptModes = 8;
   if (modes_.size() < kKeptModes) return;
-  std::erase_if(modes_, [this](const auto& mode) { return mode->runs == 0 && isEmpty(*mode); });
+  std::erase_if(modes_, [this](const auto& mode) {
+    return mode->runs == 0 && isEmpty(*mode) && !mode->descriptors.hasEntries();
+  });
 }
 
 bool BQRunLoop::isEmpty(const RunLoopMode& mode) const {
-  if (!mode.timers.isEmpty() || !mode.descriptors.isEmpty()) return false;
+  if (!mode.timers.isEmpty() || mode.descriptors.isWaiting()) return false;
   const std::lock_guard lock(mutex_);
   return mode.sources.isEmpty();
 }
@@ -95,7 +97,7 @@ void BQRunLoop::end() {
       const bq::Ref<BQRunLoopTimer> timer = mode->timers.entries().back()->timer;
       timer->removeFrom(*mode);
     }
-    while (!mode->descriptors.isEmpty()) {
+    while (mode->descriptors.hasEntries()) {
       const bq::Ref<BQFileDescriptor> descriptor = mode->descriptors.anyEntry().descriptor;
       descriptor->removeFrom(*mode);
     }
@@ -128,12 +130,21 @@ bool BQRunLoop::unqueueSource(bq::SourceEntry& entry, uint64_t signalNumber) {
 
 /* Running. */
 
+namespace {
+
+Nanoseconds limitOf(BQTimeInterval seconds) {
+  if (!(seconds > 0)) return bq::kLongAgo;
+  const Nanoseconds span = bq::nanosecondsOf(seconds);
+  return span == bq::kForever ? span : bq::addClamped(bq::monotonicTime(), span);
+}
+
+}  // namespace
+
 BQRunLoopRunResult BQRunLoop::run(const BQString* modeName, BQTimeInterval seconds,
                                   bool returnAfterSourceHandled) {
   RunLoopMode* mode = findMode(modeName);
   if (mode == nullptr || isEmpty(*mode)) return kBQRunLoopRunFinished;
-  const Nanoseconds limit =
-      seconds > 0 ? bq::addClamped(bq::monotonicTime(), bq::nanosecondsOf(seconds)) : bq::kLongAgo;
+  const Nanoseconds limit = limitOf(seconds);
   openWakeUp();
   Run run(*this, *mode);
   for (;;) {
@@ -217,8 +228,9 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
 
 /* Tried again with each run where the process had no file descriptors left. */
 void BQRunLoop::openWakeUp() {
+  if (wakeUp_ >= 0) return;
   const std::lock_guard lock(mutex_);
-  if (wakeUp_ < 0) wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 }
 
 void BQRunLoop::stop() {

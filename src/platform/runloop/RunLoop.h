@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/object/Object.h"
+#include "platform/runloop/Mutex.h"
 #include "platform/runloop/RunLoopMode.h"
 
 /*
@@ -60,7 +61,7 @@ struct BQRunLoop final : bq::Object {
   /* The memory of the last pass' signals, for the next. */
   std::vector<bq::PendingSignal> spareSignals_;
 
-  mutable std::mutex mutex_;
+  mutable bq::Mutex mutex_;
   Run* innermost_ = nullptr;
   const bq::RunLoopMode* sleepingIn_ = nullptr;
   bool wakeUpRequested_ = false;

@@ -6,10 +6,10 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "platform/object/Object.h"
+#include "platform/runloop/Mutex.h"
 #include "platform/runloop/SourceSet.h"
 
 /*
@@ -54,7 +54,7 @@ struct BQRunLoopSource final : bq::Object {
   BQRunLoopSourceContext context_;
   std::atomic<bool> valid_{true};
   std::atomic<bool> signalled_{false};
-  mutable std::mutex mutex_;
+  mutable bq::Mutex mutex_;
   std::vector<std::unique_ptr<bq::SourceEntry>> entries_;
 };
 

@@ -10,17 +10,19 @@
 namespace bq {
 namespace {
 
+constexpr BQXMLElementInfo kNoAttributes{nullptr, nullptr};
+
 /*
  * The names and values of a few short attributes in one text, each with its NUL. Longer ones are
  * seldom repeated.
  */
 class AttributeText {
  public:
-  bool append(const char* text) {
-    size_t length = std::strlen(text) + 1;
-    if (length > sizeof text_ - size_) return false;
-    std::memcpy(text_ + size_, text, length);
-    size_ += length;
+  bool append(std::string_view text) {
+    if (text.size() >= sizeof text_ - size_) return false;
+    std::memcpy(text_ + size_, text.data(), text.size());
+    size_ += text.size();
+    text_[size_++] = '\0';
     return true;
   }
 
@@ -44,31 +46,32 @@ struct ElementInfoTable::Shared {
   std::string_view text;
 };
 
-const BQXMLElementInfo* ElementInfoTable::find(Arena& arena, NameTable& names, const char* const* attributes,
-                                               size_t count) {
+const BQXMLElementInfo* ElementInfoTable::find(Arena& arena, NameTable& names,
+                                               std::span<const Attribute> attributes) {
+  if (attributes.empty()) return &kNoAttributes;
   AttributeText text;
-  for (size_t i = 0; i < count * 2; ++i) {
-    if (!text.append(attributes[i])) return make(arena, names, attributes, count);
+  for (const Attribute& attribute : attributes) {
+    if (!text.append(attribute.name) || !text.append(attribute.value)) return make(arena, names, attributes);
   }
   const Shared*& shared = shared_[text.hash() % kSharedRecords];
   if (shared == nullptr || shared->text != text.view()) {
     auto* copy = static_cast<char*>(arena.allocate(text.view().size()));
     std::memcpy(copy, text.view().data(), text.view().size());
     shared = new (arena.allocate(sizeof(Shared)))
-        Shared{make(arena, names, attributes, count), {copy, text.view().size()}};
+        Shared{make(arena, names, attributes), {copy, text.view().size()}};
   }
   return shared->info;
 }
 
-const BQXMLElementInfo* ElementInfoTable::make(Arena& arena, NameTable& names, const char* const* attributes,
-                                               size_t count) {
+const BQXMLElementInfo* ElementInfoTable::make(Arena& arena, NameTable& names,
+                                               std::span<const Attribute> attributes) {
   names_.clear();
   values_.clear();
-  for (size_t i = 0; i < count; ++i) {
-    names_.push_back(NameTable::attributeName(arena, names.find(arena, attributes[2 * i])));
-    values_.push_back(makeString(attributes[2 * i + 1]));
+  for (const Attribute& attribute : attributes) {
+    names_.push_back(NameTable::attributeName(arena, names.find(arena, attribute.name)));
+    values_.push_back(makeString(attribute.value));
   }
-  auto pairs = static_cast<BQIndex>(count);
+  auto pairs = static_cast<BQIndex>(attributes.size());
   auto* info = new (arena.allocate(sizeof(BQXMLElementInfo))) BQXMLElementInfo{
       BQDictionaryCreate(names_.data(), values_.data(), pairs), BQArrayCreate(names_.data(), pairs)};
   arena.keep(info->attributes);

@@ -6,6 +6,8 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/object/Arena.h"
@@ -13,13 +15,16 @@
 
 namespace bq {
 
+/* As it stands in a tag. */
+struct Attribute {
+  std::string_view name;
+  std::string_view value;
+};
+
 class ElementInfoTable {
  public:
-  /*
-   * The record of `count` attributes, at least one, given as pairs of NUL-terminated names and
-   * values. Lives as long as the arena.
-   */
-  const BQXMLElementInfo* find(Arena& arena, NameTable& names, const char* const* attributes, size_t count);
+  /* The record of some attributes. Lives as long as the arena. */
+  const BQXMLElementInfo* find(Arena& arena, NameTable& names, std::span<const Attribute> attributes);
 
   /* Forgets all records. */
   void clear();
@@ -28,7 +33,7 @@ class ElementInfoTable {
   struct Shared;
   static constexpr size_t kSharedRecords = 64;
 
-  const BQXMLElementInfo* make(Arena& arena, NameTable& names, const char* const* attributes, size_t count);
+  const BQXMLElementInfo* make(Arena& arena, NameTable& names, std::span<const Attribute> attributes);
 
   std::array<const Shared*, kSharedRecords> shared_{};
   std::vector<const void*> names_;

@@ -1,7 +1,5 @@
 #include "platform/xml/NameTable.h"
 
-#include <cstring>
-
 #include <algorithm>
 
 #include "platform/text/StringHash.h"
@@ -10,25 +8,25 @@
 namespace bq {
 namespace {
 
-bool isName(const Name* entry, const char* name, size_t length) {
-  return entry->string->length == length && std::memcmp(entry->string->bytes, name, length) == 0;
+bool isName(const Name* entry, std::string_view name) {
+  return viewOf(entry->string) == name;
 }
 
-size_t quickHash(const char* name, size_t length) {
-  auto first = static_cast<unsigned char>(name[0]), middle = static_cast<unsigned char>(name[length / 2]),
-       last = static_cast<unsigned char>(name[length - 1]);
-  return length + first * size_t{3} + middle * size_t{11} + last * size_t{29};
+size_t quickHash(std::string_view name) {
+  auto first = static_cast<unsigned char>(name.front()),
+       middle = static_cast<unsigned char>(name[name.size() / 2]),
+       last = static_cast<unsigned char>(name.back());
+  return name.size() + first * size_t{3} + middle * size_t{11} + last * size_t{29};
 }
 
 }  // namespace
 
-Name& NameTable::find(Arena& arena, const char* name) {
-  size_t length = std::strlen(name);
-  Name*& recent = recent_[quickHash(name, length) % kRecentNames];
-  if (recent != nullptr && isName(recent, name, length)) return *recent;
-  uint64_t hash = hashText({name, length});
-  Name*& slot = slotFor(hash, name, length);
-  recent = slot != nullptr ? slot : &add(arena, slot, hash, name, length);
+Name& NameTable::find(Arena& arena, std::string_view name) {
+  Name*& recent = recent_[quickHash(name) % kRecentNames];
+  if (recent != nullptr && isName(recent, name)) return *recent;
+  uint64_t hash = hashText(name);
+  Name*& slot = slotFor(hash, name);
+  recent = slot != nullptr ? slot : &add(arena, slot, hash, name);
   return *recent;
 }
 
@@ -50,17 +48,18 @@ void NameTable::clear() {
   count_ = 0;
 }
 
-Name*& NameTable::slotFor(uint64_t hash, const char* name, size_t length) {
+Name*& NameTable::slotFor(uint64_t hash, std::string_view name) {
   size_t mask = slots_.size() - 1;
   size_t index = hash & mask;
-  while (slots_[index] != nullptr && !(slots_[index]->hash == hash && isName(slots_[index], name, length))) {
+  while (slots_[index] != nullptr && !(slots_[index]->hash == hash && isName(slots_[index], name))) {
     index = (index + 1) & mask;
   }
   return slots_[index];
 }
 
-Name& NameTable::add(Arena& arena, Name*& slot, uint64_t hash, const char* name, size_t length) {
-  Name* entry = new (arena.allocate(sizeof(Name))) Name{hash, makeArenaString(arena, name, length), nullptr};
+Name& NameTable::add(Arena& arena, Name*& slot, uint64_t hash, std::string_view name) {
+  const BQString* string = makeArenaString(arena, name.data(), name.size());
+  Name* entry = new (arena.allocate(sizeof(Name))) Name{hash, string, nullptr};
   slot = entry;
   if (++count_ * 2 > slots_.size()) grow();
   return *entry;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "platform/object/Arena.h"
@@ -27,8 +28,8 @@ struct Name {
 
 class NameTable {
  public:
-  /* The entry of a NUL-terminated name, which is added if it is new. Lives as long as the arena. */
-  Name& find(Arena& arena, const char* name);
+  /* The entry of a name that is not empty, which is added if it is new. Lives as long as the arena. */
+  Name& find(Arena& arena, std::string_view name);
 
   /* The ordinary string of a name; borrowed from the arena. */
   static const BQString* attributeName(Arena& arena, Name& name);
@@ -37,8 +38,8 @@ class NameTable {
   void clear();
 
  private:
-  Name*& slotFor(uint64_t hash, const char* name, size_t length);
-  Name& add(Arena& arena, Name*& slot, uint64_t hash, const char* name, size_t length);
+  Name*& slotFor(uint64_t hash, std::string_view name);
+  Name& add(Arena& arena, Name*& slot, uint64_t hash, std::string_view name);
   void grow();
 
   static constexpr size_t kRecentNames = 128;

@@ -15,8 +15,6 @@
 namespace bq {
 namespace {
 
-constexpr BQXMLElementInfo kNoAttributes{nullptr, nullptr};
-
 /* A document up to this size is given to the parser in one piece, which it then does not copy. */
 constexpr size_t kLargestPiece = size_t{1} << 30;
 /* Pieces of a larger one; the parser copies what a piece cuts in two. */
@@ -53,9 +51,7 @@ const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** erro
     return nullptr;
   }
   text_ = &text;
-  arena_ = Arena::create();
-  prepare();
-  bool parsed = feedAll();
+  bool parsed = readPlain() || readWithExpat();
   if (!parsed) {
     if (error != nullptr) *error = makeError();
     arena_->release();
@@ -64,15 +60,33 @@ const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** erro
   return parsed ? builder_.document() : nullptr;
 }
 
+void XMLParser::begin() {
+  arena_ = Arena::create();
+  names_.clear();
+  infos_.clear();
+  builder_.begin(*arena_);
+}
+
+bool XMLParser::readPlain() {
+  if (!text_->head().empty()) return false;
+  begin();
+  bool isPlain = plain_.read(*arena_, text_->tail());
+  if (!isPlain) arena_->release();
+  return isPlain;
+}
+
+bool XMLParser::readWithExpat() {
+  begin();
+  prepareExpat();
+  return feedAll();
+}
+
 /*
  * An entity that is not declared is an error to the parser, unless a document type that it could not
  * read might declare it: it is made to believe in one. A null default handler keeps it from expanding
  * the entities that are declared.
  */
-void XMLParser::prepare() {
-  names_.clear();
-  infos_.clear();
-  builder_.begin(*arena_);
+void XMLParser::prepareExpat() {
   failure_.reset();
   declaredAttributes_ = 0;
   if (expat_ == nullptr) {
@@ -141,7 +155,7 @@ void XMLParser::stop(const BQString* description, int status) {
 
 void XMLParser::startElement(void* self, const XML_Char* name, const XML_Char** attributes) {
   XMLParser* parser = parserOf(self);
-  const BQXMLElementInfo* info = attributes[0] == nullptr ? &kNoAttributes : parser->elementInfo(attributes);
+  const BQXMLElementInfo* info = parser->elementInfo(attributes);
   if (parser->builder_.startElement(parser->names_.find(*parser->arena_, name).string, info)) return;
   parser->stop(BQSTR("elements nested deeper than 512 levels"), kBQXMLTreeStatusTooDeep);
 }
@@ -194,24 +208,25 @@ void XMLParser::addEntityReference(const XML_Char* name) {
  */
 const BQXMLElementInfo* XMLParser::elementInfo(const XML_Char** attributes) {
   XML_Parser expat = expat_.get();
-  auto count = static_cast<size_t>(XML_GetSpecifiedAttributeCount(expat));
-  if (count == 0) return &kNoAttributes;
-  std::string_view tag = text_->from(static_cast<size_t>(XML_GetCurrentByteIndex(expat)))
-                             .substr(0, static_cast<size_t>(XML_GetCurrentByteCount(expat)));
-  if (tag.find('&') == std::string_view::npos) return infos_.find(*arena_, names_, attributes, count / 2);
-  attributes_.assign(attributes, attributes + count);
-  restoreEntityReferences(tag, attributes_);
-  return infos_.find(*arena_, names_, attributes_.data(), count / 2);
+  attributes_.clear();
+  int count = attributes[0] != nullptr ? XML_GetSpecifiedAttributeCount(expat) : 0;
+  for (int i = 0; i < count; i += 2) attributes_.push_back({attributes[i], attributes[i + 1]});
+  if (!attributes_.empty()) {
+    std::string_view tag = text_->from(static_cast<size_t>(XML_GetCurrentByteIndex(expat)))
+                               .substr(0, static_cast<size_t>(XML_GetCurrentByteCount(expat)));
+    if (tag.find('&') != std::string_view::npos) restoreEntityReferences(tag);
+  }
+  return infos_.find(*arena_, names_, attributes_);
 }
 
 /* In attribute values the parser expands entities or drops them silently. */
-void XMLParser::restoreEntityReferences(std::string_view tag, std::vector<const char*>& attributes) {
+void XMLParser::restoreEntityReferences(std::string_view tag) {
   attributeTexts_.clear();
-  attributeTexts_.reserve(attributes.size() / 2);
+  attributeTexts_.reserve(attributes_.size());
   StartTag reader(tag);
-  for (size_t i = 1; i < attributes.size(); i += 2) {
+  for (Attribute& attribute : attributes_) {
     std::optional<std::string> text = textWithEntityReferences(reader.nextValue());
-    if (text) attributes[i] = attributeTexts_.emplace_back(std::move(*text)).c_str();
+    if (text) attribute.value = attributeTexts_.emplace_back(std::move(*text));
   }
 }
 

@@ -20,6 +20,7 @@
 #include "platform/xml/DocumentText.h"
 #include "platform/xml/ElementInfoTable.h"
 #include "platform/xml/NameTable.h"
+#include "platform/xml/PlainReader.h"
 #include "platform/xml/TreeBuilder.h"
 
 namespace bq {
@@ -55,7 +56,10 @@ class XMLParser {
                             const XML_Char* systemID, const XML_Char* publicID);
 
   static const BQDictionary* makeErrorDictionary(const Failure& failure);
-  void prepare();
+  void begin();
+  bool readPlain();
+  bool readWithExpat();
+  void prepareExpat();
   bool feedAll();
   bool feed(std::string_view bytes, bool last);
   void stop(const BQString* description, int status);
@@ -63,7 +67,7 @@ class XMLParser {
   const BQDictionary* makeError() const;
   void addEntityReference(const XML_Char* name);
   const BQXMLElementInfo* elementInfo(const XML_Char** attributes);
-  void restoreEntityReferences(std::string_view tag, std::vector<const char*>& attributes);
+  void restoreEntityReferences(std::string_view tag);
   void trim(size_t documentSize);
 
   std::unique_ptr<XML_ParserStruct, FreeParser> expat_;
@@ -73,10 +77,11 @@ class XMLParser {
   NameTable names_;
   ElementInfoTable infos_;
   TreeBuilder builder_;
+  PlainReader plain_{names_, infos_, builder_};
   size_t declaredAttributes_ = 0;
   /* Why the parser was stopped, and where: it goes on a little after that. */
   std::optional<Failure> failure_;
-  std::vector<const char*> attributes_;
+  std::vector<Attribute> attributes_;
   std::vector<std::string> attributeTexts_;
 };
 

@@ -59,9 +59,10 @@ TEST(Descriptor, ReportsWhatIsAskedForAndReady) {
 
 TEST(Descriptor, HangUpWithoutInterestDoesNotKeepTheLoopBusy) {
   SimulatedTime time;
-  SocketPair sockets;
-  Descriptor descriptor(sockets.fd(), kRead);
+  SocketPair sockets, others;
+  Descriptor descriptor(sockets.fd(), kRead), other(others.fd(), kRead);
   descriptor.add();
+  other.add();
   runOnce();
   descriptor.setInterest(0);
   sockets.closePeer();
@@ -69,6 +70,19 @@ TEST(Descriptor, HangUpWithoutInterestDoesNotKeepTheLoopBusy) {
   EXPECT_EQ(time.elapsed(), 5);
   descriptor.setInterest(kRead);
   runOnce();
+  EXPECT_EQ(descriptor.called, 1);
+}
+
+TEST(Descriptor, WithoutInterestDoesNotKeepAModeFromBeingEmpty) {
+  SocketPair sockets;
+  Descriptor descriptor(sockets.fd(), kRead);
+  descriptor.add();
+  runOnce();
+  descriptor.setInterest(0);
+  EXPECT_EQ(BQRunLoopRunInMode(kMode, 5, false), kBQRunLoopRunFinished);
+  ASSERT_TRUE(sockets.send());
+  descriptor.setInterest(kRead);
+  EXPECT_EQ(BQRunLoopRunInMode(kMode, 5, true), kBQRunLoopRunHandledSource);
   EXPECT_EQ(descriptor.called, 1);
 }
 
