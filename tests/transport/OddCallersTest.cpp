@@ -37,9 +37,9 @@ struct OddCall {
     VXMethodInvocationSetParameters(invocation, parameters.get(), nullptr);
     VXClientContext context = {0, this, nullptr, nullptr, nullptr};
     VXMethodInvocationAddSerializationOverride(invocation, BQStringGetTypeID(), override, &context);
-    items.reset();
-    members.reset();
-    parameters.reset();
+    items = nullptr;
+    members = nullptr;
+    parameters = nullptr;
   }
   ~OddCall() { BQRelease(invocation); }
   OddCall(const OddCall&) = delete;
@@ -150,7 +150,7 @@ TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
         int left;
       } holders{values.get(), members.get(), when};
       BQArrayAppendValue(values.get(), members.get());
-      members.reset();
+      members = nullptr;
       auto empty = [](VXMethodInvocationRef, BQTypeRef, void* info) -> const BQString* {
         auto* state = static_cast<Holders*>(info);
         if (--state->left != 0) return nullptr;
