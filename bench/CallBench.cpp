@@ -18,37 +18,37 @@ class EchoCall {
 
   const std::string& url() const { return url_; }
 
-  Owned<const BQURL> makeURL() const {
-    const auto string = own(BQStringCreateWithUTF8(url_.data(), static_cast<BQIndex>(url_.size())));
-    return own(BQURLCreateWithString(string.get(), nullptr));
+  BQRef<const BQURL> makeURL() const {
+    const auto string = BQAdopt(BQStringCreateWithUTF8(url_.data(), static_cast<BQIndex>(url_.size())));
+    return BQAdopt(BQURLCreateWithString(string.get(), nullptr));
   }
 
   /* An invocation is a pointer to an opaque type without a base: void is what can be released. */
-  Owned<void> makeInvocation(const BQURL* url) const {
+  BQRef<void> makeInvocation(const BQURL* url) const {
     VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("echo"), kVXXMLRPCProtocol);
     VXMethodInvocationSetParameters(invocation, parameters_.get(), nullptr);
-    return Owned<void>(invocation);
+    return BQRef<void>::adopt(invocation);
   }
 
-  Owned<const BQData> makeRequest() const {
-    return own(VXProtocolHandlerCopyRequestDocument(Codec::xmlRPC().handler(), BQSTR("echo"),
-                                                    parameters_.get(), nullptr, nullptr));
+  BQRef<const BQData> makeRequest() const {
+    return BQAdopt(VXProtocolHandlerCopyRequestDocument(Codec::xmlRPC().handler(), BQSTR("echo"),
+                                                        parameters_.get(), nullptr, nullptr));
   }
 
  private:
-  static Owned<const BQDictionary> makeParameters(const Payload& payload) {
+  static BQRef<const BQDictionary> makeParameters(const Payload& payload) {
     const auto value = payload.makeValue();
     const void* name = BQSTR("value");
     const void* values[] = {value.get()};
-    return own(BQDictionaryCreate(&name, values, 1));
+    return BQAdopt(BQDictionaryCreate(&name, values, 1));
   }
 
-  Owned<const BQDictionary> parameters_;
+  BQRef<const BQDictionary> parameters_;
   std::string url_;
 };
 
-bool invoke(const Owned<void>& invocation) {
-  const auto result = own(VXMethodInvocationInvoke(static_cast<VXMethodInvocationRef>(invocation.get())));
+bool invoke(const BQRef<void>& invocation) {
+  const auto result = BQAdopt(VXMethodInvocationInvoke(static_cast<VXMethodInvocationRef>(invocation.get())));
   return !VXMethodResultIsFault(result.get());
 }
 

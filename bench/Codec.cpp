@@ -17,8 +17,8 @@ Codec::Codec(const BQString* protocol) : handler_(VXProtocolHandlerCreate(nullpt
   if (protocol == kVXXMLRPCProtocol) return;
   VXProtocolHandlerSetProperty(handler_, kVXMethodInvocationResultParameterName, BQSTR("Result"));
   const auto document =
-      own(VXProtocolHandlerCopyRequestDocument(handler_, BQSTR("bench"), nullptr, nullptr, nullptr));
-  request_ = own(VXProtocolHandlerCopyRequestDictionary(handler_, document.get()));
+      BQAdopt(VXProtocolHandlerCopyRequestDocument(handler_, BQSTR("bench"), nullptr, nullptr, nullptr));
+  request_ = BQAdopt(VXProtocolHandlerCopyRequestDictionary(handler_, document.get()));
 }
 
 const Codec& Codec::xmlRPC() {
@@ -31,15 +31,15 @@ const Codec& Codec::soap() {
   return codec;
 }
 
-Owned<const BQData> Codec::encodeReply(BQTypeRef value) const {
-  return own(VXProtocolHandlerCopyReplyDocument(handler_, request_.get(), value));
+BQRef<const BQData> Codec::encodeReply(BQTypeRef value) const {
+  return BQAdopt(VXProtocolHandlerCopyReplyDocument(handler_, request_.get(), value));
 }
 
-Owned<const BQDictionary> Codec::decodeReply(const BQData* document) const {
-  return own(VXProtocolHandlerCopyReplyDictionary(handler_, BQSTR("bench"), document));
+BQRef<const BQDictionary> Codec::decodeReply(const BQData* document) const {
+  return BQAdopt(VXProtocolHandlerCopyReplyDictionary(handler_, BQSTR("bench"), document));
 }
 
-Owned<const BQData> Codec::checkedReply(const Payload& payload) const {
+BQRef<const BQData> Codec::checkedReply(const Payload& payload) const {
   const auto value = payload.makeValue();
   auto document = encodeReply(value.get());
   if (document == nullptr) fail(payload, "no document");

@@ -6,7 +6,6 @@
 
 #include <string_view>
 
-#include "Owned.h"
 #include "Payload.h"
 
 namespace bench {
@@ -21,23 +20,23 @@ class Codec {
   VXProtocolHandlerRef handler() const { return handler_; }
 
   /* The reply that carries a value. */
-  Owned<const BQData> encodeReply(BQTypeRef value) const;
+  BQRef<const BQData> encodeReply(BQTypeRef value) const;
 
   /* The result dictionary of a reply. */
-  Owned<const BQDictionary> decodeReply(const BQData* document) const;
+  BQRef<const BQDictionary> decodeReply(const BQData* document) const;
 
   /*
    * The reply of a payload, after it was seen to decode to the value that it was made of, so that no
    * benchmark measures a failure. Ends the program if it does not.
    */
-  Owned<const BQData> checkedReply(const Payload& payload) const;
+  BQRef<const BQData> checkedReply(const Payload& payload) const;
 
  private:
   explicit Codec(const BQString* protocol);
 
   VXProtocolHandlerRef handler_;
   /* What is answered, for SOAP, whose replies repeat the name of the method. */
-  Owned<const BQDictionary> request_;
+  BQRef<const BQDictionary> request_;
 };
 
 std::string_view bytesOf(const BQData* data);

@@ -12,17 +12,17 @@ constexpr int kBytesInStruct = 20;
 constexpr BQAbsoluteTime kFirstDate = 788918400;
 constexpr BQTimeInterval kHour = 3600;
 
-Owned<const BQNumber> makeInteger(int32_t value) {
-  return own(BQNumberCreate(kBQNumberSInt32Type, &value));
+BQRef<const BQNumber> makeInteger(int32_t value) {
+  return BQAdopt(BQNumberCreate(kBQNumberSInt32Type, &value));
 }
 
-Owned<const BQNumber> makeDouble(double value) {
-  return own(BQNumberCreate(kBQNumberDoubleType, &value));
+BQRef<const BQNumber> makeDouble(double value) {
+  return BQAdopt(BQNumberCreate(kBQNumberDoubleType, &value));
 }
 
 /* Bytes without a pattern, the same in every run. */
-Owned<const BQData> makeData(BQIndex length, uint32_t seed) {
-  auto data = own(BQDataCreateMutable(length));
+BQRef<const BQData> makeData(BQIndex length, uint32_t seed) {
+  auto data = BQAdopt(BQDataCreateMutable(length));
   BQDataSetLength(data.get(), length);
   uint8_t* bytes = BQDataGetMutableBytePtr(data.get());
   for (BQIndex index = 0; index < length; ++index) {
@@ -32,34 +32,34 @@ Owned<const BQData> makeData(BQIndex length, uint32_t seed) {
   return data;
 }
 
-Owned<const BQArray> makeIntegers(int count, int step) {
-  auto array = own(BQArrayCreateMutable(count));
+BQRef<const BQArray> makeIntegers(int count, int step) {
+  auto array = BQAdopt(BQArrayCreateMutable(count));
   for (int index = 0; index < count; ++index) {
     BQArrayAppendOwnedValue(array.get(), makeInteger(index * step).release());
   }
   return array;
 }
 
-void setMember(BQDictionary* record, const BQString* name, Owned<const void> value) {
+void setMember(BQDictionary* record, const BQString* name, BQRef<const void> value) {
   BQDictionarySetValue(record, name, value.get());
 }
 
-Owned<const BQDictionary> makeStruct(int index) {
-  auto record = own(BQDictionaryCreateMutable(7, kBQDictionaryRetainKeys));
+BQRef<const BQDictionary> makeStruct(int index) {
+  auto record = BQAdopt(BQDictionaryCreateMutable(7, kBQDictionaryRetainKeys));
   setMember(record.get(), BQSTR("identifier"), makeInteger(index * 7919));
   setMember(record.get(), BQSTR("price"), makeDouble(index * 1.25 + 0.1));
   BQDictionarySetValue(record.get(), BQSTR("active"), index % 2 != 0 ? kBQBooleanTrue : kBQBooleanFalse);
-  setMember(
-      record.get(), BQSTR("title"),
-      own(BQStringCreateWithFormat(BQSTR("Entry <%d> & \"caf\xC3\xA9\" \xE2\x82\xAC \xE6\x97\xA5"), index)));
-  setMember(record.get(), BQSTR("changed"), own(BQDateCreate(kFirstDate + index * kHour)));
+  setMember(record.get(), BQSTR("title"),
+            BQAdopt(BQStringCreateWithFormat(BQSTR("Entry <%d> & \"caf\xC3\xA9\" \xE2\x82\xAC \xE6\x97\xA5"),
+                                             index)));
+  setMember(record.get(), BQSTR("changed"), BQAdopt(BQDateCreate(kFirstDate + index * kHour)));
   setMember(record.get(), BQSTR("digest"), makeData(kBytesInStruct, static_cast<uint32_t>(index)));
   setMember(record.get(), BQSTR("sizes"), makeIntegers(3, index + 1));
   return record;
 }
 
-Owned<const BQArray> makeStructs() {
-  auto array = own(BQArrayCreateMutable(kStructCount));
+BQRef<const BQArray> makeStructs() {
+  auto array = BQAdopt(BQArrayCreateMutable(kStructCount));
   for (int index = 0; index < kStructCount; ++index) {
     BQArrayAppendOwnedValue(array.get(), makeStruct(index).release());
   }

@@ -8,14 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "Owned.h"
-
 namespace bench {
 
 /* One case of the benchmarks. */
 struct Payload {
   std::string name;
-  std::function<Owned<const void>()> makeValue;
+  std::function<BQRef<const void>()> makeValue;
 };
 
 /* The values that are encoded and decoded. */

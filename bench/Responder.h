@@ -2,32 +2,22 @@
 #ifndef BENCH_RESPONDER_H
 #define BENCH_RESPONDER_H
 
-#include <sys/types.h>
-
-#include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "support/LoopbackServer.h"
+
 namespace bench {
 
-/*
- * A server in a process of its own, on a free port of the loopback, that answers every request with
- * the same body and keeps its connections. It ends with this object, and with this process.
- */
+/* Answers every request with the same body, and keeps its connections. */
 class Responder {
  public:
   explicit Responder(std::string_view body);
-  ~Responder();
-  Responder(const Responder&) = delete;
-  Responder& operator=(const Responder&) = delete;
 
-  std::string url() const;
+  std::string url() const { return server_.url("/RPC2"); }
 
  private:
-  pid_t process_ = -1;
-  /* The server ends when the writing side is closed, which is why nobody writes to it. */
-  int lifeline_ = -1;
-  uint16_t port_ = 0;
+  support::LoopbackServer server_;
 };
 
 /* Where the two ends of a call run, so that neither waits for the other's processor. */

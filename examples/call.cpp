@@ -14,13 +14,12 @@ int main(int argc, char** argv) {
     return 2;
   }
 
-  /* Where to call, what, and in which protocol. What a Create function gives is ours to release. */
-  const BQString* text = BQStringCreateWithCString(argv[1], kBQStringEncodingUTF8);
-  const BQURL* url = BQURLCreateWithString(text, nullptr);
-  VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("add"), kVXXMLRPCProtocol);
-  BQRelease(url);
-  BQRelease(text);
-  if (invocation == nullptr) {
+  /* Where to call, what, and in which protocol. What a Create function gives is ours to release: a holder
+   * does. */
+  auto text = BQAdopt(BQStringCreateWithCString(argv[1], kBQStringEncodingUTF8));
+  auto url = BQAdopt(BQURLCreateWithString(text.get(), nullptr));
+  auto invocation = BQAdopt(VXMethodInvocationCreate(url.get(), BQSTR("add"), kVXXMLRPCProtocol));
+  if (!invocation) {
     std::fprintf(stderr, "%s is not a URL\n", argv[1]);
     return 2;
   }
@@ -28,24 +27,18 @@ int main(int argc, char** argv) {
   /* The parameters are sent in the order of the dictionary, because no other order is given. */
   int numbers[] = {2, 3};
   BQTypeRef names[] = {BQSTR("a"), BQSTR("b")};
-  BQTypeRef values[] = {BQNumberCreate(kBQNumberIntType, &numbers[0]),
-                        BQNumberCreate(kBQNumberIntType, &numbers[1])};
-  const BQDictionary* parameters = BQDictionaryCreate(names, values, 2);
-  VXMethodInvocationSetParameters(invocation, parameters, nullptr);
-  BQRelease(parameters);
-  BQRelease(values[0]);
-  BQRelease(values[1]);
+  auto first = BQAdopt(BQNumberCreate(kBQNumberIntType, &numbers[0]));
+  auto second = BQAdopt(BQNumberCreate(kBQNumberIntType, &numbers[1]));
+  BQTypeRef values[] = {first.get(), second.get()};
+  auto parameters = BQAdopt(BQDictionaryCreate(names, values, 2));
+  VXMethodInvocationSetParameters(invocation.get(), parameters.get(), nullptr);
 
   /* There is always a result: the method's value, or a fault if the server or the way to it failed. */
-  const BQDictionary* result = VXMethodInvocationInvoke(invocation);
-  bool failed = VXMethodResultIsFault(result);
-  BQTypeRef answer = BQDictionaryGetValue(result, failed ? kVXFaultExtra : kVXMethodInvocationResult);
-  if (failed && answer == nullptr) answer = BQDictionaryGetValue(result, kVXFaultString);
-  const BQString* shown = BQCopyDescription(answer);
-  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown));
-
-  BQRelease(shown);
-  BQRelease(result);
-  BQRelease(invocation);
+  auto result = BQAdopt(VXMethodInvocationInvoke(invocation.get()));
+  bool failed = VXMethodResultIsFault(result.get());
+  BQTypeRef answer = BQDictionaryGetValue(result.get(), failed ? kVXFaultExtra : kVXMethodInvocationResult);
+  if (failed && answer == nullptr) answer = BQDictionaryGetValue(result.get(), kVXFaultString);
+  auto shown = BQAdopt(BQCopyDescription(answer));
+  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown.get()));
   return failed ? 1 : 0;
 }

@@ -25,23 +25,23 @@ struct Tally {
 
 /* One call; its address goes with the callback. */
 struct Call {
-  VXMethodInvocationRef invocation = nullptr;
+  BQRef<OpaqueVXMethodInvocationRef> invocation;
   int answers = 0;
   Tally* tally = nullptr;
 };
 
 /* Called on this thread, from inside BQRunLoopRun, once per call. The result is ours to release. */
-void receiveResult(VXMethodInvocationRef, void* info, const BQDictionary* result) {
+void receiveResult(VXMethodInvocationRef, void* info, const BQDictionary* dictionary) {
+  auto result = BQAdopt(dictionary);
   Call* call = static_cast<Call*>(info);
   Tally* tally = call->tally;
   int value = 0;
-  if (VXMethodResultIsFault(result)) {
+  if (VXMethodResultIsFault(result.get())) {
     ++tally->faults;
   } else {
-    BQTypeRef number = BQDictionaryGetValue(result, kVXMethodInvocationResult);
+    BQTypeRef number = BQDictionaryGetValue(result.get(), kVXMethodInvocationResult);
     BQNumberGetValue(static_cast<const BQNumber*>(number), kBQNumberIntType, &value);
   }
-  BQRelease(result);
   ++call->answers;
   tally->sum += value;
   if (++tally->answers == kCalls) BQRunLoopStop(BQRunLoopGetCurrent());
@@ -50,19 +50,17 @@ void receiveResult(VXMethodInvocationRef, void* info, const BQDictionary* result
 /* Prepares add(number, 1) and puts it on the run loop. Nothing is sent until the loop runs. */
 void start(Call* call, const BQURL* url, int number) {
   int one = 1;
-  BQTypeRef names[] = {BQSTR("a"), BQSTR("b")};
-  BQTypeRef values[] = {BQNumberCreate(kBQNumberIntType, &number), BQNumberCreate(kBQNumberIntType, &one)};
-  const BQDictionary* parameters = BQDictionaryCreate(names, values, 2);
+  auto first = BQAdopt(BQNumberCreate(kBQNumberIntType, &number));
+  auto second = BQAdopt(BQNumberCreate(kBQNumberIntType, &one));
+  BQTypeRef names[] = {BQSTR("a"), BQSTR("b")}, values[] = {first.get(), second.get()};
+  auto parameters = BQAdopt(BQDictionaryCreate(names, values, 2));
 
-  call->invocation = VXMethodInvocationCreate(url, BQSTR("add"), kVXXMLRPCProtocol);
-  VXMethodInvocationSetParameters(call->invocation, parameters, nullptr);
+  call->invocation = BQAdopt(VXMethodInvocationCreate(url, BQSTR("add"), kVXXMLRPCProtocol));
+  VXMethodInvocationRef invocation = call->invocation.get();
+  VXMethodInvocationSetParameters(invocation, parameters.get(), nullptr);
   VXClientContext context = {0, call, nullptr, nullptr, nullptr};
-  VXMethodInvocationSetCallBack(call->invocation, receiveResult, &context);
-  VXMethodInvocationScheduleWithRunLoop(call->invocation, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-
-  BQRelease(parameters);
-  BQRelease(values[0]);
-  BQRelease(values[1]);
+  VXMethodInvocationSetCallBack(invocation, receiveResult, &context);
+  VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
 }
 
 }  // namespace
@@ -72,10 +70,9 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s URL\n", argv[0]);
     return 2;
   }
-  const BQString* text = BQStringCreateWithCString(argv[1], kBQStringEncodingUTF8);
-  const BQURL* url = BQURLCreateWithString(text, nullptr);
-  BQRelease(text);
-  if (url == nullptr) {
+  auto text = BQAdopt(BQStringCreateWithCString(argv[1], kBQStringEncodingUTF8));
+  auto url = BQAdopt(BQURLCreateWithString(text.get(), nullptr));
+  if (!url) {
     std::fprintf(stderr, "%s is not a URL\n", argv[1]);
     return 2;
   }
@@ -84,17 +81,13 @@ int main(int argc, char** argv) {
   std::vector<Call> calls(kCalls);
   for (int i = 0; i < kCalls; ++i) {
     calls[i].tally = &tally;
-    start(&calls[i], url, i);
+    start(&calls[i], url.get(), i);
   }
   BQRunLoopRun();
 
   /* An invocation must live until its callback was called; now each of them was. */
   bool eachOnce = true;
-  for (Call& call : calls) {
-    eachOnce = eachOnce && call.answers == 1;
-    BQRelease(call.invocation);
-  }
-  BQRelease(url);
+  for (const Call& call : calls) eachOnce = eachOnce && call.answers == 1;
   std::printf("%d answers, %d faults, sum %ld\n", tally.answers, tally.faults, tally.sum);
   return eachOnce && tally.faults == 0 ? 0 : 1;
 }

@@ -14,10 +14,6 @@
 #include <BQ/BQ.h>
 #include <VX/VX.h>
 
-using Release = decltype([](BQTypeRef object) { BQRelease(object); });
-template <typename T>
-using Owned = std::unique_ptr<T, Release>;
-
 /* A parameter of a request. In XML-RPC they have no names of their own, but an order. */
 static BQTypeRef parameterAt(const BQDictionary* request, BQIndex index) {
   auto* values =
@@ -47,14 +43,14 @@ static const std::map<std::string_view, Method> kMethods = {{"add", add}, {"echo
 /* The answer to any bytes, owned by the caller: a reply, or a fault. */
 static const BQData* copyAnswer(const BQData* body) {
   /* A handler is for one thread at a time, so each thread has its own. */
-  thread_local Owned<OpaqueVXProtocolHandlerRef> handler(VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol));
-  Owned<const BQDictionary> request(VXProtocolHandlerCopyRequestDictionary(handler.get(), body));
+  thread_local auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol));
+  auto request = BQAdopt(VXProtocolHandlerCopyRequestDictionary(handler.get(), body));
   auto* name = static_cast<const BQString*>(BQDictionaryGetValue(request.get(), BQSTR("/VXMethodName")));
   auto method = kMethods.find(name == nullptr ? "" : BQStringGetUTF8Ptr(name));
-  Owned<const void> result(method == kMethods.end() ? nullptr : method->second(request.get()));
+  auto result = BQAdopt(method == kMethods.end() ? nullptr : method->second(request.get()));
   if (result) return VXProtocolHandlerCopyReplyDocument(handler.get(), request.get(), result.get());
   BQTypeRef key = kVXFaultString, text = BQSTR("no such method, or wrong parameters");
-  Owned<const BQDictionary> fault(BQDictionaryCreate(&key, &text, 1));
+  auto fault = BQAdopt(BQDictionaryCreate(&key, &text, 1));
   return VXProtocolHandlerCopyFaultDocument(handler.get(), request.get(), fault.get());
 }
 
@@ -69,7 +65,7 @@ static MHD_Result handle(void*, MHD_Connection* connection, const char*, const c
     *length = 0;
     return BQDataGetLength(body) <= 1 << 20 ? MHD_YES : MHD_NO;
   }
-  Owned<const BQData> answer(copyAnswer(body));
+  auto answer = BQAdopt(copyAnswer(body));
   auto* answerBytes = const_cast<uint8_t*>(BQDataGetBytePtr(answer.get()));
   auto answerLength = static_cast<size_t>(BQDataGetLength(answer.get()));
   using Response = std::unique_ptr<MHD_Response, decltype(&MHD_destroy_response)>;

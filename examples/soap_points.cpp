@@ -66,14 +66,11 @@ BQTypeRef readPoint(VXMethodInvocationRef, const BQTree* element, const BQTree*,
   return createPoint(numberOfChild(element, BQSTR("x")), numberOfChild(element, BQSTR("y")));
 }
 
-VXMethodInvocationRef createInvocation(const char* address) {
-  const BQString* text = BQStringCreateWithCString(address, kBQStringEncodingUTF8);
-  const BQURL* url = BQURLCreateWithString(text, nullptr);
-  VXMethodInvocationRef invocation = VXMethodInvocationCreate(url, BQSTR("transpose"), kVXSOAP2001Protocol);
-  BQRelease(url);
-  BQRelease(text);
-  if (invocation == nullptr) return nullptr;
-
+BQRef<OpaqueVXMethodInvocationRef> createInvocation(const char* address) {
+  auto text = BQAdopt(BQStringCreateWithCString(address, kBQStringEncodingUTF8));
+  auto url = BQAdopt(BQURLCreateWithString(text.get(), nullptr));
+  auto created = BQAdopt(VXMethodInvocationCreate(url.get(), BQSTR("transpose"), kVXSOAP2001Protocol));
+  VXMethodInvocationRef invocation = created.get();
   VXMethodInvocationSetProperty(invocation, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
   VXMethodInvocationSetProperty(invocation, kVXSOAPMethodNamespaceURI, BQSTR("urn:echo"));
   /* The output of the method that is its result; else that would be a dictionary of all outputs. */
@@ -81,7 +78,7 @@ VXMethodInvocationRef createInvocation(const char* address) {
   VXMethodInvocationAddSerializationOverride(invocation, pointTypeID(), writePoint, nullptr);
   VXMethodInvocationAddDeserializationOverride(invocation, BQSTR("urn:points"), BQSTR("Point"), readPoint,
                                                nullptr);
-  return invocation;
+  return created;
 }
 
 }  // namespace
@@ -91,28 +88,22 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s URL X Y\n", argv[0]);
     return 2;
   }
-  VXMethodInvocationRef invocation = createInvocation(argv[1]);
-  if (invocation == nullptr) {
+  auto invocation = createInvocation(argv[1]);
+  if (!invocation) {
     std::fprintf(stderr, "%s is not a URL\n", argv[1]);
     return 2;
   }
 
-  BQTypeRef name = BQSTR("point");
-  BQTypeRef point = createPoint(std::strtod(argv[2], nullptr), std::strtod(argv[3], nullptr));
-  const BQDictionary* parameters = BQDictionaryCreate(&name, &point, 1);
-  VXMethodInvocationSetParameters(invocation, parameters, nullptr);
-  BQRelease(parameters);
-  BQRelease(point);
+  auto point = BQAdopt(createPoint(std::strtod(argv[2], nullptr), std::strtod(argv[3], nullptr)));
+  BQTypeRef name = BQSTR("point"), value = point.get();
+  auto parameters = BQAdopt(BQDictionaryCreate(&name, &value, 1));
+  VXMethodInvocationSetParameters(invocation.get(), parameters.get(), nullptr);
 
-  const BQDictionary* result = VXMethodInvocationInvoke(invocation);
-  bool failed = VXMethodResultIsFault(result);
-  BQTypeRef answer = BQDictionaryGetValue(result, failed ? kVXFaultString : kVXMethodInvocationResult);
-  const BQString* shown = BQCopyDescription(answer);
-  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown));
+  auto result = BQAdopt(VXMethodInvocationInvoke(invocation.get()));
+  bool failed = VXMethodResultIsFault(result.get());
+  BQTypeRef answer = BQDictionaryGetValue(result.get(), failed ? kVXFaultString : kVXMethodInvocationResult);
+  auto shown = BQAdopt(BQCopyDescription(answer));
+  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown.get()));
   bool isPoint = !failed && BQGetTypeID(answer) == pointTypeID();
-
-  BQRelease(shown);
-  BQRelease(result);
-  BQRelease(invocation);
   return isPoint ? 0 : 1;
 }

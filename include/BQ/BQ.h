@@ -15,6 +15,7 @@
 #include <BQ/BQObject.h>
 #include <BQ/BQPropertyList.h>
 #include <BQ/BQReadStream.h>
+#include <BQ/BQRef.h>
 #include <BQ/BQRunLoop.h>
 #include <BQ/BQRuntime.h>
 #include <BQ/BQStream.h>

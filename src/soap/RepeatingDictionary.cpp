@@ -5,7 +5,7 @@
 namespace vx {
 
 RepeatingDictionary::RepeatingDictionary()
-    : dictionary_(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys)) {}
+    : dictionary_(own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys))) {}
 
 void RepeatingDictionary::add(const BQString* name, BQTypeRef value) {
   BQTypeRef present = BQDictionaryGetValue(dictionary_.get(), name);

@@ -193,7 +193,7 @@ void HTTPClosureSource::armTimer() {
 void HTTPClosureSource::disarmTimer() {
   if (timer == nullptr) return;
   BQRunLoopTimerInvalidate(timer.get());
-  timer.reset();
+  timer = nullptr;
 }
 
 void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {

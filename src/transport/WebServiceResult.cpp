@@ -25,7 +25,7 @@ BQDictionary* copyStreamErrorDict(const BQString* message, BQStreamErrorDomain d
 }
 
 WebServiceResult::WebServiceResult()
-    : resultDictionary(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys)) {}
+    : resultDictionary(own(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys))) {}
 
 void WebServiceResult::addNumberToResult(const BQString* key, long value) {
   BQDictionarySetValue(resultDictionary.get(), key, makeNumber(kBQNumberSInt32Type, value).get());

@@ -56,7 +56,8 @@ constexpr size_t kLineRoom = kDeepestIndent + 2;
 
 }  // namespace
 
-XMLBuffer::XMLBuffer(unsigned long wanted) : text(BQStringCreateMutable(kFirstCapacity)), encoding(wanted) {
+XMLBuffer::XMLBuffer(unsigned long wanted)
+    : text(own(BQStringCreateMutable(kFirstCapacity))), encoding(wanted) {
   const BQString* name = BQStringConvertEncodingToIANACharSetName(static_cast<BQStringEncoding>(wanted));
   if (name == nullptr || wanted > UINT32_MAX) {
     name = BQSTR("UTF-8");

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles every public header alone, and twice in one file, in each language that a user may have.
+"""Compiles every public header alone, and twice in one file, in each language that a user may have; in C++
+also where somebody else's C header includes it, between the brackets of extern "C".
 
 usage: check_headers.py C-COMPILER C++-COMPILER INCLUDE-FOLDER
 """
@@ -17,6 +18,8 @@ def compile_alone(header, compiler, language, standard, folder):
     flags = [flag for flag in WARNINGS if language == "c" or flag != "-Wstrict-prototypes"]
     command = [compiler, *flags, f"-std={standard}", f"-I{folder}", "-x", language, "-fsyntax-only", "-"]
     text = f"#include <{header}>\n#include <{header}>\nextern int unit;\n"
+    if standard == "c++17":
+        text = 'extern "C" {\n' + text + "}\n"
     result = subprocess.run(command, input=text, capture_output=True, text=True)
     return f"{header} as {standard}:\n{result.stderr}" if result.returncode else ""
 

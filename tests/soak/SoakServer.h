@@ -2,10 +2,9 @@
 #ifndef SOAK_SOAK_SERVER_H
 #define SOAK_SOAK_SERVER_H
 
-#include <sys/types.h>
-
-#include <cstdint>
 #include <string>
+
+#include "support/LoopbackServer.h"
 
 namespace soak {
 
@@ -15,21 +14,11 @@ namespace soak {
  * "reset", "silent", "garbage", "status", "image", "broken". The path says the protocol: /0 is XML-RPC,
  * /1 and /2 are SOAP.
  */
-class SoakServer {
+class SoakServer : public support::LoopbackServer {
  public:
-  /* Starts the process, which lives as long as the object. */
   SoakServer();
-  ~SoakServer();
-  SoakServer(const SoakServer&) = delete;
-  SoakServer& operator=(const SoakServer&) = delete;
 
-  pid_t process() const { return process_; }
   std::string url(size_t protocol) const;
-
- private:
-  pid_t process_ = -1;
-  int lifeline_ = -1;
-  uint16_t port_ = 0;
 };
 
 }  // namespace soak

@@ -20,11 +20,7 @@ bq::Ref<T> own(T* object) {
 }
 
 /* A reference to an object of any class. */
-struct Value : bq::Ref<const void> {
-  Value() = default;
-  template <class T>
-  Value(bq::Ref<T> other) : Ref(adopt(other.release())) {}
-};
+using Value = bq::Ref<const void>;
 
 /* The text of a string, NUL bytes included; "(none)" for null. */
 inline std::string text(const BQString* string) {

@@ -11,40 +11,25 @@
 
 namespace support {
 
-/* Holds a reference to an object of any class. */
-class Value {
+/* Holds a reference to an object of any class, and passes for a pointer to it. */
+class Value : public BQRef<const void> {
  public:
   Value() = default;
-  Value(const Value& other) : object_(BQRetain(other.object_)) {}
-  Value(Value&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  ~Value() { BQRelease(object_); }
-  Value& operator=(Value other) noexcept {
-    std::swap(object_, other.object_);
-    return *this;
-  }
+  static Value adopt(BQTypeRef object) { return Value(BQRef::adopt(object)); }
+  static Value retain(BQTypeRef object) { return Value(BQRef::retain(object)); }
 
-  /* Takes over a reference that the caller owns. */
-  static Value adopt(BQTypeRef object) {
-    Value result;
-    result.object_ = object;
-    return result;
-  }
-  static Value retain(BQTypeRef object) { return adopt(BQRetain(object)); }
-
-  BQTypeRef get() const { return object_; }
   template <class T>
   operator const T*() const {
-    return static_cast<const T*>(object_);
+    return static_cast<const T*>(get());
   }
   /* The object for writing. */
   template <class T>
   T* as() const {
-    return static_cast<T*>(const_cast<void*>(object_));
+    return static_cast<T*>(const_cast<void*>(get()));
   }
-  BQTypeRef release() { return std::exchange(object_, nullptr); }
 
  private:
-  BQTypeRef object_ = nullptr;
+  explicit Value(BQRef other) : BQRef(std::move(other)) {}
 };
 
 Value string(std::string_view utf8);

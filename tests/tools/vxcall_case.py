@@ -1,6 +1,8 @@
 """What the tests of vxcall share: the program under test and a server in another process."""
+import contextlib
 import os
-import socket
+import re
+import socketserver
 import subprocess
 import sys
 import tempfile
@@ -30,63 +32,34 @@ def reply(body):
     return b"HTTP/1.1 200 OK\r\nContent-Type: text/xml\r\nContent-Length: %d\r\n\r\n" % len(body) + body
 
 
-def reply_with(value):
-    return reply(xmlrpc.client.dumps((value,), methodresponse=True))
+class RawHandler(socketserver.StreamRequestHandler):
+    def handle(self):
+        head = b""
+        while not head.endswith(b"\r\n\r\n"):
+            head += self.rfile.readline() or b"\r\n\r\n"
+        length = re.search(rb"(?i)\r\ncontent-length: *(\d+)", head)
+        self.server.requests.append(head + self.rfile.read(int(length[1]) if length else 0))
+        self.server.arrived.set()
+        self.server.may_answer.wait()
+        with contextlib.suppress(OSError):  # Some callers do not wait.
+            self.request.sendall(self.server.answer)
 
 
-class RawServer:
+class RawServer(socketserver.TCPServer):
     """Keeps each request as it came, one on each connection, and answers with the same bytes when it may."""
 
-    def __init__(self, answer=None):
-        self.answer = answer or reply_with(7)
-        self.requests = []
-        self.arrived = threading.Event()
-        self.may_answer = threading.Event()
+    def __init__(self, answer):
+        super().__init__(("127.0.0.1", 0), RawHandler)
+        self.url = "http://127.0.0.1:%d/RPC2" % self.server_address[1]
+        self.answer, self.requests = answer, []
+        self.arrived, self.may_answer = threading.Event(), threading.Event()
         self.may_answer.set()
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.url = "http://127.0.0.1:%d/RPC2" % self.listener.getsockname()[1]
-        self.thread = threading.Thread(target=self.serve, daemon=True)
-        self.thread.start()
-
-    def serve(self):
-        while True:
-            try:
-                connection = self.listener.accept()[0]
-            except OSError:
-                return
-            with connection, connection.makefile("rb") as stream:
-                self.requests.append(self.read_request(stream))
-                self.arrived.set()
-                self.may_answer.wait()
-                try:
-                    connection.sendall(self.answer)
-                except OSError:
-                    pass  # Some callers do not wait.
-
-    @staticmethod
-    def read_request(stream):
-        lines = []
-        length = 0
-        while not lines or lines[-1] not in (b"", b"\r\n"):
-            lines.append(stream.readline())
-            if lines[-1].lower().startswith(b"content-length:"):
-                length = int(lines[-1].split(b":")[1])
-        return b"".join(lines) + stream.read(length)
+        threading.Thread(target=self.serve_forever, args=(0.01,), daemon=True).start()
 
     def stop(self):
         self.may_answer.set()
-        self.listener.shutdown(socket.SHUT_RDWR)
-        self.listener.close()
-        self.thread.join()
-
-
-def make_certificate(folder):
-    """The files of a certificate for 127.0.0.1 that vouches for itself, and of its key."""
-    certificate, key = os.path.join(folder, "certificate.pem"), os.path.join(folder, "key.pem")
-    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
-                    "-days", "2", "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key,
-                    "-out", certificate], check=True, stderr=subprocess.DEVNULL)
-    return certificate, key
+        self.shutdown()
+        self.server_close()
 
 
 class VxcallCase(unittest.TestCase):
@@ -98,7 +71,7 @@ class VxcallCase(unittest.TestCase):
         cls.addClassCleanup(cls.peer.stop)
 
     def raw_server(self, answer=None):
-        server = RawServer(answer)
+        server = RawServer(answer or reply(xmlrpc.client.dumps((7,), methodresponse=True)))
         self.addCleanup(server.stop)
         return server
 
@@ -108,8 +81,11 @@ class VxcallCase(unittest.TestCase):
         return folder.name
 
     def tls_peer(self):
-        """A peer that speaks https, and the file of the certificate to trust."""
-        certificate, key = make_certificate(self.folder())
+        """A peer that speaks https, and the file of its certificate for 127.0.0.1, which vouches for itself."""
+        certificate, key = (os.path.join(self.folder(), name) for name in ("certificate.pem", "key.pem"))
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+                        "-days", "2", "-subj", "/CN=localhost", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", key,
+                        "-out", certificate], check=True, stderr=subprocess.DEVNULL)
         peer = Peer("--tls", certificate, key)
         self.addCleanup(peer.stop)
         return peer, certificate

@@ -2,106 +2,107 @@
 import re
 import shlex
 import socket
-import subprocess
 import tempfile
-import unittest
 
-from vxcall_case import VXCALL, VxcallCase, vxcall
+from vxcall_case import VxcallCase, vxcall
 
-DEEP = 600
+URL = "http://127.0.0.1:1/"
+# What the complaint says, and the options, or whole command lines, that it is about.
+USAGE = {
+    "URL and METHOD are missing": [[]],
+    "METHOD is missing": [[URL]],
+    "cannot read /no/such/file: No such file": [["--load", "/no/such/file"], ["--ca", "/no/such/file", URL, "m"],
+                                                [URL, "m", "file:/no/such/file"], [URL, "m", "json:@/no/such/file"]],
+    "holds no saved call": [["--load", "/dev/null"], ["--load", "/etc/passwd"]],
+    "--load takes no URL": [["--load", "f", URL]],
+    "--load": [["--load", "f", "-p", "xml-rpc"]],
+    "give --proxy to the vxcall that loads it": [["--save", "f", "--proxy", URL, URL, "m"]],
+    "--print-request": [["--save", "f", "--print-request", URL, "m"]],
+    "--async": [["--save", "f", "--async", URL, "m"]],
+    "--verbose": [["--save", "f", "-v", URL, "m"]],
+    "--repeat": [["--print-request", "--repeat", "2", URL, "m"]],
+    "--output": [["--print-request", "-o", "full", URL, "m"]],
+    "no room for null": [["--save", "f", URL, "m", "json:[null]"]],
+    "control characters": [["--save", "f", URL, "m", "string:\x01"]],
+    "is no whole number from 1": [["--max-reply", "0", URL, "m"], ["--repeat", "0", URL, "m"]],
+    "is no whole number from 0": [["-t", text, URL, "m"] for text in ("soon", "-1", "99999999999")],
+    "timeout": [[URL, "m", "-t"]],
+    "not a URL of http or https": [["localhost:80", "m"], ["ftp://host/", "m"], ["/RPC2", "m"], ["http://a b/", "m"],
+                                   ["--proxy", "host", URL, "m"]],
+    "the URL http:// names no host": [["http://", "m"]],
+    "there is no option --bogus; vxcall --help": [["--bogus", URL, "m"]],
+    "is written string:-x)": [[URL, "m", "-x"]],
+    "no option --tiemout; did you mean --timeout?\n": [["--tiemout", "5", URL, "m"]],
+    "no option --soapheader=<a/>; did you mean --soap-header?\n": [["--soapheader=<a/>", URL, "m"]],
+    "--protocol: 'xmlrpc' is none of xml-rpc, soap-1999, soap-2001; did you mean xml-rpc?\n":
+        [["-p", "xmlrpc", URL, "m"]],
+    "--style: 'pretty' is none of rpc, doc; vxcall --help": [["--style", "pretty", URL, "m"]],
+    "'JSN' is none of json, plist, full; did you mean json?\n": [["-o", "JSN", URL, "m"]],
+    "--http: '2' is none of 1.0, 1.1": [["--http", "2", URL, "m"]],
+    "NAME: VALUE": [["-H", header, URL, "m"] for header in ("no colon", ": x", "A B: x")],
+    "line break": [["-H", "A: x\r\nB: y", URL, "m"]],
+    "UTF-8": [[URL, "m", b"\xff"], [URL, b"\xff"]],
+}
+# The same for parameters.
+PARAMETERS = {
+    "'abc' is not an int": [["int:abc"]],
+    "is not an int": [["int:"], ["int:+-5"], ["int:5.0"]],
+    "32 bits": [["2147483648"], ["int:-2147483649"]],
+    "99999999999999999999 does not fit": [["99999999999999999999"]],
+    "9223372036854775808 does not fit": [["json:[9223372036854775808]"]],
+    "is not a double": [["double:x"], ["double:"], ["double:+-1"]],
+    "does not fit a double": [["1e999"], ["json:[1e999]"]],
+    "'maybe' is not a bool": [["bool:maybe"]],
+    "is not a date": [["date:" + text] for text in ("2005-02-29", "2005-13-01", "2005-0201", "2005-02-28T24:00:00",
+                                                    "2005-02-28T13:45:09+0100", "2005-02-28T13:45:09.",
+                                                    "2005-02-28T13:45", "2005-02-28 ", "2005", "")],
+    "is not base64": [["base64:" + text] for text in ("AAA", "A===", "AB==", "AA==AA==", "*")],
+    "nothing may follow nil:": [["nil:x"]],
+    "'{\"a\":1,}' is not JSON at column 8: unexpected '}'; expected string literal\n": [['json:{"a":1,}']],
+    "'[\"\u00e9\", tru' is not JSON at column 10: invalid literal; expected a value\n": [['x=json:["\u00e9", tru']],
+    "'[1, x' is not JSON at line 2, column 1: invalid literal; expected a value\n": [["json:[1,\nx"]],
+    "'' is not JSON at column 1: unexpected end of input; expected '[', '{', or a literal\n": [["json:"]],
+    "'" + "[" * 40 + "...' is not JSON at column 60001: unexpected end of input": [["json:" + "[" * 60000]],
+    "nested deeper than 512": [["json:" + "[" * depth + "]" * depth] for depth in (600, 60000)],
+    "directory": [["file:/"]],
+    "/etc/passwd is not JSON at line 1, column ": [["json:@/etc/passwd"]],
+    "/dev/null is not JSON at column 1: unexpected end of input": [["json:@/dev/null"]],
+    "standard input, '-', can be read once": [["file:-", "json:@-"]],
+    "two parameters named a": [["a=1", "a=2"]],
+    "two parameters named p1": [["1", "p1=2"]],
+}
 
 
 class UsageTest(VxcallCase):
     def test_is_refused_with_a_line_that_names_the_mistake(self):
-        url = "http://127.0.0.1:1/"
-        for arguments, fragment in [
-            ([], "URL"),
-            ([url], "METHOD"),
-            (["--load", "/no/such/file"], "cannot read /no/such/file: No such file"),
-            (["--load", "/dev/null"], "/dev/null holds no saved call; --save makes one"),
-            (["--load", "/etc/passwd"], "holds no saved call"),
-            (["--load", "f", url], "--load takes no URL"),
-            (["--load", "f", "-p", "xml-rpc"], "--load"),
-            (["--save", "f", "--proxy", url, url, "m"], "give --proxy to the vxcall that loads it"),
-            (["--save", "f", "--print-request", url, "m"], "--print-request"),
-            (["--save", "f", "--async", url, "m"], "--async"),
-            (["--save", "f", "-v", url, "m"], "--verbose"),
-            (["--print-request", "--repeat", "2", url, "m"], "--repeat"),
-            (["--print-request", "-o", "full", url, "m"], "--output"),
-            (["--save", "f", url, "m", "json:[null]"], "no room for null"),
-            (["--save", "f", url, "m", "string:\x01"], "control characters"),
-            (["--ca", "/no/such/file", url, "m"], "cannot read /no/such/file: No such file"),
-            (["--max-reply", "0", url, "m"], "0"),
-            (["localhost:80", "m"], "not a URL of http or https"),
-            (["ftp://host/", "m"], "not a URL of http or https"),
-            (["/RPC2", "m"], "not a URL"),
-            (["http://", "m"], "http://"),
-            (["http://a b/", "m"], "a b"),
-            (["--bogus", url, "m"], "--bogus"),
-            ([url, "m", "-x"], "string:-x"),
-            (["-p", "soap", url, "m"], "soap"),
-            (["--style", "pretty", url, "m"], "pretty"),
-            (["-o", "yaml", url, "m"], "yaml"),
-            (["--http", "2", url, "m"], "--http"),
-            (["-t", "soon", url, "m"], "soon"),
-            (["-t", "-1", url, "m"], "-1"),
-            (["-t", "99999999999", url, "m"], "99999999999"),
-            (["--repeat", "0", url, "m"], "0"),
-            ([url, "m", "-t"], "timeout"),
-            (["-H", "no colon", url, "m"], "NAME: VALUE"),
-            (["-H", ": x", url, "m"], "NAME: VALUE"),
-            (["-H", "A B: x", url, "m"], "NAME: VALUE"),
-            (["-H", "A: x\r\nB: y", url, "m"], "line break"),
-            (["--proxy", "host", url, "m"], "host"),
-            ([url, "m", "int:abc"], "'abc' is not an int"),
-            ([url, "m", "int:"], "int"),
-            ([url, "m", "int:+-5"], "int"),
-            ([url, "m", "int:5.0"], "int"),
-            ([url, "m", "2147483648"], "32 bits"),
-            ([url, "m", "int:-2147483649"], "32 bits"),
-            ([url, "m", "99999999999999999999"], "99999999999999999999 does not fit"),
-            ([url, "m", "json:[9223372036854775808]"], "9223372036854775808 does not fit"),
-            ([url, "m", "double:x"], "double"),
-            ([url, "m", "double:"], "double"),
-            ([url, "m", "double:+-1"], "double"),
-            ([url, "m", "1e999"], "does not fit"),
-            ([url, "m", "bool:maybe"], "maybe"),
-            ([url, "m", "date:2005-02-29"], "date"),
-            ([url, "m", "date:2005-13-01"], "date"),
-            ([url, "m", "date:2005-0201"], "date"),
-            ([url, "m", "date:2005-02-28T24:00:00"], "date"),
-            ([url, "m", "date:2005-02-28T13:45:09+0100"], "date"),
-            ([url, "m", "date:2005-02-28T13:45:09."], "date"),
-            ([url, "m", "date:2005-02-28T13:45"], "date"),
-            ([url, "m", "date:2005-02-28 "], "date"),
-            ([url, "m", "date:2005"], "date"),
-            ([url, "m", "date:"], "date"),
-            ([url, "m", "base64:AAA"], "base64"),
-            ([url, "m", "base64:A==="], "base64"),
-            ([url, "m", "base64:AB=="], "base64"),
-            ([url, "m", "base64:AA==AA=="], "base64"),
-            ([url, "m", "base64:*"], "base64"),
-            ([url, "m", "nil:x"], "nil"),
-            ([url, "m", "json:{"], "JSON"),
-            ([url, "m", "json:"], "JSON"),
-            ([url, "m", "json:" + "[" * DEEP + "]" * DEEP], "nested"),
-            ([url, "m", "json:" + "[" * 60000], "JSON"),
-            ([url, "m", "json:" + "[" * 60000 + "]" * 60000], "nested"),
-            ([url, "m", "file:/no/such/file"], "No such file"),
-            ([url, "m", "file:/"], "directory"),
-            ([url, "m", "json:@/no/such/file"], "No such file"),
-            ([url, "m", "json:@/etc/passwd"], "/etc/passwd is not JSON in line 1"),
-            ([url, "m", "json:@/dev/null"], "/dev/null is not JSON"),
-            ([url, "m", "file:-", "json:@-"], "once"),
-            ([url, "m", "a=1", "a=2"], "named a"),
-            ([url, "m", "1", "p1=2"], "named p1"),
-            ([url, "m", b"\xff"], "UTF-8"),
-            ([url, b"\xff"], "UTF-8"),
-        ]:
+        rows = [(fragment, row) for fragment, rows in USAGE.items() for row in rows]
+        rows += [(fragment, [URL, "m", *row]) for fragment, rows in PARAMETERS.items() for row in rows]
+        for fragment, arguments in rows:
             with self.subTest([argument[:60] for argument in arguments]):
-                run = subprocess.run([VXCALL, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                     timeout=60, check=False)
-                self.assert_complaint(run, 2, fragment)
+                self.assert_complaint(vxcall(*arguments), 2, fragment)
+
+    def test_what_may_be_meant_otherwise_is_sent_with_a_note(self):
+        string = "{} is sent as the string '{}'; did you mean {}? (string: in front of it leaves this note out)"
+        soap = "{} has no effect in XML-RPC; did you mean --protocol soap-2001?"
+        for arguments, *notes in [
+            (["a={\"x\":1}"], string.format("a", '{"x":1}', 'json:{"x":1}')),
+            (["1", "[1,2]"], string.format("p2", "[1,2]", "json:[1,2]")),
+            (["[" + "1," * 30 + "1]"], string.format("p1", "[" + "1," * 19 + "1...", "json:[" + "1," * 19 + "1...")),
+            (["a=jason:{}", "b=Int:5"], string.format("a", "jason:{}", "json:{}"), string.format("b", "Int:5", "int:5")),
+            (["boolen:1"], string.format("p1", "boolen:1", "bool:1")),
+            (["jsno:1"], string.format("p1", "jsno:1", "json:1")),
+            (["http://h/", "fil://x", "data:,x", "sting: x", "time:5", "[x]", "{", "string:[1]", "json:[1]", "jso", ":1"],),
+            (["-n", "u", "--style", "rpc", "--result", "r", "--soap-header", "<a/>"],
+             *map(soap.format, ("--namespace", "--style", "--result", "--soap-header"))),
+            (["-p", "soap-1999", "--style", "doc", "-n", "u", "--result", "r"],
+             "--style doc has no effect in soap-1999, which has the form rpc alone"),
+            (["-p", "soap-2001", "--style", "doc", "-n", "u", "--result", "r", "--soap-header", "<a/>"],),
+        ]:
+            with self.subTest(arguments):
+                run = vxcall("--print-request", URL, "m", *arguments)
+                self.assertEqual((run.returncode, run.stderr.decode().splitlines()),
+                                 (0, ["vxcall: note: " + note for note in notes]))
+                self.assertIn(b"</", run.stdout)
 
     def test_help_and_version_go_to_standard_output(self):
         run = vxcall("--version")
@@ -109,12 +110,9 @@ class UsageTest(VxcallCase):
         self.assertRegex(run.stdout.decode(), r"\Avxcall \d+\.\d+\.\d+\n\Z")
         run = vxcall("--help")
         self.assertEqual((run.returncode, run.stderr), (0, b""))
-
-    def test_help_fits_a_screen_and_its_examples_are_calls(self):
-        text = vxcall("--help").stdout.decode()
-        self.assertLessEqual(len(text.splitlines()), 45)
-        self.assertLessEqual(max(map(len, text.splitlines())), 80)
-        examples = re.findall(r"^  vxcall (.*http.*?)(?: \|.*)?$", text, re.MULTILINE)
+        lines = run.stdout.decode().splitlines()
+        self.assertTrue(len(lines) <= 45 and max(map(len, lines)) <= 80, lines)
+        examples = re.findall(r"^  vxcall (.*http.*?)(?: \|.*)?$", "\n".join(lines), re.MULTILINE)
         self.assertGreaterEqual(len(examples), 3)
         for example in examples:
             arguments = [argument for argument in shlex.split(example) if argument not in ("--save", "add.call")]
@@ -122,18 +120,16 @@ class UsageTest(VxcallCase):
 
 
 class FaultTest(VxcallCase):
-    def test_of_the_server_is_its_code_and_text(self):
-        for code, text, line in [(4, "Too many parameters.", "fault 4: Too many parameters."),
-                                 (-1, "", "fault -1"),
-                                 (0, "é <b>", "fault 0: é <b>")]:
-            self.assert_complaint(vxcall(self.peer.url(), "fault", code, "string:" + text), 1, line)
-        self.assert_complaint(vxcall(self.peer.url(), "no.such.method"), 1, "fault 1:", "no.such.method")
-
-    def test_text_is_kept_on_one_line(self):
-        self.assert_complaint(vxcall(self.peer.url("/lines-in-fault"), "m"), 1, "fault 7: one two three")
-
-    def test_that_imitates_the_transport_is_still_the_servers(self):
-        self.assert_complaint(vxcall(self.peer.url("/fault-like-transport"), "m"), 1, "fault -65794")
+    def test_of_the_server_is_its_code_and_text_on_one_line(self):
+        for path, call, line in [
+            ("/RPC2", ["fault", 4, "Too many parameters."], "fault 4: Too many parameters.\n"),
+            ("/RPC2", ["fault", -1, "string:"], "fault -1\n"),
+            ("/RPC2", ["fault", 0, "é <b>"], "fault 0: é <b>\n"),
+            ("/lines-in-fault", ["m"], "fault 7: one two three\n"),
+            # Who imitates the transport is a server all the same.
+            ("/fault-like-transport", ["m"], "fault -65794"),
+        ]:
+            self.assert_complaint(vxcall(self.peer.url(path), *call), 1, line)
 
     def test_ends_a_repetition(self):
         before = self.peer.ask("connections")
@@ -158,26 +154,19 @@ class TransportFailureTest(VxcallCase):
                     url = self.peer.url(path)
                     self.assert_complaint(vxcall(*road, url, "echo", 1), 3, url, *fragments)
 
-    def test_refused_connection(self):
+    def test_of_the_way_says_where_it_ended(self):
         with socket.socket() as closed:
             closed.bind(("127.0.0.1", 0))
-            url = "http://127.0.0.1:%d/RPC2" % closed.getsockname()[1]
-            self.assert_complaint(vxcall(url, "m"), 3, "cannot reach " + url + ": the connection was refused")
-
-    def test_unknown_host(self):
-        self.assert_complaint(vxcall("http://nonexistent.invalid/", "m"), 3,
-                              "cannot reach http://nonexistent.invalid/", "name")
-
-    def test_unknown_proxy(self):
-        self.assert_complaint(vxcall("--proxy", "http://nonexistent.invalid:1", self.peer.url(), "m"), 3, "proxy")
-
-    def test_time_out(self):
-        url = self.peer.url("/silence")
-        self.assert_complaint(vxcall("-t", 1, url, "m"), 3, "timed out: " + url + " did not answer within 1 second")
-
-    def test_redirect_that_is_not_followed(self):
-        self.assert_complaint(vxcall("--no-redirect", self.peer.url("/redirect"), "echo", 7), 3,
-                              "307 Temporary Redirect")
+            refused = "http://127.0.0.1:%d/RPC2" % closed.getsockname()[1]
+            silent, redirected, unknown = self.peer.url("/silence"), self.peer.url("/redirect"), "http://nonexistent.invalid/"
+            for arguments, *fragments in [
+                ([refused, "m"], "cannot reach " + refused + ": the connection was refused"),
+                ([unknown, "m"], "cannot reach " + unknown, "name"),
+                (["--proxy", "http://nonexistent.invalid:1", self.peer.url(), "m"], "cannot reach the proxy", "name"),
+                (["-t", 1, silent, "m"], "timed out: " + silent + " did not answer within 1 second"),
+                (["--no-redirect", redirected, "echo", 7], "307 Temporary Redirect"),
+            ]:
+                self.assert_complaint(vxcall(*arguments), 3, *fragments)
 
     def test_certificate_that_nobody_vouches_for(self):
         peer, certificate = self.tls_peer()
@@ -199,7 +188,3 @@ class TransportFailureTest(VxcallCase):
             for peer in (self.peer, tls_peer):
                 run = vxcall("--ca", certificate, peer.url("/hang-up-early"), "echo", "file:" + file.name)
                 self.assert_complaint(run, 3, peer.url("/hang-up-early"))
-
-
-if __name__ == "__main__":
-    unittest.main()

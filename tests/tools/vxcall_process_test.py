@@ -6,7 +6,6 @@ import signal
 import struct
 import subprocess
 import termios
-import unittest
 
 from vxcall_case import VXCALL, VxcallCase, vxcall
 
@@ -22,18 +21,14 @@ class OutputTest(VxcallCase):
             self.assertEqual(len(run.stdout.splitlines()), 1)
             self.assertEqual(run.stderr.decode(), "%d\n" % (128 + signal.SIGPIPE))
 
-    def test_pipe_that_may_not_kill_is_a_failed_write(self):
+    def test_that_cannot_be_written_is_not_success(self):
         reader, writer = os.pipe()
         os.close(reader)
-        with open(writer, "wb") as pipe:
+        with open(writer, "wb") as pipe, open("/dev/full", "wb") as full:
             run = vxcall(self.peer.url(), "echo", 1, stdout=pipe, restore_signals=False)
-        self.assert_complaint(run, 3, "cannot write to standard output: Broken pipe")
-
-    def test_full_disk_is_not_success(self):
-        with open("/dev/full", "wb") as full:
+            self.assert_complaint(run, 3, "cannot write to standard output: Broken pipe")
             for arguments in (["echo", 1], ["types", "-o", "plist"], ["--print-request", "echo"], ["--help"], ["--version"]):
-                with self.subTest(arguments):
-                    self.assert_complaint(vxcall(self.peer.url(), *arguments, stdout=full), 3, "No space left")
+                self.assert_complaint(vxcall(self.peer.url(), *arguments, stdout=full), 3, "No space left")
 
     def test_streams_that_are_missing_are_not_taken_by_connections(self):
         for redirection, status, complaint in [(">&-", 3, b"Bad file descriptor"), ("2>&-", 0, b""), ("<&-", 0, b""),
@@ -64,36 +59,26 @@ class Terminal:
                                         stderr=slave, start_new_session=True)
         os.close(slave)
 
-    def read(self):
-        """What it writes next; nothing at its end."""
-        try:
-            text = os.read(self.master, 1000).decode()
-        except OSError:
-            text = ""
-        self.seen += text
-        return text
-
     def read_until(self, text):
-        while text not in self.seen and self.read():
-            pass
+        """Reads until a text is there, or for none to the end."""
+        while text is None or text not in self.seen:
+            try:
+                self.seen += os.read(self.master, 1000).decode()
+            except OSError:
+                return
 
-    def screen(self):
-        """What stays on the screen in the end."""
-        while self.read():
-            pass
+    def end(self):
+        """What stays on the screen in the end, the exit status and the standard output."""
+        self.read_until(None)
         lines = []
         for line in self.seen.replace("\r\n", "\n").split("\n"):
             shown = ""
             for part in line.split("\r"):
                 shown = part + shown[len(part):]
             lines.append(shown.rstrip(" "))
-        return "\n".join(lines)
-
-    def end(self):
-        output = self.process.stdout.read()
-        self.process.stdout.close()
+        output = self.process.communicate(timeout=60)[0]
         os.close(self.master)
-        return self.process.wait(timeout=60), output
+        return "\n".join(lines), self.process.returncode, output
 
 
 class WaitingTest(VxcallCase):
@@ -104,32 +89,30 @@ class WaitingTest(VxcallCase):
 
     def test_is_shown_on_a_terminal_and_taken_away(self):
         for options in ([], ["--async"]):
-            with self.subTest(options):
-                terminal = self.start(*options)
-                terminal.read_until("waiting for the reply, 2 s")
-                self.assertIn("waiting for the reply, 1 s", terminal.seen)
-                self.server.may_answer.set()
-                self.assertEqual(terminal.screen(), "")
-                self.assertEqual(terminal.end(), (0, b"7\n"))
+            terminal = self.start(*options)
+            terminal.read_until("waiting for the reply, 2 s")
+            self.assertIn("waiting for the reply, 1 s", terminal.seen)
+            self.server.may_answer.set()
+            self.assertEqual(terminal.end(), ("", 0, b"7\n"))
 
     def test_gives_way_to_a_complaint(self):
         terminal = self.start("-t", "2")
-        self.assertRegex(terminal.screen(), r"\Avxcall: timed out: .*\n\Z")
+        screen, *end = terminal.end()
+        self.assertRegex(screen, r"\Avxcall: timed out: .*\n\Z")
         self.assertIn("waiting for the reply, 1 s", terminal.seen)
-        self.assertEqual(terminal.end(), (3, b""))
+        self.assertEqual(end, [3, b""])
 
     def test_of_a_short_call_is_not_shown(self):
         terminal = self.start()
         self.server.may_answer.set()
-        self.assertEqual((terminal.screen(), terminal.seen, terminal.end()), ("", "", (0, b"7\n")))
+        self.assertEqual((terminal.end(), terminal.seen), (("", 0, b"7\n"), ""))
 
     def test_interrupt_takes_it_away_and_ends_the_call(self):
         for number in (signal.SIGINT, signal.SIGTERM):
             terminal = self.start()
             terminal.read_until("waiting for the reply, 1 s")
             terminal.process.send_signal(number)
-            self.assertEqual(terminal.screen(), "")
-            self.assertEqual(terminal.end(), (-number, b""))
+            self.assertEqual(terminal.end(), ("", -number, b""))
 
     def test_interrupt_is_130_for_the_shell_at_once(self):
         server = self.raw_server()
@@ -139,7 +122,3 @@ class WaitingTest(VxcallCase):
         self.assertTrue(server.arrived.wait(60))
         os.killpg(shell.pid, signal.SIGINT)
         self.assertEqual(shell.communicate(timeout=60)[0], b"130\n")
-
-
-if __name__ == "__main__":
-    unittest.main()

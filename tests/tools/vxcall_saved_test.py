@@ -1,6 +1,5 @@
 """Calls that one vxcall saves and another one makes."""
 import os
-import unittest
 
 from vxcall_case import VxcallCase, reply, vxcall
 
@@ -26,12 +25,10 @@ class SavedCallTest(VxcallCase):
 
     def test_is_the_same_on_the_wire_as_when_it_is_made_directly(self):
         for options in [
-            [],
             ["-H", "X-One: a, b", "-H", "Content-Type: text/xml; charset=utf-8", "--http", "1.0", "-t", "30",
-             "--no-redirect", "--max-reply", "100000", "--ca", "/etc/hostname", "--result", "x"],
-            ["-p", "soap-1999"],
+             "--no-redirect", "--max-reply", "100000", "--ca", "/etc/hostname"],
             ["-p", "soap-1999", "--style", "rpc", "-n", "urn:x"],
-            ["-p", "soap-2001", "-n", "urn:x", "--soap-header", "<a>1</a>", "--soap-header", "<b c='&lt;'/>"],
+            ["-p", "soap-2001", "-n", "urn:x", "--result", "x", "--soap-header", "<a>1</a>", "--soap-header", "<b c='&lt;'/>"],
             ["-p", "soap-2001", "--style", "rpc", "-H", 'SOAPAction: "urn:x#m"'],
             ["-p", "soap-2001", "--style", "doc", "--soap-header", "<a/>"],
         ]:
@@ -80,15 +77,11 @@ class SavedCallTest(VxcallCase):
                 self.assertEqual(run.returncode, status, run.stderr)
                 self.assertIn(fragment, (run.stdout if status == 0 else run.stderr).decode())
 
-    def test_shows_what_went_over_the_wire(self):
-        self.save(self.peer.url(), "echo", 7)
-        self.assertIn(b"<methodName>echo</methodName>", vxcall("--load", self.path, "-v").stderr)
-
     def test_can_be_changed_and_saved_again(self):
         server = self.raw_server()
         self.save(server.url, "m", 1)
         self.save("--load", self.path, "-H", "X-One: 1")
-        vxcall("--load", self.path)
+        self.assertIn(b"<methodName>m</methodName>", vxcall("--load", self.path, "-v").stderr)
         self.assertIn(b"X-One: 1\r\n", server.requests[0])
 
     def test_that_cannot_be_written_is_a_failure(self):
@@ -109,7 +102,3 @@ class SavedCallTest(VxcallCase):
         for old, new in [(b"echo", b""), (b"http:", b"ftp:"), (b"ServiceURL", b"x"), (b"XML-RPC", b"SOAP-3000"),
                          (b"MethodName", b"x"), (b"http:", b"")]:
             self.assert_complaint(vxcall("--load", "-", input=whole.replace(old, new)), 2)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,35 +1,26 @@
 """Calls of SOAP servers of two other makes, in both generations and both forms."""
 import json
-import unittest
 
 from vxcall_case import SOAPDocumentPeer, SOAPPeer, VxcallCase, vxcall
 
-ENVELOPE_1999 = """<?xml version="1.0" encoding="UTF-8"?>
+ENVELOPE = """<?xml version="1.0" encoding="UTF-8"?>
   <SOAP-ENV:Envelope
-    xmlns:xsd="http://www.w3.org/1999/XMLSchema"
-    xmlns:xsi="http://www.w3.org/1999/XMLSchema-instance"
-    SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"
-    xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/"
-    xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/">
-%s  </SOAP-ENV:Envelope>
+    xmlns:xsd="http://www.w3.org/{year}/XMLSchema"
+    xmlns:xsi="http://www.w3.org/{year}/XMLSchema-instance"
+{names}>
+{content}  </SOAP-ENV:Envelope>
 """
-
-ENVELOPE_2001 = """<?xml version="1.0" encoding="UTF-8"?>
-  <SOAP-ENV:Envelope
-    xmlns:xsd="http://www.w3.org/2001/XMLSchema"
-    xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance"
-    xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/"
-    SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"
-    xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/">
-%s  </SOAP-ENV:Envelope>
-"""
-
+ENCODING = '    SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/"\n'
+ENVELOPE_NAME = '    xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/"'
+ENCODING_NAME = '    xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/"'
+NAMES = {"1999": ENCODING + ENVELOPE_NAME + "\n" + ENCODING_NAME, "2001": ENCODING_NAME + "\n" + ENCODING + ENVELOPE_NAME}
+TYPES = {"1999": {"date": "timeInstant", "item": "ur-type"}, "2001": {"date": "dateTime", "item": "anyType"}}
+FORMS = {"rpc": {"open": 'm:sum xmlns:m="urn:x"', "close": "m:sum"}, "doc": {"open": 'sum xmlns="urn:x"', "close": "sum"}}
 HEADER = """      <SOAP-ENV:Header>
         <a>1</a>
         <b/>
       </SOAP-ENV:Header>
 """
-
 BODY = """      <SOAP-ENV:Body>
         <{open}>
           <n xsi:type="xsd:int">1</n>
@@ -47,28 +38,22 @@ BODY = """      <SOAP-ENV:Body>
 """
 
 
-def body(opening, closing, date, item):
-    return BODY.format(open=opening, close=closing, date=date, item=item)
-
-
 class RequestTest(VxcallCase):
     def test_document_is_printed_byte_for_byte_and_not_sent(self):
-        rpc = ('m:sum xmlns:m="urn:x"', "m:sum")
-        document = ('sum xmlns="urn:x"', "sum")
-        for options, envelope, content in [
-            (["-p", "soap-1999"], ENVELOPE_1999, body(*rpc, "timeInstant", "ur-type")),
-            (["-p", "soap-1999", "--style", "doc"], ENVELOPE_1999, body(*rpc, "timeInstant", "ur-type")),
-            (["-p", "soap-2001"], ENVELOPE_2001, body(*document, "dateTime", "anyType")),
-            (["-p", "soap-2001", "--style", "doc"], ENVELOPE_2001, body(*document, "dateTime", "anyType")),
-            (["-p", "soap-2001", "--style", "rpc"], ENVELOPE_2001, body(*rpc, "dateTime", "anyType")),
-            (["-p", "soap-2001", "--soap-header", "<a>1</a>", "--soap-header", "<b/>"], ENVELOPE_2001,
-             HEADER + body(*document, "dateTime", "anyType")),
+        for year, form, options, header in [
+            ("1999", "rpc", [], ""),
+            ("1999", "rpc", ["--style", "doc"], ""),
+            ("2001", "doc", [], ""),
+            ("2001", "doc", ["--style", "doc"], ""),
+            ("2001", "rpc", ["--style", "rpc"], ""),
+            ("2001", "doc", ["--soap-header", "<a>1</a>", "--soap-header", "<b/>"], HEADER),
         ]:
-            with self.subTest(options):
-                run = vxcall(*options, "-n", "urn:x", "--print-request", "http://127.0.0.1:1/", "sum", "n=1",
-                             "string:a < b", "d=date:2005-02-28T13:45:09Z", 'l=json:[true,{"x":2.5}]', "e=nil:")
-                self.assertEqual((run.returncode, run.stderr), (0, b""))
-                self.assertEqual(run.stdout.decode(), (envelope % content).replace("\n", "\r\n"))
+            with self.subTest(year, options=options):
+                run = vxcall("-p", "soap-" + year, *options, "-n", "urn:x", "--print-request", "http://127.0.0.1:1/", "sum",
+                             "n=1", "string:a < b", "d=date:2005-02-28T13:45:09Z", 'l=json:[true,{"x":2.5}]', "e=nil:")
+                content = header + BODY.format(**FORMS[form], **TYPES[year])
+                document = ENVELOPE.format(year=year, names=NAMES[year], content=content)
+                self.assertEqual((run.returncode, run.stdout.decode()), (0, document.replace("\n", "\r\n")))
 
 
 class SOAPCase(VxcallCase):
@@ -103,31 +88,21 @@ class RPCCases:
 
     def test_values_of_each_type_come_back(self):
         text = "<b> & ]]> \u00e9 \u20ac \u65e5\u672c"
-        for method, parameter, value in [
-            ("echoString", "string:" + text, text),
-            ("echoString", "string:007", "007"),
-            ("echoInt", "2147483647", 2147483647),
-            ("echoInt", "-2147483648", -2147483648),
-            ("echoDouble", "-1234.5625", -1234.5625),
-            ("echoDouble", "1e-7", 1e-7),
-            ("echoBoolean", "true", True),
-            ("echoBoolean", "false", False),
+        rows = [
+            ("echoString", "string:" + text, text), ("echoString", "string:007", "007"),
+            ("echoInt", "2147483647", 2147483647), ("echoInt", "-2147483648", -2147483648),
+            ("echoDouble", "-1234.5625", -1234.5625), ("echoDouble", "1e-7", 1e-7),
+            ("echoBoolean", "true", True), ("echoBoolean", "false", False),
             ("echoDate", "date:1998-07-17T14:08:55Z", "1998-07-17T14:08:55Z"),
             ("echoBase64", "base64:" + "AAH/" * 100, "AAH/" * 100),
-        ]:
+        ]
+        rows += [("echo", "json:" + json.dumps(value), value) for value in [
+            [], [1, "two", 2.5], [[1, 2], [], [[3]]], {"a": 1, "b": {"c": [1, 2], "d": "x"}},
+            [{"x": 1, "y": 2}, {"x": 3, "y": 4}],
+        ]]
+        for method, parameter, value in rows:
             with self.subTest(parameter):
                 self.assertEqual(self.result(method, parameter), value)
-
-    def test_arrays_and_structures_come_back(self):
-        for value in [
-            [],
-            [1, "two", 2.5],
-            [[1, 2], [], [[3]]],
-            {"a": 1, "b": {"c": [1, 2], "d": "x"}},
-            [{"x": 1, "y": 2}, {"x": 3, "y": 4}],
-        ]:
-            with self.subTest(value):
-                self.assertEqual(self.result("echo", "json:" + json.dumps(value)), value)
 
     def test_server_understands_each_type_as_it_was_meant(self):
         text = self.result("received", "true", "false", "-7", "string:a=<b>", "base64:QUJD",
@@ -140,35 +115,29 @@ class RPCCases:
         self.assertEqual(json.loads(run.stdout), [{"x": 1, "list": [7]}] * 2)
         self.assertGreaterEqual(run.stderr.decode().count('href="#'), 2)
 
-    def test_nil_is_beyond_this_server(self):
-        self.assert_complaint(self.run_call("received", "nil:"), 1, "Unspecified namespace for type 'nil'")
-
     def test_result_is_one_output_or_all(self):
         self.assertEqual(self.value("divide", 17, 5), {"quotient": 3, "remainder": 2})
-        self.assertEqual(self.value("--result", "remainder", "divide", 17, 5), 2)
+        self.assertEqual(self.value("--async", "--repeat", 20, "--result", "remainder", "divide", 17, 5), 2)
         full = self.value("--result", "quotient", "-o", "full", "divide", 17, 5)
         self.assertEqual([full[key] for key in ("/Result", "quotient", "remainder")], [3, 3, 2])
         self.assertEqual(self.value("nothing"), {})
-        self.assert_complaint(self.run_call("--result", "product", "divide", 17, 5), 3,
-                              "is not usable: Can't find method result parameter 'product' in reply")
 
-    def test_faults_have_their_text(self):
-        run = self.run_call("fault", "Client.Authentication", "string:no <way> & out")
-        self.assert_complaint(run, 1, "fault -1: no <way> & out")
-        self.assert_complaint(self.run_call("unknown"), 1, "fault -1: ")
-
-    def test_action_goes_as_a_header(self):
-        self.assertEqual(self.result("-H", 'SOAPAction: "urn:echo#echoInt"', "echoInt", 7), 7)
-        run = self.run_call("-H", "SOAPAction: urn:other#echoInt", "echoInt", 7)
-        self.assert_complaint(run, 1, "got 'urn:other#echoInt'")
+    def test_failures_have_their_text(self):
+        action = ["-H", 'SOAPAction: "urn:echo#echoInt"', "echoInt", 7]
+        self.assertEqual(self.result(*action), 7)
+        for status, complaint, *call in [
+            (3, "is not usable: Can't find method result parameter 'product' in reply", "--result", "product", "divide", 17, 5),
+            (1, "fault -1: no <way> & out", "fault", "Client.Authentication", "string:no <way> & out"),
+            (1, "fault -1: ", "unknown"),
+            (1, "got 'urn:other#echoInt'", "-H", "SOAPAction: urn:other#echoInt", "echoInt", 7),
+            (1, "Unspecified namespace for type 'nil'", "received", "nil:"),
+        ]:
+            self.assert_complaint(self.run_call(*call), status, complaint)
 
     def test_header_elements_arrive(self):
         headers = ["--soap-header", '<t:one xmlns:t="urn:t">1</t:one>', "--soap-header", '<two xmlns="urn:u">zwei</two>']
         run = vxcall(*self.options("urn:headers"), *headers, "--result", "value", self.peer.url(), "received")
         self.assertEqual((run.stdout, run.stderr), (b'"{urn:t}one=1 {urn:u}two=zwei"\n', b""))
-
-    def test_calls_may_be_scheduled_and_repeated(self):
-        self.assertEqual(self.result("--async", "--repeat", 20, "echoInt", 7), 7)
 
 
 class RPC1999Test(RPCCases, SOAPCase):
@@ -181,23 +150,15 @@ class RPC2001Test(RPCCases, SOAPCase):
 
 class DocumentTest(SOAPCase):
     peer_class = SOAPDocumentPeer
-
-    def value(self, *arguments):
-        return super().value("-p", "soap-2001", "-n", "urn:orders", *arguments)
+    OPTIONS = ("-p", "soap-2001", "-n", "urn:orders")
 
     def test_outputs_have_the_names_of_the_reply(self):
         # The reply of the document form tells no types, so that values are texts.
-        self.assertEqual(self.value("add", "a=2", "b=3"), {"ns1:sum": "5"})
-        self.assertEqual(self.value("--style", "doc", "--result", "ns1:sum", "add", "a=2", "b=3"), "5")
-
-    def test_elements_of_one_name_become_an_array(self):
-        self.assertEqual(self.value("split", "separator=,", "text=a,\u00e9,<c>"),
-                         {"ns1:parts": {"ns1:part": ["a", "\u00e9", "<c>"]}})
-
-    def test_fault_has_its_text(self):
-        run = vxcall("-p", "soap-2001", "-n", "urn:orders", self.peer.url(), "refuse", "reason=no <way> & out")
+        for value, *call in [
+            ({"ns1:sum": "5"}, "add", "a=2", "b=3"),
+            ("5", "--style", "doc", "--result", "ns1:sum", "add", "a=2", "b=3"),
+            ({"ns1:parts": {"ns1:part": ["a", "\u00e9", "<c>"]}}, "split", "separator=,", "text=a,\u00e9,<c>"),
+        ]:
+            self.assertEqual(self.value(*self.OPTIONS, *call), value)
+        run = vxcall(*self.OPTIONS, self.peer.url(), "refuse", "reason=no <way> & out")
         self.assert_complaint(run, 1, "fault -1: no <way> & out")
-
-
-if __name__ == "__main__":
-    unittest.main()

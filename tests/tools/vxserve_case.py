@@ -10,22 +10,24 @@ import unittest
 
 VXSERVE = os.environ["VXSERVE"]
 
-ADD = (b"<?xml version='1.0'?><methodCall><methodName>add</methodName><params>"
-       b"<param><value><int>%d</int></value></param><param><value><int>%d</int></value></param>"
-       b"</params></methodCall>")
+
+def document(name, *values):
+    """A call whose parameters are written as they are to stand in the document."""
+    parameters = "".join("<param><value>%s</value></param>" % value for value in values)
+    return ("<?xml version='1.0'?><methodCall><methodName>%s</methodName><params>%s</params></methodCall>"
+            % (name, parameters)).encode()
 
 
 def add_document(a, b):
-    return ADD % (a, b)
+    return document("add", "<int>%d</int>" % a, "<int>%d</int>" % b)
 
 
 def slow_document(seconds):
-    return (b"<?xml version='1.0'?><methodCall><methodName>slow</methodName><params><param><value>"
-            b"<double>%f</double></value></param></params></methodCall>" % seconds)
+    return document("slow", "<double>%f</double>" % seconds)
 
 
-def request(body, path="/RPC2", extra=b""):
-    return (b"POST %s HTTP/1.1\r\nHost: a\r\nContent-Length: %d\r\n%s\r\n" % (path.encode(), len(body), extra)) + body
+def request(body):
+    return b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nContent-Length: %d\r\n\r\n" % len(body) + body
 
 
 class Server:

@@ -2,7 +2,6 @@
 import json
 import os
 import subprocess
-import unittest
 
 from vxcall_case import vxcall
 from vxserve_case import ServerCase
@@ -78,38 +77,17 @@ class SOAPLiteTest(ServerCase):
 
 
 class VxcallTest(ServerCase):
-    SOAP = ("--style", "rpc", "-n", "urn:interop", "--result", "Result")
-
     def test_gets_results_and_faults_in_every_protocol(self):
-        rows = [(0, "add", 42, (40, 2)), (0, "concat", "<a\u20ac", ("string:<a", "string:\u20ac")),
-                (0, "slow", "done", ("double:0.01",)), (1, "nope", "no method 'nope'", ())]
-        roads = [("/RPC2", "-p", "xml-rpc")]
-        roads += [(path, "-p", "soap-" + generation, *self.SOAP) for generation, path in PATHS.items()]
+        soap = ["-n", "urn:interop", "--result", "Result"]
+        roads = [("/RPC2", "-p", "xml-rpc"), ("/soap", "-p", "soap-2001", "--style", "doc", *soap)]
+        roads += [(path, "-p", "soap-" + generation, "--style", "rpc", *soap) for generation, path in PATHS.items()]
+        rows = [(0, b"42\n", b"", "add", "a=40", "b=2"), (0, '"<a\u20ac"\n'.encode(), b"", "concat", "string:<a", "string:\u20ac"),
+                (0, b'"done"\n', b"", "slow", "double:0.01"), (1, b"", b"no method 'nope'", "nope")]
         for path, *options in roads:
-            for status, method, wanted, parameters in rows:
-                run = vxcall(*options, self.server.url(path), method, *parameters)
-                self.assertEqual(run.returncode, status, (path, method, run.stderr))
-                if status == 0:
-                    self.assertEqual(json.loads(run.stdout), wanted)
-                else:
-                    self.assertIn(wanted, run.stderr.decode())
-
-    def test_values_come_back_by_xmlrpc(self):
-        for value in ([1, "two", [3, [4.5, []]], {"five": 5}], {"inner": {"x": True}}, "s", -5, [{"a": "b"}]):
-            run = vxcall(self.server.url(), "echo", "json:" + json.dumps(value))
-            self.assertEqual((run.returncode, run.stderr), (0, b""))
-            self.assertEqual(json.loads(run.stdout), value)
-
-    def test_reply_of_another_protocol_is_no_answer(self):
+            for status, output, complaint, *call in rows:
+                run = vxcall(*options, self.server.url(path), *call)
+                self.assertEqual((run.returncode, run.stdout), (status, output), (path, call, run.stderr))
+                self.assertIn(complaint, run.stderr)
         run = vxcall("-p", "soap-2001", "-n", "urn:interop", self.server.url("/RPC2"), "echoVoid")
         self.assertEqual((run.returncode, run.stdout), (3, b""))
         self.assertIn(b"is no answer to a SOAP call", run.stderr)
-
-    def test_document_form_is_taken_too(self):
-        run = vxcall("-p", "soap-2001", "--style", "doc", "-n", "urn:interop", "--result", "Result",
-                     self.server.url("/soap"), "add", "a=1", "b=2")
-        self.assertEqual((run.returncode, run.stdout), (0, b"3\n"), run.stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -8,9 +8,8 @@
 
 namespace tools {
 
-Ref<const BQString> makeString(std::string_view text) {
-  auto string =
-      Ref<const BQString>::adopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+BQRef<const BQString> makeString(std::string_view text) {
+  auto string = BQAdopt(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
   if (!string) throw UsageError("an argument is not UTF-8 text");
   return string;
 }
@@ -26,6 +25,14 @@ std::string singleLine(std::string_view text) {
   std::replace_if(
       line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
   return line;
+}
+
+std::string shortened(std::string_view text) {
+  constexpr size_t kShown = 40;
+  if (text.size() <= kShown) return singleLine(text);
+  size_t end = kShown;
+  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
+  return singleLine(text.substr(0, end)) + "...";
 }
 
 }  // namespace tools

@@ -8,7 +8,7 @@
 
 namespace tools::vxcall {
 
-using Result = Ref<const BQDictionary>;
+using Result = BQRef<const BQDictionary>;
 
 class Call {
  public:

@@ -7,13 +7,13 @@
 
 namespace tools::vxcall {
 
-Ref<const BQURL> parseEndpoint(const std::string& text) {
-  auto url = Ref<const BQURL>::adopt(BQURLCreateWithString(makeString(text).get(), nullptr));
-  auto scheme = Ref<const BQString>::adopt(BQURLCopyScheme(url.get()));
+BQRef<const BQURL> parseEndpoint(const std::string& text) {
+  auto url = BQAdopt(BQURLCreateWithString(makeString(text).get(), nullptr));
+  auto scheme = BQAdopt(BQURLCopyScheme(url.get()));
   if (textOf(scheme.get()) != "http" && textOf(scheme.get()) != "https") {
     throw UsageError("'" + singleLine(text) + "' is not a URL of http or https");
   }
-  auto host = Ref<const BQString>::adopt(BQURLCopyHostName(url.get()));
+  auto host = BQAdopt(BQURLCopyHostName(url.get()));
   if (!host) throw UsageError("the URL " + singleLine(text) + " names no host");
   return url;
 }

@@ -5,13 +5,12 @@
 #include <string>
 
 #include <BQ/BQBase.h>
-
-#include "common/Ref.h"
+#include <BQ/BQRef.h>
 
 namespace tools::vxcall {
 
 /* Throws UsageError unless the text is an http or https URL with a host. */
-Ref<const BQURL> parseEndpoint(const std::string& text);
+BQRef<const BQURL> parseEndpoint(const std::string& text);
 
 }  // namespace tools::vxcall
 

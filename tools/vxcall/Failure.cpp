@@ -9,6 +9,7 @@
 #include <VX/VXConstants.h>
 
 #include "common/Text.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 namespace {
@@ -64,7 +65,7 @@ std::string peerOf(const Invocation& invocation) {
 
 std::string describeStreamError(BQStreamError error, const Invocation& invocation) {
   const std::string& url = invocation.url;
-  auto description = Ref<const BQString>::adopt(BQStreamErrorCopyDescription(error));
+  auto description = BQAdopt(BQStreamErrorCopyDescription(error));
   std::string reason = continued(std::string(textOf(description.get()))).append(adviceFor(error));
   switch (error.domain) {
     case kBQStreamErrorDomainPOSIX:

@@ -1,7 +1,10 @@
 #include "Invocation.h"
 
+#include <utility>
+
 #include <VX/VXConstants.h>
 
+#include "Doubt.h"
 #include "Endpoint.h"
 #include "Parameters.h"
 #include "Properties.h"
@@ -18,12 +21,13 @@ const BQString* protocolNamed(const std::string& name) {
 }
 
 Invocation describeInvocation(const Options& options) {
-  Ref<const BQURL> url = parseEndpoint(options.url);
+  BQRef<const BQURL> url = parseEndpoint(options.url);
   Invocation invocation{{}, protocolNamed(options.protocol), options.url, makeString(options.method)};
-  invocation.handle = Ref<OpaqueVXMethodInvocationRef>::adopt(
-      VXMethodInvocationCreate(url.get(), invocation.method.get(), invocation.protocol));
+  invocation.handle =
+      BQAdopt(VXMethodInvocationCreate(url.get(), invocation.method.get(), invocation.protocol));
   Parameters parameters = parseParameters(options.parameters);
   VXMethodInvocationSetParameters(invocation.handle.get(), parameters.values.get(), parameters.order.get());
+  invocation.notes = std::move(parameters.notes);
   return invocation;
 }
 
@@ -31,6 +35,8 @@ Invocation describeInvocation(const Options& options) {
 
 Invocation makeInvocation(const Options& options) {
   Invocation invocation = options.load ? loadInvocation(*options.load) : describeInvocation(options);
+  std::vector<std::string> notes = doubtOptions(options, invocation.protocol);
+  invocation.notes.insert(invocation.notes.end(), notes.begin(), notes.end());
   setProperties(options, [&invocation](const BQString* key, BQTypeRef value) {
     VXMethodInvocationSetProperty(invocation.handle.get(), key, value);
   });

@@ -3,22 +3,25 @@
 #define VXCALL_INVOCATION_H
 
 #include <string>
+#include <vector>
 
 #include <BQ/BQBase.h>
+#include <BQ/BQRef.h>
 #include <VX/VXMethodInvocation.h>
 
 #include "Options.h"
-#include "common/Ref.h"
 
 namespace tools::vxcall {
 
 /* An invocation with what the library does not tell about it. */
 struct Invocation {
-  Ref<OpaqueVXMethodInvocationRef> handle;
+  BQRef<OpaqueVXMethodInvocationRef> handle;
   /* One of the library's constants; borrowed. */
   const BQString* protocol;
   std::string url;
-  Ref<const BQString> method;
+  BQRef<const BQString> method;
+  /* What the user may have meant otherwise. */
+  std::vector<std::string> notes = {};
 };
 
 /* The invocation that the options describe or load, with their properties. Throws UsageError. */

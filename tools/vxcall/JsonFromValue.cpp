@@ -51,8 +51,8 @@ Json jsonFromDictionary(const BQDictionary* dictionary) {
 }
 
 Json jsonFromMessage(const BQHTTPMessage* message) {
-  auto statusLine = Ref<const BQString>::adopt(BQHTTPMessageCopyResponseStatusLine(message));
-  auto headers = Ref<const BQDictionary>::adopt(BQHTTPMessageCopyAllHeaderFields(message));
+  auto statusLine = BQAdopt(BQHTTPMessageCopyResponseStatusLine(message));
+  auto headers = BQAdopt(BQHTTPMessageCopyAllHeaderFields(message));
   Json json = Json::object();
   json["statusLine"] = jsonFromValue(statusLine.get());
   json["headers"] = jsonFromValue(headers.get());
@@ -63,7 +63,7 @@ Json jsonFromOther(BQTypeRef value) {
   if (BQGetTypeID(value) == BQHTTPMessageGetTypeID()) {
     return jsonFromMessage(static_cast<const BQHTTPMessage*>(value));
   }
-  auto description = Ref<const BQString>::adopt(BQCopyDescription(value));
+  auto description = BQAdopt(BQCopyDescription(value));
   return textOf(description.get());
 }
 

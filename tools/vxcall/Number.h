@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "common/Ref.h"
 #include "common/UsageError.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 

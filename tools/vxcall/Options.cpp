@@ -2,13 +2,16 @@
 
 #include <cctype>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "Help.h"
+#include "common/Spelling.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
 #include "common/WholeNumber.h"
@@ -17,8 +20,14 @@ namespace tools::vxcall {
 namespace {
 
 /* A check without the text that it would add to the help, which names the values by itself. */
-CLI::Validator oneOf(std::vector<std::string> values) {
-  return CLI::IsMember(std::move(values)).description("");
+CLI::Validator oneOf(std::vector<std::string_view> values) {
+  auto check = [values = std::move(values)](const std::string& text) {
+    if (std::find(values.begin(), values.end(), text) != values.end()) return std::string();
+    std::string complaint = "'" + text + "' is none of ";
+    for (std::string_view value : values) complaint.append(value).append(value == values.back() ? "" : ", ");
+    return complaint + suggestionFor(text, values);
+  };
+  return CLI::Validator(check, "");
 }
 
 void addCallOptions(CLI::App& app, Options& options) {
@@ -69,7 +78,7 @@ void addOutputOptions(CLI::App& app, Options& options) {
   app.add_option("-o,--output", options.output, "json, plist, or full: all of the result, as JSON")
       ->check(oneOf({"json", "plist", "full"}))
       ->type_name("FORM");
-  app.add_flag("-v,--verbose", options.verbose, "show headers and bodies on standard error");
+  app.add_flag("-v,--verbose", options.verbose, "show request and reply on standard error");
   app.add_flag("--print-request", options.printRequest, "print the request document; send nothing");
   app.add_option("--save", options.save, "write the call to a file; send nothing")->type_name("FILE");
   app.add_option("--load", options.load, "make a saved call; further options change it")->type_name("FILE");
@@ -87,27 +96,27 @@ void excludeContradictions(CLI::App& app) {
   app.get_option("--load")->excludes("--protocol");
 }
 
-UsageError noOption(const std::string& argument) {
-  return UsageError("there is no option " + argument +
-                    "; vxcall --help shows the options (a value like that is written string:" + argument +
-                    ")");
+UsageError noOption(const std::string& argument, const CLI::App& app) {
+  std::string shown = singleLine(argument), suggestion = suggestOption(argument, app);
+  std::string help = "; vxcall --help shows the options (a value like that is written string:" + shown + ")";
+  return UsageError("there is no option " + shown + (suggestion.empty() ? help : suggestion));
 }
 
 /*
  * The parameters are what the parser leaves over, rather than an option of its own, because it
  * would take the values of a list apart at brackets and commas.
  */
-std::vector<std::string> takeParameters(const std::vector<std::string>& remaining) {
+std::vector<std::string> takeParameters(const CLI::App& app) {
   std::vector<std::string> parameters;
   bool optionsEnded = false;
-  for (const std::string& argument : remaining) {
+  for (const std::string& argument : app.remaining()) {
     if (optionsEnded) {
       parameters.push_back(argument);
     } else if (argument == "--") {
       optionsEnded = true;
     } else if (argument.size() > 1 && argument[0] == '-' && argument[1] != '.' &&
                !std::isdigit(static_cast<unsigned char>(argument[1]))) {
-      throw noOption(argument);
+      throw noOption(argument, app);
     } else {
       parameters.push_back(argument);
     }
@@ -148,9 +157,10 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return {std::nullopt, std::string(version.what()) + "\n"};
   } catch (const CLI::ParseError& error) {
-    throw UsageError(singleLine(error.what()) + "; vxcall --help shows the options");
+    std::string line = singleLine(error.what());
+    throw UsageError(line + (line.ends_with('?') ? "" : "; vxcall --help shows the options"));
   }
-  options.parameters = takeParameters(app.remaining());
+  options.parameters = takeParameters(app);
   checkTarget(options);
   return {std::move(options), {}};
 }

@@ -15,6 +15,9 @@ std::string formatJson(BQTypeRef value);
 /* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */
 std::optional<std::string> formatPropertyList(BQTypeRef value);
 
+/* Where in such a value, and what: "result.items[3] is null". `path` is what the value itself is called. */
+std::string describeUnlistable(BQTypeRef value, const std::string& path);
+
 }  // namespace tools::vxcall
 
 #endif

@@ -1,11 +1,14 @@
 #include "Parameters.h"
 
+#include <optional>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include <BQ/BQArray.h>
 #include <BQ/BQDictionary.h>
 
+#include "Doubt.h"
 #include "TypedText.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
@@ -29,20 +32,24 @@ size_t nameLength(std::string_view argument) {
 
 Parameters parseParameters(const std::vector<std::string>& arguments) {
   auto count = static_cast<BQIndex>(arguments.size());
-  auto values = Ref<BQDictionary>::adopt(BQDictionaryCreateMutable(count, kBQDictionaryRetainKeys));
-  auto order = Ref<BQArray>::adopt(BQArrayCreateMutable(count));
+  auto values = BQAdopt(BQDictionaryCreateMutable(count, kBQDictionaryRetainKeys));
+  auto order = BQAdopt(BQArrayCreateMutable(count));
   std::unordered_set<std::string> names;
+  std::vector<std::string> notes;
   for (size_t i = 0; i < arguments.size(); ++i) {
     std::string_view argument = arguments[i];
     size_t length = nameLength(argument);
     std::string nameText = length > 0 ? std::string(argument.substr(0, length)) : "p" + std::to_string(i + 1);
     if (!names.insert(nameText).second) throw UsageError("there are two parameters named " + nameText);
-    Ref<const BQString> name = makeString(nameText);
-    Value value = valueFromTypedText(length > 0 ? argument.substr(length + 1) : argument);
+    BQRef<const BQString> name = makeString(nameText);
+    if (length > 0) argument.remove_prefix(length + 1);
+    Value value = valueFromTypedText(argument);
+    if (std::optional<std::string> note = doubtParameter(nameText, argument)) notes.push_back(*note);
     BQArrayAppendValue(order.get(), name.get());
     BQDictionarySetValue(values.get(), name.get(), value.get());
   }
-  return {Ref<const BQDictionary>::retain(values.get()), Ref<const BQArray>::retain(order.get())};
+  return {BQRef<const BQDictionary>::retain(values.get()), BQRef<const BQArray>::retain(order.get()),
+          std::move(notes)};
 }
 
 }  // namespace tools::vxcall

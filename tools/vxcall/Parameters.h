@@ -6,15 +6,16 @@
 #include <vector>
 
 #include <BQ/BQBase.h>
-
-#include "common/Ref.h"
+#include <BQ/BQRef.h>
 
 namespace tools::vxcall {
 
 struct Parameters {
   /* A name of the order that has no value here is sent as nil. */
-  Ref<const BQDictionary> values;
-  Ref<const BQArray> order;
+  BQRef<const BQDictionary> values;
+  BQRef<const BQArray> order;
+  /* What the user may have meant otherwise. */
+  std::vector<std::string> notes;
 };
 
 /* Reads arguments of the form [NAME=][TYPE:]VALUE. Throws UsageError. */

@@ -62,7 +62,7 @@ std::vector<Header> parseHeaders(const std::vector<std::string>& texts) {
 
 void setHeaders(const std::vector<std::string>& texts, const SetProperty& set) {
   if (texts.empty()) return;
-  auto headers = Ref<BQDictionary>::adopt(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
+  auto headers = BQAdopt(BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys));
   for (const auto& [name, value] : parseHeaders(texts)) {
     BQDictionarySetValue(headers.get(), makeString(name).get(), makeString(value).get());
   }
@@ -80,7 +80,7 @@ void setDocumentProperties(const Options& options, const SetProperty& set) {
     set(kVXSOAPBodyEncodingStyle, *options.style == "rpc" ? kVXSOAPStyleRPC : kVXSOAPStyleDoc);
   }
   if (options.soapHeaders.empty()) return;
-  auto headers = Ref<BQArray>::adopt(BQArrayCreateMutable(0));
+  auto headers = BQAdopt(BQArrayCreateMutable(0));
   for (const std::string& header : options.soapHeaders) {
     BQArrayAppendValue(headers.get(), makeString(header).get());
   }

@@ -5,15 +5,16 @@
 #include <VX/VXProtocolHandler.h>
 
 #include "common/UsageError.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 namespace {
 
-using Handler = Ref<OpaqueVXProtocolHandlerRef>;
+using Handler = BQRef<OpaqueVXProtocolHandlerRef>;
 
 /* A handler that writes as the invocation does. */
 Handler makeHandler(const Invocation& invocation) {
-  auto handler = Handler::adopt(VXProtocolHandlerCreate(nullptr, invocation.protocol));
+  auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, invocation.protocol));
   for (const BQString* key : {kVXSOAPMethodNamespaceURI, kVXSOAPBodyEncodingStyle, kVXSOAPMessageHeaders}) {
     auto value = Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), key));
     VXProtocolHandlerSetProperty(handler.get(), key, value.get());
@@ -25,10 +26,9 @@ Handler makeHandler(const Invocation& invocation) {
 
 std::string makeRequestDocument(const Invocation& invocation) {
   const BQArray* order = nullptr;
-  auto values =
-      Ref<const BQDictionary>::adopt(VXMethodInvocationCopyParameters(invocation.handle.get(), &order));
-  auto ownedOrder = Ref<const BQArray>::adopt(order);
-  auto document = Ref<const BQData>::adopt(VXProtocolHandlerCopyRequestDocument(
+  auto values = BQAdopt(VXMethodInvocationCopyParameters(invocation.handle.get(), &order));
+  auto ownedOrder = BQAdopt(order);
+  auto document = BQAdopt(VXProtocolHandlerCopyRequestDocument(
       makeHandler(invocation).get(), invocation.method.get(), values.get(), order, nullptr));
   if (!document) throw UsageError("no request document can be made of these parameters");
   return {reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),

@@ -7,6 +7,7 @@
 #include "InputFile.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 namespace {
@@ -23,9 +24,8 @@ const BQString* protocolNamed(std::string_view name) {
 
 Invocation loadInvocation(const std::string& path) {
   std::string bytes = readInput(path);
-  auto data = Ref<const BQData>::adopt(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
-  auto handle =
-      Ref<OpaqueVXMethodInvocationRef>::adopt(VXMethodInvocationCreateFromSerialization(data.get()));
+  auto data = BQAdopt(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
+  auto handle = BQAdopt(VXMethodInvocationCreateFromSerialization(data.get()));
   /* The library does not tell the endpoint and the method of an invocation. */
   auto list = Value::adopt(BQPropertyListCreateFromXMLData(data.get(), nullptr));
   auto entry = [&](const BQString* key) {
@@ -42,7 +42,7 @@ Invocation loadInvocation(const std::string& path) {
 }
 
 std::string serializeInvocation(const Invocation& invocation) {
-  auto data = Ref<const BQData>::adopt(VXMethodInvocationCopySerialization(invocation.handle.get()));
+  auto data = BQAdopt(VXMethodInvocationCopySerialization(invocation.handle.get()));
   if (!data) {
     throw UsageError(
         "the call cannot be saved: a file has no room for null in an array or object, nor for control "

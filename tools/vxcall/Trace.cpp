@@ -1,18 +1,44 @@
 #include "Trace.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
+#include <VX/VXMethodInvocation.h>
 
 #include "common/Text.h"
+#include "common/Value.h"
 
 namespace tools::vxcall {
 namespace {
 
 void addLine(std::string& trace, std::string_view mark, std::string_view text) {
   trace.append(mark).append(singleLine(text)).append("\n");
+}
+
+/* What the request asks for: a path, or of a proxy the whole URL, which an encrypted call does without. */
+std::string targetOf(std::string_view url, bool isForProxy) {
+  url = url.substr(0, url.find('#'));
+  size_t host = url.find("//") + 2;
+  size_t pathStart = std::min(url.size(), url.find_first_of("/?", host));
+  std::string path(url.substr(pathStart));
+  if (!path.starts_with('/')) path.insert(0, "/");
+  if (!isForProxy || !url.starts_with("http:")) return path;
+  std::string_view authority = url.substr(host, pathStart - host);
+  return "http://" + std::string(authority.substr(authority.rfind('@') + 1)) + path;
+}
+
+std::string requestLineOf(const Invocation& invocation) {
+  auto property = [&](const BQString* key) {
+    return BQAdopt(VXMethodInvocationCopyProperty(invocation.handle.get(), key));
+  };
+  Value method = property(kVXPostingMethod), version = property(kVXHTTPVersion),
+        proxy = property(kVXHTTPProxy);
+  std::string line(method ? textOf(method.get()) : "POST");
+  line.append(" ").append(targetOf(invocation.url, bool(proxy))).append(" ");
+  return line.append(textOf(version ? version.get() : kBQHTTPVersion1_1));
 }
 
 void addHeaders(std::string& trace, std::string_view mark, BQTypeRef captured) {
@@ -35,16 +61,17 @@ void addBody(std::string& trace, BQTypeRef captured) {
 
 void addStatusLine(std::string& trace, BQTypeRef response) {
   if (BQGetTypeID(response) != BQHTTPMessageGetTypeID()) return;
-  auto line = Ref<const BQString>::adopt(
-      BQHTTPMessageCopyResponseStatusLine(static_cast<const BQHTTPMessage*>(response)));
+  auto line = BQAdopt(BQHTTPMessageCopyResponseStatusLine(static_cast<const BQHTTPMessage*>(response)));
   addLine(trace, "< ", textOf(line.get()));
 }
 
 }  // namespace
 
-std::string traceOf(const BQDictionary* result) {
+std::string traceOf(const BQDictionary* result, const Invocation& invocation) {
   std::string trace;
-  addHeaders(trace, "> ", BQDictionaryGetValue(result, kVXDebugOutgoingHeaders));
+  BQTypeRef headers = BQDictionaryGetValue(result, kVXDebugOutgoingHeaders);
+  if (headers != nullptr) addLine(trace, "> ", requestLineOf(invocation));
+  addHeaders(trace, "> ", headers);
   addBody(trace, BQDictionaryGetValue(result, kVXDebugOutgoingBody));
   addStatusLine(trace, BQDictionaryGetValue(result, kVXHTTPResponseMessage));
   addHeaders(trace, "< ", BQDictionaryGetValue(result, kVXDebugIncomingHeaders));

@@ -6,10 +6,15 @@
 
 #include <BQ/BQBase.h>
 
+#include "Invocation.h"
+
 namespace tools::vxcall {
 
-/* Headers and bodies of both directions, as far as the result dictionary has captured them. */
-std::string traceOf(const BQDictionary* result);
+/*
+ * The request line, which is made of the call as it began, and the status line, headers and bodies of
+ * both directions, as far as the result dictionary has captured them.
+ */
+std::string traceOf(const BQDictionary* result, const Invocation& invocation);
 
 }  // namespace tools::vxcall
 

@@ -97,11 +97,33 @@ Value readNil(std::string_view text) {
   return {};
 }
 
-/* What to say of a file that is not JSON from one byte on. */
-UsageError notJson(const std::string& path, std::string_view text, size_t byte) {
-  auto line =
-      1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(std::min(byte, text.size())), '\n');
-  return UsageError(nameOfInput(path) + " is not JSON in line " + std::to_string(line));
+/* "line 2, column 7", or the column alone in a text of one line; from 1, and in characters. */
+std::string placeOf(std::string_view text, size_t byte) {
+  std::string_view before = text.substr(0, byte);
+  size_t lineStart = before.find_last_of('\n') + 1;
+  auto isStart = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  std::string_view line = before.substr(lineStart);
+  std::string place = "column " + std::to_string(1 + std::count_if(line.begin(), line.end(), isStart));
+  if (text.find('\n') == std::string_view::npos) return place;
+  return "line " + std::to_string(1 + std::count(before.begin(), before.end(), '\n')) + ", " + place;
+}
+
+/* What the parser says behind the place and the text that it has read, which it shows as it is. */
+std::string reasonOf(std::string_view message) {
+  size_t start = message.find(" - ");
+  if (start == std::string_view::npos) return "syntax error";
+  std::string reason(message.substr(start + 3));
+  size_t shown = reason.find("; last read: '");
+  if (shown == std::string::npos) return reason;
+  size_t expected = reason.rfind("'; expected ");
+  if (expected != std::string::npos && expected > shown) return reason.erase(shown, expected + 1 - shown);
+  reason.erase(shown);
+  return reason == "invalid literal" ? reason + "; expected a value" : reason;
+}
+
+UsageError notJson(const std::string& name, std::string_view text, const Json::parse_error& error) {
+  size_t byte = std::min(error.byte == 0 ? 0 : error.byte - 1, text.size());
+  return UsageError(name + " is not JSON at " + placeOf(text, byte) + ": " + reasonOf(error.what()));
 }
 
 Value readJson(std::string_view text) {
@@ -112,8 +134,7 @@ Value readJson(std::string_view text) {
     Json json = Json::parse(contents);
     return json.is_null() ? Value() : valueFromJson(json);
   } catch (const Json::parse_error& error) {
-    if (isFile) throw notJson(path, contents, error.byte - 1);
-    throw UsageError("'" + singleLine(text) + "' is not JSON; json:@FILE reads it from a file");
+    throw notJson(isFile ? nameOfInput(path) : "'" + shortened(text) + "'", contents, error);
   } catch (const Json::exception&) {
     throw UsageError("a number in the JSON value does not fit a double");
   }
@@ -141,16 +162,33 @@ constexpr Type kTypes[] = {
     {"file", readFile},     {"nil", readNil},       {"json", readJson},
 };
 
+/* Null if the text begins with none. */
+const Type* typeOf(std::string_view text) {
+  size_t colon = text.find(':');
+  if (colon == std::string_view::npos) return nullptr;
+  const Type* type = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                  [&](const Type& t) { return t.name == text.substr(0, colon); });
+  return type == std::end(kTypes) ? nullptr : type;
+}
+
 }  // namespace
 
 Value valueFromTypedText(std::string_view text) {
-  size_t colon = text.find(':');
-  if (colon != std::string_view::npos) {
-    const auto* type = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                    [&](const Type& t) { return t.name == text.substr(0, colon); });
-    if (type != std::end(kTypes)) return type->read(text.substr(colon + 1));
-  }
-  return readUntyped(text);
+  const Type* type = typeOf(text);
+  return type == nullptr ? readUntyped(text) : type->read(text.substr(type->name.size() + 1));
+}
+
+bool hasType(std::string_view text) {
+  return typeOf(text) != nullptr;
+}
+
+const std::vector<std::string_view>& typeNames() {
+  static const std::vector<std::string_view> names = [] {
+    std::vector<std::string_view> all;
+    for (const Type& type : kTypes) all.push_back(type.name);
+    return all;
+  }();
+  return names;
 }
 
 }  // namespace tools::vxcall

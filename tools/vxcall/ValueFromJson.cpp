@@ -22,14 +22,14 @@ Value valueFromInteger(const Json& json) {
 }
 
 Value arrayFromJson(const Json& json, int depth) {
-  auto array = Ref<BQArray>::adopt(BQArrayCreateMutable(static_cast<BQIndex>(json.size())));
+  auto array = BQAdopt(BQArrayCreateMutable(static_cast<BQIndex>(json.size())));
   for (const Json& element : json) BQArrayAppendValue(array.get(), valueAtDepth(element, depth).get());
   return Value::retain(array.get());
 }
 
 Value dictionaryFromJson(const Json& json, int depth) {
-  auto dictionary = Ref<BQDictionary>::adopt(
-      BQDictionaryCreateMutable(static_cast<BQIndex>(json.size()), kBQDictionaryRetainKeys));
+  auto dictionary =
+      BQAdopt(BQDictionaryCreateMutable(static_cast<BQIndex>(json.size()), kBQDictionaryRetainKeys));
   for (const auto& [name, member] : json.items()) {
     BQDictionarySetValue(dictionary.get(), makeString(name).get(), valueAtDepth(member, depth).get());
   }

@@ -51,7 +51,7 @@ Result performCalls(const Invocation& invocation, const Options& options) {
   Result result;
   for (long i = 0; i < options.repeat; ++i) {
     result = call.perform();
-    if (options.verbose) std::fputs(traceOf(result.get()).c_str(), stderr);
+    if (options.verbose) std::fputs(traceOf(result.get(), invocation).c_str(), stderr);
     if (!result || VXMethodResultIsFault(result.get())) break;
   }
   return result;
@@ -70,12 +70,14 @@ ExitStatus printValue(BQTypeRef value, const Options& options) {
   if (options.output == "json") return print(formatJson(value), kExitResult);
   std::optional<std::string> list = formatPropertyList(value);
   if (list) return print(*list, kExitResult);
-  complain("the result holds a value that a property list cannot hold");
+  complain(describeUnlistable(value, "result") +
+           ", for which a property list has no room; --output json does");
   return kExitFailure;
 }
 
 ExitStatus run(const Options& options) {
   Invocation invocation = makeInvocation(options);
+  for (const std::string& note : invocation.notes) complain("note: " + note);
   if (options.save) return save(invocation, *options.save);
   if (options.printRequest) return print(makeRequestDocument(invocation), kExitResult);
   Result result = performCalls(invocation, options);

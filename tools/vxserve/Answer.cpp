@@ -18,7 +18,7 @@ namespace {
 constexpr std::string_view kNamespace = "urn:interop";
 constexpr unsigned kStatusOfSOAPFaults = 500;
 
-using Document = Ref<const BQData>;
+using Document = BQRef<const BQData>;
 
 /* Turns one request into its answer. */
 class Answering {
@@ -27,7 +27,7 @@ class Answering {
 
   Answer answer(const BQData* body) {
     try {
-      request_ = Ref<const BQDictionary>::adopt(VXProtocolHandlerCopyRequestDictionary(handler_, body));
+      request_ = BQAdopt(VXProtocolHandlerCopyRequestDictionary(handler_, body));
       answer_.document = reply(call());
     } catch (const Fault& fault) {
       refuse(fault);
@@ -89,7 +89,7 @@ class Answering {
 
   const Endpoint& endpoint_;
   VXProtocolHandlerRef handler_;
-  Ref<const BQDictionary> request_;
+  BQRef<const BQDictionary> request_;
   Answer answer_;
 };
 

@@ -6,15 +6,15 @@
 #include <string>
 
 #include <BQ/BQBase.h>
+#include <BQ/BQRef.h>
 
 #include "Endpoint.h"
-#include "common/Ref.h"
 
 namespace tools::vxserve {
 
 struct Answer {
   /* The reply or fault document; null in the one case that not even a fault can be written. */
-  Ref<const BQData> document;
+  BQRef<const BQData> document;
   /* The status of HTTP that goes with it. */
   unsigned status = 200;
   /* For how many seconds it is to be held back. */

@@ -1,17 +1,17 @@
 #include "Handlers.h"
 
+#include <BQ/BQRef.h>
 #include <VX/VXConstants.h>
 
 #include "WireForms.h"
-#include "common/Ref.h"
 
 namespace tools::vxserve {
 namespace {
 
-using Handler = Ref<OpaqueVXProtocolHandlerRef>;
+using Handler = BQRef<OpaqueVXProtocolHandlerRef>;
 
 Handler makeHandler(const Endpoint& endpoint) {
-  auto handler = Handler::adopt(VXProtocolHandlerCreate(nullptr, endpoint.protocol));
+  auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, endpoint.protocol));
   if (endpoint.isSOAP) {
     setSOAPForms(handler.get(), endpoint.protocol == kVXSOAP1999Protocol);
   } else {

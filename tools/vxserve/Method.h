@@ -8,7 +8,7 @@
 
 #include "Call.h"
 #include "Kind.h"
-#include "common/Ref.h"
+#include "common/Value.h"
 
 namespace tools::vxserve {
 

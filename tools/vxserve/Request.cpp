@@ -38,7 +38,7 @@ Request::Request(const Head& head, size_t maximumBody)
   } else if (length > maximumBody_) {
     refusal_ = kContentTooLarge;
   } else {
-    body_ = Ref<BQData>::adopt(BQDataCreateMutable(static_cast<BQIndex>(std::min(length, kMostReserved))));
+    body_ = BQAdopt(BQDataCreateMutable(static_cast<BQIndex>(std::min(length, kMostReserved))));
   }
   refusedAtOnce_ = refusal_ != 0 && (head.expectsContinue || length > maximumBody_ + kMostDropped);
   isAnswered_ = refusedAtOnce_;

@@ -9,10 +9,10 @@
 #include <string_view>
 
 #include <BQ/BQBase.h>
+#include <BQ/BQRef.h>
 
 #include "Answer.h"
 #include "Endpoint.h"
-#include "common/Ref.h"
 
 namespace tools::vxserve {
 
@@ -70,7 +70,7 @@ class Request {
   bool refusedAtOnce_ = false;
   bool isAnswered_ = false;
   bool wasCutShort_ = false;
-  Ref<BQData> body_;
+  BQRef<BQData> body_;
   uint64_t received_ = 0;
   Answer answer_;
 };

@@ -4,7 +4,7 @@
 
 #include <BQ/BQBase.h>
 
-#include "common/Ref.h"
+#include "common/Value.h"
 
 namespace tools::vxserve {
 

@@ -26,7 +26,7 @@ bool wildcardMatches(const BQString* value, const BQString* pattern) {
 }
 
 VXSerializerBase::VXSerializerBase()
-    : properties(BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys)) {}
+    : properties(own(BQDictionaryCreateMutable(0, kBQDictionaryCopyStringKeys))) {}
 
 VXSerializerBase::~VXSerializerBase() {
   parentSerializer = nullptr;

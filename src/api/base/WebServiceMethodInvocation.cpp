@@ -35,9 +35,9 @@ WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agree
 }
 
 WebServiceMethodInvocation::~WebServiceMethodInvocation() {
-  serviceURL.reset();
-  paramOrder.reset();
-  params.reset();
+  serviceURL = nullptr;
+  paramOrder = nullptr;
+  params = nullptr;
   dropSource();
   releaseContext(&clientContext);
 }

@@ -2,7 +2,7 @@
 #ifndef BQ_OBJECT_OBJECT_H
 #define BQ_OBJECT_OBJECT_H
 
-#include <BQ/BQObject.h>
+#include <BQ/BQRef.h>
 #include <BQ/BQRuntime.h>
 
 #include <new>
@@ -73,41 +73,8 @@ inline bool isInstance(BQTypeRef object, BQTypeID typeID) {
   return object != nullptr && baseOf(object)->typeID == typeID;
 }
 
-/* Holds a reference to an object. */
 template <class T>
-class Ref {
- public:
-  Ref() = default;
-  Ref(std::nullptr_t) {}
-  Ref(const Ref& other) : object_(other.object_) { BQRetain(object_); }
-  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  ~Ref() { BQRelease(object_); }
-  Ref& operator=(Ref other) noexcept {
-    std::swap(object_, other.object_);
-    return *this;
-  }
-
-  /* Takes over a reference that the caller owns. */
-  static Ref adopt(T* object) {
-    Ref result;
-    result.object_ = object;
-    return result;
-  }
-  /* Adds a reference. */
-  static Ref retain(T* object) {
-    BQRetain(object);
-    return adopt(object);
-  }
-
-  T* get() const { return object_; }
-  T* operator->() const { return object_; }
-  explicit operator bool() const { return object_ != nullptr; }
-  /* Gives the reference to the caller. */
-  [[nodiscard]] T* release() { return std::exchange(object_, nullptr); }
-
- private:
-  T* object_ = nullptr;
-};
+using Ref = BQRef<T>;
 
 }  // namespace bq
 

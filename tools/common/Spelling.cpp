@@ -1,0 +1,69 @@
+#include "common/Spelling.h"
+
+#include <cctype>
+
+#include <algorithm>
+
+#include <CLI/CLI.hpp>
+
+namespace tools {
+namespace {
+
+/* Longer words are none of ours, and cost time. */
+constexpr size_t kLongestWord = 40;
+
+bool areSame(char a, char b) {
+  return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+}
+
+/* How many letters have to be put in, taken out, changed or swapped with their neighbour. */
+size_t editDistance(std::string_view from, std::string_view to) {
+  /* The distances of the beginnings of `from` to every beginning of `to`: two letters back, one, none. */
+  std::vector<size_t> before, last(to.size() + 1), row(to.size() + 1);
+  for (size_t k = 0; k <= to.size(); ++k) row[k] = k;
+  for (size_t i = 1; i <= from.size(); ++i) {
+    before = last;
+    last = row;
+    row[0] = i;
+    for (size_t k = 1; k <= to.size(); ++k) {
+      size_t changed = last[k - 1] + (areSame(from[i - 1], to[k - 1]) ? 0 : 1);
+      row[k] = std::min({changed, last[k] + 1, row[k - 1] + 1});
+      bool isSwapped = i > 1 && k > 1 && areSame(from[i - 1], to[k - 2]) && areSame(from[i - 2], to[k - 1]);
+      if (isSwapped) row[k] = std::min(row[k], before[k - 2] + 1);
+    }
+  }
+  return row[to.size()];
+}
+
+}  // namespace
+
+std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words) {
+  std::string_view nearest;
+  if (misspelt.size() > kLongestWord) return nearest;
+  size_t least = 3;
+  for (std::string_view word : words) {
+    size_t distance = editDistance(misspelt, word);
+    if (distance >= least || 2 * distance >= std::max(word.size(), misspelt.size())) continue;
+    least = distance;
+    nearest = word;
+  }
+  return nearest;
+}
+
+std::string suggestionFor(std::string_view misspelt, const std::vector<std::string_view>& words) {
+  std::string_view word = nearestWord(misspelt, words);
+  return word.empty() ? "" : "; did you mean " + std::string(word) + "?";
+}
+
+std::string suggestOption(std::string_view argument, const CLI::App& app) {
+  std::string_view misspelt = argument.substr(0, argument.find('='));
+  misspelt.remove_prefix(std::min(misspelt.size(), misspelt.find_first_not_of('-')));
+  std::vector<std::string_view> words;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) words.push_back(name);
+  }
+  std::string_view word = nearestWord(misspelt, words);
+  return word.empty() ? "" : "; did you mean --" + std::string(word) + "?";
+}
+
+}  // namespace tools
