@@ -1,4 +1,7 @@
-/* Threads that use the library at the same time, each with objects of its own. */
+/* Threads and processes that use the library at the same time, each with objects of its own. */
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <thread>
 
 #include "Call.h"
@@ -47,6 +50,21 @@ TEST(Threads, HaveTheirOwnHandlersAndCalls) {
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(succeeded, std::vector<int>(kThreads, kRounds));
   EXPECT_EQ(peer.connectionCount(), static_cast<size_t>(kThreads));
+}
+
+TEST(Fork, GivesTheChildConnectionsOfItsOwn) {
+  const std::string reply = anyReply(kVXXMLRPCProtocol);
+  ScriptedPeer peer({replies({reply, reply, reply}), replies({reply, reply})});
+  auto call = [&peer] { return outcomeOf(TestCall(peer.url()).invoke()); };
+  EXPECT_EQ(call(), "ok");
+  const pid_t child = fork();
+  if (child == 0) _exit(call() == "ok" && call() == "ok" ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(call(), "ok");
+  EXPECT_EQ(call(), "ok");
+  EXPECT_EQ(peer.connectionCount(), 2u);
 }
 
 }  // namespace

@@ -95,9 +95,38 @@ std::string wide(std::string_view ascii, bool bigEndian) {
   return result;
 }
 
+/* A comment at the end leaves a plain document to expat. */
+const std::string kUnusual = "<!---->";
+
 /* Documents and their dumps. */
 void expectDumps(const std::vector<std::pair<std::string, std::string>>& cases) {
-  for (const auto& [document, dump] : cases) EXPECT_EQ(outcome(document), dump) << document;
+  for (const auto& [document, dump] : cases) {
+    EXPECT_EQ(outcome(document), dump) << document;
+    bool isWide = document.find('\0') != std::string::npos;
+    EXPECT_EQ(outcome(document + (isWide ? "" : kUnusual)), dump) << document;
+  }
+}
+
+std::string dumpOrNothing(const std::string& document) {
+  auto tree = parse(document);
+  return tree ? dump(tree.get()) : "";
+}
+
+TEST(XMLParser, ReadsPlainDocumentsAsExpatDoes) {
+  const std::string plain =
+      "<?xml version='1.0' encoding=\"utf-8\"?>\r\n<n:a b = 'c\"' d=\"'\">x&lt;&#65;\xC3\xA5]]\r\n"
+      "<c/><d\t>&#x20AC;&apos;]\ry</d ><e f=''></e>\xE2\x82\xAC\xF0\x9F\x98\x80</n:a>\n";
+  ASSERT_TRUE(parse(plain));
+  auto expectTheSame = [](const std::string& document) {
+    EXPECT_EQ(dumpOrNothing(document), dumpOrNothing(document + kUnusual)) << document;
+  };
+  for (size_t i = 0; i < plain.size(); ++i) {
+    expectTheSame(std::string(plain).erase(i, 1));
+    for (char c : "\0\r\x01 <>&;'\"=/:-.!?#]x9\x7F\x80\xBF\xC0\xED\xEF\xFF"s) {
+      expectTheSame(std::string(plain).replace(i, 1, 1, c));
+      expectTheSame(std::string(plain).insert(i, 1, c));
+    }
+  }
 }
 
 TEST(XMLParser, KeepsTextAndDropsWhiteSpaceBetweenTags) {
