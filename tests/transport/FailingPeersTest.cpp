@@ -159,6 +159,9 @@ TEST(FailingPeers, AddressThatDoesNotAnswerIsGivenUpInTime) {
   close(listener);
 }
 
+/* Not with the address sanitizer, whose look at virtual tables needs descriptors of its own. */
+#ifndef __SANITIZE_ADDRESS__
+
 /* The number that the next descriptor gets, and with it how many are in use. */
 rlim_t nextDescriptor() {
   int descriptor = dup(0);
@@ -188,14 +191,13 @@ int callWithDescriptors(const std::string& url, rlim_t left) {
 }
 
 TEST(FailingPeers, ProcessWithoutDescriptorsGetsAFaultAndRecovers) {
-#ifdef __SANITIZE_ADDRESS__
-  GTEST_SKIP() << "the sanitizer's look at virtual tables needs descriptors of its own";
-#endif
   ScriptedPeer peer({replies({kOK, kOK, kOK})});
   for (rlim_t left = 0; left < 10; ++left) {
     EXPECT_EQ(callWithDescriptors(peer.url(), left), 0) << left << " descriptors";
   }
 }
+
+#endif
 
 }  // namespace
 }  // namespace vx
