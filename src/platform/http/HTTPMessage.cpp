@@ -210,17 +210,17 @@ bool BQHTTPMessageIsRequest(const BQHTTPMessage* message) {
 
 const BQString* BQHTTPMessageCopyRequestMethod(const BQHTTPMessage* message) {
   message = asMessage(message);
-  return message == nullptr ? nullptr : Ref(message->method).release();
+  return message == nullptr ? nullptr : Ref<const BQString>(message->method).release();
 }
 
 const BQURL* BQHTTPMessageCopyRequestURL(const BQHTTPMessage* message) {
   message = asMessage(message);
-  return message == nullptr ? nullptr : Ref(message->url).release();
+  return message == nullptr ? nullptr : Ref<const BQURL>(message->url).release();
 }
 
 const BQString* BQHTTPMessageCopyVersion(const BQHTTPMessage* message) {
   message = asMessage(message);
-  return message == nullptr ? nullptr : Ref(message->version).release();
+  return message == nullptr ? nullptr : Ref<const BQString>(message->version).release();
 }
 
 BQIndex BQHTTPMessageGetResponseStatusCode(const BQHTTPMessage* message) {
@@ -230,7 +230,7 @@ BQIndex BQHTTPMessageGetResponseStatusCode(const BQHTTPMessage* message) {
 
 const BQString* BQHTTPMessageCopyResponseStatusLine(const BQHTTPMessage* message) {
   message = asMessage(message);
-  return message == nullptr ? nullptr : Ref(message->statusLine).release();
+  return message == nullptr ? nullptr : Ref<const BQString>(message->statusLine).release();
 }
 
 void BQHTTPMessageSetBody(BQHTTPMessage* message, const BQData* body) {
@@ -243,7 +243,7 @@ void BQHTTPMessageSetBody(BQHTTPMessage* message, const BQData* body) {
 
 const BQData* BQHTTPMessageCopyBody(const BQHTTPMessage* message) {
   message = asMessage(message);
-  return message == nullptr ? nullptr : Ref(message->body).release();
+  return message == nullptr ? nullptr : Ref<const BQData>(message->body).release();
 }
 
 bool BQHTTPMessageSetHeaderFieldValue(BQHTTPMessage* message, const BQString* name, const BQString* value) {
