@@ -16,9 +16,8 @@
 
 /* A parameter of a request. In XML-RPC they have no names of their own, but an order. */
 static BQTypeRef parameterAt(const BQDictionary* request, BQIndex index) {
-  auto* values =
-      static_cast<const BQDictionary*>(BQDictionaryGetValue(request, BQSTR("/VXMethodParameters")));
-  auto* order = static_cast<const BQArray*>(BQDictionaryGetValue(request, BQSTR("/VXMethodParameterOrder")));
+  auto* values = static_cast<const BQDictionary*>(BQDictionaryGetValue(request, kVXRequestParameters));
+  auto* order = static_cast<const BQArray*>(BQDictionaryGetValue(request, kVXRequestParameterOrder));
   return BQDictionaryGetValue(values, BQArrayGetValueAtIndex(order, index));
 }
 
@@ -45,7 +44,7 @@ static const BQData* copyAnswer(const BQData* body) {
   /* A handler is for one thread at a time, so each thread has its own. */
   thread_local auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol));
   auto request = BQAdopt(VXProtocolHandlerCopyRequestDictionary(handler.get(), body));
-  auto* name = static_cast<const BQString*>(BQDictionaryGetValue(request.get(), BQSTR("/VXMethodName")));
+  auto* name = static_cast<const BQString*>(BQDictionaryGetValue(request.get(), kVXRequestMethodName));
   auto method = kMethods.find(name == nullptr ? "" : BQStringGetUTF8Ptr(name));
   auto result = BQAdopt(method == kMethods.end() ? nullptr : method->second(request.get()));
   if (result) return VXProtocolHandlerCopyReplyDocument(handler.get(), request.get(), result.get());

@@ -31,8 +31,8 @@ BQ_EXPORT BQTypeID VXProtocolHandlerGetTypeID(void);
 BQ_EXPORT VXProtocolHandlerRef VXProtocolHandlerCreate(const void* reserved, const BQString* protocol);
 
 /**
- * Reads a posted request. The dictionary, owned by the caller, holds "/VXMethodName" (a string),
- * "/VXMethodParameters" (a dictionary), "/VXMethodParameterOrder" (an array of names) and more, as
+ * Reads a posted request. The dictionary, owned by the caller, holds kVXRequestMethodName (a string),
+ * kVXRequestParameters (a dictionary), kVXRequestParameterOrder (an array of names) and more, as
  * the protocol has it. Null if the document is null, does not parse, or is no request.
  */
 BQ_EXPORT const BQDictionary* VXProtocolHandlerCopyRequestDictionary(VXProtocolHandlerRef handler,
