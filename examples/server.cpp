@@ -11,7 +11,6 @@
 #include <microhttpd.h>
 #include <netinet/in.h>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
 /* A parameter of a request. In XML-RPC they have no names of their own, but an order. */
@@ -75,7 +74,6 @@ static MHD_Result handle(void*, MHD_Connection* connection, const char*, const c
 }
 
 int main(int argc, char** argv) {
-  VXProtocolHandlerGetTypeID(); /* The first use of the library comes before there are threads. */
   auto port = static_cast<uint16_t>(argc == 2 ? std::atoi(argv[1]) : 0);
   sockaddr_in address = {AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
   auto forget =
