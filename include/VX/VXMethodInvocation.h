@@ -156,9 +156,10 @@ BQ_EXPORT bool VXMethodResultIsFault(const BQDictionary* result);
 typedef enum VXResultOutcome {
   /** There is no result: null. */
   kVXResultOutcomeNone = 0,
-  /** The method returned. */
+  /** The reply is no fault. kVXMethodInvocationResult has what the method returned, if it returned anything.
+   */
   kVXResultOutcomeValue = 1,
-  /** The server answered with a fault: kVXFaultCode and kVXFaultString are its own. */
+  /** The server answered with a fault: kVXFaultCode and kVXFaultString say which. */
   kVXResultOutcomeServerFault = 2,
   /** No request was made or sent: a URL or a value that cannot be used, or a call that was given up. */
   kVXResultOutcomeNotSent = 3,

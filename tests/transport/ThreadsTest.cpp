@@ -2,6 +2,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <functional>
 #include <thread>
 
 #include "Call.h"
@@ -52,19 +54,53 @@ TEST(Threads, HaveTheirOwnHandlersAndCalls) {
   EXPECT_EQ(peer.connectionCount(), static_cast<size_t>(kThreads));
 }
 
+/* What the work of a child answers. */
+template <class Work>
+bool succeedsInAChild(Work work) {
+  const pid_t child = fork();
+  if (child == 0) exit(work() ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  return status == 0;
+}
+
 TEST(Fork, GivesTheChildConnectionsOfItsOwn) {
   const std::string reply = anyReply(kVXXMLRPCProtocol);
   ScriptedPeer peer({replies({reply, reply, reply}), replies({reply, reply})});
-  auto call = [&peer] { return outcomeOf(TestCall(peer.url()).invoke()); };
-  EXPECT_EQ(call(), "ok");
-  const pid_t child = fork();
-  if (child == 0) _exit(call() == "ok" && call() == "ok" ? 0 : 1);
-  int status = -1;
-  waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
-  EXPECT_EQ(call(), "ok");
-  EXPECT_EQ(call(), "ok");
+  auto succeeds = [&peer] { return outcomeOf(TestCall(peer.url()).invoke()) == "ok"; };
+  EXPECT_TRUE(succeeds());
+  EXPECT_TRUE(succeedsInAChild([&] { return succeeds() && succeeds(); }));
+  EXPECT_TRUE(succeedsInAChild([] { return true; }));
+  EXPECT_TRUE(succeeds());
+  EXPECT_TRUE(succeeds());
   EXPECT_EQ(peer.connectionCount(), 2u);
+}
+
+TEST(Fork, LeavesACallUnderWayToTheParent) {
+  const std::string reply = anyReply(kVXXMLRPCProtocol);
+  const std::function<bool(Scheduled&)> works[] = {
+      [](Scheduled&) { return true; },
+      [](Scheduled& scheduled) {
+        BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+        return scheduled.outcomes.empty();
+      },
+      [](Scheduled& scheduled) {
+        scheduled.unschedule();
+        return scheduled.outcomes.empty();
+      },
+      [](Scheduled& scheduled) { return outcomeOf(TestCall(scheduled.address).invoke()) == "ok"; },
+  };
+  for (const auto& work : works) {
+    Gate gate;
+    ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(reply), replies({reply})});
+    Scheduled scheduled(peer.url());
+    scheduled.schedule();
+    while (peer.requests().empty()) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.001, true);
+    EXPECT_TRUE(succeedsInAChild([&] { return work(scheduled); }));
+    gate.open();
+    EXPECT_TRUE(scheduled.runUntilDelivered());
+    EXPECT_EQ(scheduled.outcomes, std::vector<std::string>{"ok"});
+  }
 }
 
 }  // namespace

@@ -156,12 +156,19 @@ const std::vector<Field>& BQHTTPMessage::fields() const {
 }
 
 std::vector<Field>& BQHTTPMessage::ownFields() {
-  if (fields_.use_count() == 1) return *fields_;
+  if (fields_ != nullptr && !areShared_) return *fields_;
   auto own = std::make_shared<std::vector<Field>>();
   own->reserve(std::max(bq::kUsualFieldCount, fields().size() + 1));
   own->insert(own->end(), fields().begin(), fields().end());
   fields_ = std::move(own);
+  areShared_ = false;
   return *fields_;
+}
+
+void BQHTTPMessage::shareFieldsOf(const BQHTTPMessage& other) {
+  other.areShared_ = true;
+  areShared_ = true;
+  fields_ = other.fields_;
 }
 
 using bq::asMessage;

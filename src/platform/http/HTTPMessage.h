@@ -2,6 +2,7 @@
 #ifndef BQ_HTTP_HTTP_MESSAGE_H
 #define BQ_HTTP_HTTP_MESSAGE_H
 
+#include <atomic>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -32,11 +33,16 @@ struct BQHTTPMessage : bq::Object {
   const std::vector<Field>& fields() const;
   /* To be changed. */
   std::vector<Field>& ownFields();
-  void shareFieldsOf(const BQHTTPMessage& other) { fields_ = other.fields_; }
+  void shareFieldsOf(const BQHTTPMessage& other);
 
  private:
-  /* Copies share them until one of them is changed. Null while there are none. */
+  /* Null while there are none. */
   std::shared_ptr<std::vector<Field>> fields_;
+  /*
+   * Whether a copy has the same ones, or had: whoever changes them makes its own first. Copies may be
+   * made on several threads at once.
+   */
+  mutable std::atomic<bool> areShared_{false};
 };
 
 namespace bq {

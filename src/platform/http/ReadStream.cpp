@@ -114,6 +114,7 @@ void BQReadStream::schedule(BQRunLoop* runLoop, const BQString* mode) {
 
 void BQReadStream::unschedule(BQRunLoop* runLoop, const BQString* mode) {
   if (runLoop_.get() != runLoop) return;
+  enterProcess();
   auto isMode = [mode](const auto& other) { return BQEqual(other.get(), mode); };
   auto found = std::find_if(modes_.begin(), modes_.end(), isMode);
   if (found == modes_.end()) return;
@@ -200,6 +201,7 @@ void BQReadStream::signal() {
 /* Every report may close, reschedule or release the stream, or run the loop. */
 void BQReadStream::deliver() {
   auto self = Ref<BQReadStream>::retain(this);
+  enterProcess();
   isSignalled_ = false;
   if (transfer_ != nullptr && transfer_->isFinished()) stopDriving();
   if (nextEvent() == kBQStreamEventOpenCompleted) {
@@ -236,7 +238,13 @@ void BQReadStream::stopDriving() {
   for (const auto& mode : modes_) engine_->releaseMode(mode.get());
 }
 
+/* In a child of the process the transfer is the parent's. */
+void BQReadStream::enterProcess() {
+  if (transfer_ != nullptr) bq::TransferEngine::enterProcess();
+}
+
 void BQReadStream::endTransfer(BQStreamStatus status) {
+  enterProcess();
   if (transfer_ == nullptr) return;
   status_ = status;
   response_ = transfer_->response();
@@ -248,6 +256,7 @@ void BQReadStream::endTransfer(BQStreamStatus status) {
 }
 
 BQIndex BQReadStream::read(uint8_t* buffer, BQIndex size) {
+  enterProcess();
   if (status() == kBQStreamStatusError) return -1;
   if (transfer_ == nullptr || buffer == nullptr || size <= 0) return 0;
   size_t count = transfer_->read(buffer, static_cast<size_t>(size));

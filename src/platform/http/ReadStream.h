@@ -66,6 +66,7 @@ struct BQReadStream : bq::Object {
   void deliver();
   void report(BQStreamEventType event);
   void stopDriving();
+  void enterProcess();
   void endTransfer(BQStreamStatus status);
 
   bq::Ref<BQHTTPMessage> request_;

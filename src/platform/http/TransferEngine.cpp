@@ -46,15 +46,22 @@ struct Slot {
   std::vector<TransferEngine*> abandoned;
 
   ~Slot() {
+    enterProcess();
     isThreadEnding = true;
     engine.reset();
   }
   void enterProcess() {
     if (std::exchange(forks, forkCount()) == forkCount() || engine == nullptr) return;
-    engine->abandon();
-    abandoned.push_back(engine.release());
+    TransferEngine* parents = engine.release();
+    abandoned.push_back(parents);
+    parents->abandon();
   }
 };
+
+Slot& threadSlot() {
+  thread_local Slot slot;
+  return slot;
+}
 
 }  // namespace
 
@@ -63,7 +70,7 @@ TransferEngine* TransferEngine::current() {
   if (isThreadEnding || initialised != CURLE_OK) return nullptr;
   /* The run loop comes first, so that it is destroyed last. */
   BQRunLoopGetCurrent();
-  thread_local Slot slot;
+  Slot& slot = threadSlot();
   slot.enterProcess();
   if (slot.engine == nullptr) {
     auto engine = std::make_unique<TransferEngine>();
@@ -102,7 +109,12 @@ TransferEngine::~TransferEngine() {
   multi_.reset();
 }
 
+void TransferEngine::enterProcess() {
+  if (!isThreadEnding) threadSlot().enterProcess();
+}
+
 void TransferEngine::abandon() {
+  isAbandoned_ = true;
   loseTransfers();
   BQFileDescriptorInvalidate(descriptor_.get());
   BQRunLoopTimerInvalidate(timer_.get());
@@ -253,6 +265,8 @@ int TransferEngine::onTimer(CURLM*, long milliseconds, void* context) {
 
 void TransferEngine::onReady(BQFileDescriptor*, uint32_t, void* context) {
   auto* engine = static_cast<TransferEngine*>(context);
+  enterProcess();
+  if (engine->isAbandoned_) return;
   SigpipeGuard guard(engine->usesTLS_);
   SocketTable::Ready ready[kMostReady];
   size_t count = engine->sockets_.collectReady(ready, kMostReady);
@@ -269,6 +283,8 @@ void TransferEngine::onReady(BQFileDescriptor*, uint32_t, void* context) {
 
 void TransferEngine::onDeadline(BQRunLoopTimer*, void* context) {
   auto* engine = static_cast<TransferEngine*>(context);
+  enterProcess();
+  if (engine->isAbandoned_) return;
   for (const Mode& mode : engine->modes_) {
     BQRunLoopRemoveTimer(engine->runLoop_.get(), engine->timer_.get(), mode.name.get());
   }

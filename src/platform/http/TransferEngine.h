@@ -28,13 +28,12 @@ class TransferEngine {
   ~TransferEngine();
 
   /*
-   * For a child of the process that made the engine, which shares its connections and must not use
-   * them. The engine is of no use any more but to be kept: freeing it would end the connections.
+   * Called before a stream is worked on. In a child of the process the engine that the thread had is
+   * the parent's: its streams are lost, and it is kept without being used, since freeing it would end
+   * connections that the parent goes on with.
    */
+  static void enterProcess();
   void abandon();
-
-  TransferEngine(const TransferEngine&) = delete;
-  TransferEngine& operator=(const TransferEngine&) = delete;
 
   /*
    * Starts a transfer, as far as it goes without waiting. It belongs to the engine and is given
@@ -87,6 +86,7 @@ class TransferEngine {
   bool isDue_ = false;
   bool isDriving_ = false;
   bool usesTLS_ = false;
+  bool isAbandoned_ = false;
   std::vector<Mode> modes_;
   /* Where the descriptor is while nobody uses it. */
   Ref<const BQString> lastMode_;

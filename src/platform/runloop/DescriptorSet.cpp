@@ -164,7 +164,7 @@ void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& read
   if (isReady) timeout = 0;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
-  if (timeout != 0 && !isSimulated && waitAwake(timeout, ready)) return;
+  if (timeout != 0 && clock == nullptr && waitAwake(timeout, ready)) return;
   const int count =
       epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, isSimulated ? 0 : millisecondsOf(timeout));
   if (isSimulated && count == 0) clock->advance(timeout);

@@ -146,7 +146,6 @@ BQRunLoopRunResult BQRunLoop::run(const BQString* modeName, BQTimeInterval secon
   RunLoopMode* mode = findMode(modeName);
   if (mode == nullptr || isEmpty(*mode)) return kBQRunLoopRunFinished;
   const Nanoseconds limit = limitOf(seconds);
-  openWakeUp();
   Run run(*this, *mode);
   for (;;) {
     const bool handled = pass(run, limit);
@@ -214,6 +213,7 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
     const Nanoseconds now = bq::monotonicTime();
     timeout = until > now ? until - now : 0;
   }
+  openWakeUp();
   bq::DescriptorSet& descriptors = run.mode().descriptors;
   bq::ReadyDescriptors ready;
   if (timeout > 0 && fallAsleep(run)) {
@@ -227,7 +227,7 @@ bool BQRunLoop::waitForDescriptors(Run& run, Nanoseconds until) {
 
 /* Sleep. */
 
-/* Tried again with each run where the process had no file descriptors left. A child has one of its own. */
+/* Tried again with each pass where the process had no file descriptors left. A child has one of its own. */
 void BQRunLoop::openWakeUp() {
   if (wakeUp_ >= 0 && forks_ == bq::forkCount()) return;
   const std::lock_guard lock(mutex_);
@@ -250,9 +250,9 @@ void BQRunLoop::wakeUp() {
   if (sleepingIn_ != nullptr) interruptSleep();
 }
 
-/* Under the lock. */
+/* Under the lock. A child must not write to what its parent reads. */
 void BQRunLoop::interruptSleep() {
-  if (wakeUpWritten_) return;
+  if (wakeUpWritten_ || forks_ != bq::forkCount()) return;
   wakeUpWritten_ = true;
   eventfd_write(wakeUp_, 1);
 }
