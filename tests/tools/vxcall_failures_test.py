@@ -1,4 +1,5 @@
 """How vxcall fails: the exit status, and one line that says why."""
+import os
 import re
 import shlex
 import socket
@@ -103,6 +104,37 @@ class UsageTest(VxcallCase):
                 self.assertEqual((run.returncode, run.stderr.decode().splitlines()),
                                  (0, ["vxcall: note: " + note for note in notes]))
                 self.assertIn(b"</", run.stdout)
+
+    def test_what_is_lost_on_the_way_is_told_in_a_note(self):
+        digits = "{}: {} is sent as {}, with the {} digits that doubles have in {}; a string keeps all"
+        null = ", since XML-RPC has no null; leave it out, or send <nil/> by an override in a program"
+        number, structure = "3.14159265358979", 'j=json:{"a":null,"b c":[null,3.14159265358979,[2.5]],"d":{"e":1234567.5}}'
+        path = os.path.join(self.folder(), "saved")
+        self.assertEqual(vxcall("--save", path, URL, "m", "x=" + number, "nil:").stderr, b"")
+        for protocol, arguments, *notes in [
+            ("xml-rpc", [number], digits.format("p1", number, "3.14159", "six", "XML-RPC")),
+            ("soap-2001", [number], digits.format("p1", number, "3.1415927", "eight", "SOAP")),
+            ("soap-1999", ["1234567.0", "123456789.0"], digits.format("p2", "123456789", "1.2345679e+08", "eight", "SOAP")),
+            ("xml-rpc", ["123456.0", "-1e-7", "1e300", "0.1", "-0.0", "2147483647", "string:" + number, "1234567"]),
+            ("xml-rpc", ["nil:", "double:-inf", structure, "json:null", "double:nan"],
+             digits.format('j["b c"][1]', number, "3.14159", "six", "XML-RPC") + " (and 1 more)",
+             "p2 is sent as -inf, which is no double of XML-RPC (and 1 more)",
+             "p1 has no value and is sent as the int 0" + null + " (and 1 more)",
+             "j.a is null and is sent as the string null" + null + " (and 1 more)"),
+            ("soap-2001", ["nil:", "double:nan", structure], digits.format('j["b c"][1]', number, "3.1415927", "eight", "SOAP"),
+             "p2 is sent as nan, where XML Schema has NaN"),
+            ("soap-1999", ["double:inf"], "p1 is sent as inf, where XML Schema has INF"),
+            ("soap-1999", ["double:-inf"], "p1 is sent as -inf, where XML Schema has -INF"),
+            (None, ["--load", path], digits.format("x", number, "3.14159", "six", "XML-RPC"),
+             "p2 has no value and is sent as the int 0" + null),
+        ]:
+            with self.subTest(protocol, arguments=arguments):
+                run = vxcall("--print-request", *(["-p", protocol, URL, "m"] if protocol else []), *arguments)
+                self.assertEqual((run.returncode, run.stderr.decode().splitlines()),
+                                 (0, ["vxcall: note: " + note for note in notes]))
+                # The notes tell the truth: what is named as sent stands in the document.
+                for note in notes:
+                    self.assertIn(">" + re.search(r"is sent as (?:the \w+ )?([^\s,]+)", note)[1] + "<", run.stdout.decode())
 
     def test_help_and_version_go_to_standard_output(self):
         run = vxcall("--version")

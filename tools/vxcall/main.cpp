@@ -70,7 +70,7 @@ ExitStatus printValue(BQTypeRef value, const Options& options) {
   if (options.output == "json") return print(formatJson(value), kExitResult);
   std::optional<std::string> list = formatPropertyList(value);
   if (list) return print(*list, kExitResult);
-  complain(describeUnlistable(value, "result") +
+  complain(describeUnlistable(value, {.name = "result"}) +
            ", for which a property list has no room; --output json does");
   return kExitFailure;
 }
