@@ -92,6 +92,12 @@ class UsageTest(VxcallCase):
             (["a=jason:{}", "b=Int:5"], string.format("a", "jason:{}", "json:{}"), string.format("b", "Int:5", "int:5")),
             (["boolen:1"], string.format("p1", "boolen:1", "bool:1")),
             (["jsno:1"], string.format("p1", "jsno:1", "json:1")),
+            (["FLOAT:2.5", "i4:5", "flot:1", "Str:x", "dateTime.ISO8601:2005-02-28", "null:", "dict:{}", "intger:5"],
+             *[string.format(name, was, meant) for name, was, meant in [
+                 ("p1", "FLOAT:2.5", "double:2.5"), ("p2", "i4:5", "int:5"), ("p3", "flot:1", "double:1"),
+                 ("p4", "Str:x", "string:x"), ("p5", "dateTime.ISO8601:2005-02-28", "date:2005-02-28"),
+                 ("p6", "null:", "nil:"), ("p7", "dict:{}", "json:{}"), ("p8", "intger:5", "int:5")]]),
+            (["text: x", "object://x", "lost:1", "sort:1", "port:1", "floor:1", "test:1", "nine:", "map", "list", "i5:1"],),
             (["http://h/", "fil://x", "data:,x", "sting: x", "time:5", "[x]", "{", "string:[1]", "json:[1]", "jso", ":1"],),
             (["-n", "u", "--style", "rpc", "--result", "r", "--soap-header", "<a/>"],
              *map(soap.format, ("--namespace", "--style", "--result", "--soap-header"))),

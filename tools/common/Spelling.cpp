@@ -37,10 +37,11 @@ size_t editDistance(std::string_view from, std::string_view to) {
 
 }  // namespace
 
-std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words) {
+std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words,
+                             size_t mostEdits) {
   std::string_view nearest;
   if (misspelt.size() > kLongestWord) return nearest;
-  size_t least = 3;
+  size_t least = mostEdits + 1;
   for (std::string_view word : words) {
     size_t distance = editDistance(misspelt, word);
     if (distance >= least || 2 * distance >= std::max(word.size(), misspelt.size())) continue;
