@@ -113,6 +113,29 @@ class StopTest(unittest.TestCase):
                 took = time.monotonic() - start
                 self.assertTrue(took < 5 if signals == 2 else 9 < took < 20, took)
 
+    def test_does_not_wait_for_calls_whose_clients_are_gone(self):
+        for leaves in ("before", "after"):
+            with self.subTest(leaves):
+                server = Server("--log")
+                with server.connect() as patient, patient.makefile("rb") as stream, server.connect() as gone:
+                    gone.sendall(request(slow_document(500)))
+                    patient.sendall(request(slow_document(2)))
+                    # Its answer tells that the others, sent before, have most likely arrived too.
+                    server.post(slow_document(0.3))
+                    if leaves == "before":
+                        gone.close()
+                    start = time.monotonic()
+                    server.process.send_signal(signal.SIGTERM)
+                    if leaves == "after":
+                        self.wait_until_refused(server)
+                        gone.close()
+                    status, _, body = read_response(stream)
+                    self.assertEqual((status, b"done" in body), (200, True))
+                    status, log = server.wait()
+                    self.assertLess(time.monotonic() - start, 8)
+                    outcomes = [line.split()[-2] for line in log.splitlines()]
+                    self.assertEqual((status, sorted(outcomes)), (0, ["http-503", "ok", "ok"]), log)
+
     def wait_until_refused(self, server):
         end = time.monotonic() + 30
         with contextlib.suppress(OSError):
