@@ -17,12 +17,7 @@ install(TARGETS bq vx EXPORT OrvaneTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/BQ ${PROJECT_SOURCE_DIR}/include/VX
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN *.h)
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-              ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md ${PROJECT_SOURCE_DIR}/SECURITY.md
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvane COMPONENT development)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvane COMPONENT development
-        FILES_MATCHING PATTERN *.md PATTERN *.c PATTERN *.cpp PATTERN *.py)
+include(OrvaneDocuments)
 
 # Where the loader looks anyway, a path of our own would only get in the way of the system's.
 if(NOT CMAKE_INSTALL_FULL_LIBDIR IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
@@ -87,3 +82,10 @@ foreach(tool IN LISTS tools)
   install_if_there(${PROJECT_SOURCE_DIR}/packaging/completion/_${tool}
                    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 endforeach()
+
+# The way back
+
+if(PROJECT_IS_TOP_LEVEL)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/Uninstall.cmake.in ${PROJECT_BINARY_DIR}/Uninstall.cmake @ONLY)
+  add_custom_target(uninstall COMMAND ${CMAKE_COMMAND} -P ${PROJECT_BINARY_DIR}/Uninstall.cmake)
+endif()

@@ -5,7 +5,6 @@
  */
 #include <cstdio>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
 int main(int argc, char** argv) {
@@ -36,9 +35,7 @@ int main(int argc, char** argv) {
   /* There is always a result: the method's value, or a fault if the server or the way to it failed. */
   auto result = BQAdopt(VXMethodInvocationInvoke(invocation.get()));
   bool failed = VXMethodResultIsFault(result.get());
-  BQTypeRef answer = BQDictionaryGetValue(result.get(), failed ? kVXFaultExtra : kVXMethodInvocationResult);
-  if (failed && answer == nullptr) answer = BQDictionaryGetValue(result.get(), kVXFaultString);
-  auto shown = BQAdopt(BQCopyDescription(answer));
-  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown.get()));
+  auto said = BQAdopt(VXMethodResultCopyDescription(result.get()));
+  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(said.get()));
   return failed ? 1 : 0;
 }

@@ -1,43 +1,22 @@
 /*
- * Calls echo with a text on an XML-RPC server, from plain C, and prints what comes back. Tells the
- * three ways a call can end apart:
+ * Calls echo with a text on an XML-RPC server, from plain C, and prints what comes back:
  *
  *     example_call_in_c http://localhost:8080/RPC2 "some text"
+ *
+ * The exit status is 0 for an answer, 1 for a fault of the server, 3 if the call failed on the way.
  */
 #include <stdio.h>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
-/* The member of a transport failure that says what happened, as a text that the caller releases. */
-static const BQString* copyReason(const BQDictionary* failure) {
-  BQStreamError error = {0, 0};
-  BQNumberGetValue(BQDictionaryGetValue(failure, kVXStreamErrorDomain), kBQNumberSInt32Type, &error.domain);
-  BQNumberGetValue(BQDictionaryGetValue(failure, kVXStreamErrorError), kBQNumberSInt32Type, &error.error);
-  /* Below -65000 are the library's own errors, which bring their own message. */
-  if (error.error < -65000) return BQCopyDescription(BQDictionaryGetValue(failure, kVXStreamErrorMessage));
-  return BQStreamErrorCopyDescription(error);
-}
-
+/* What the call says goes to standard output if it is an answer; the exit status tells the rest. */
 static int printResult(const BQDictionary* result) {
-  BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
-  const BQString* text = NULL;
-  int status = 0;
-  if (!VXMethodResultIsFault(result)) {
-    /* Whatever the method returned; null if that was nothing. */
-    text = BQCopyDescription(BQDictionaryGetValue(result, kVXMethodInvocationResult));
-  } else if (extra != NULL && BQGetTypeID(extra) == BQDictionaryGetTypeID()) {
-    text = copyReason(extra);
-    status = 3;
-  } else {
-    text = BQStringCreateWithFormat(BQSTR("the server answered with fault %@: %@"),
-                                    BQDictionaryGetValue(result, kVXFaultCode),
-                                    BQDictionaryGetValue(result, kVXFaultString));
-    status = 1;
-  }
-  fprintf(status == 0 ? stdout : stderr, "%s\n", BQStringGetUTF8Ptr(text));
+  VXResultOutcome outcome = VXMethodResultGetOutcome(result);
+  const BQString* text = VXMethodResultCopyDescription(result);
+  fprintf(outcome == kVXResultOutcomeValue ? stdout : stderr, "%s\n", BQStringGetUTF8Ptr(text));
   BQRelease(text);
-  return status;
+  if (outcome == kVXResultOutcomeValue) return 0;
+  return outcome == kVXResultOutcomeServerFault ? 1 : 3;
 }
 
 int main(int argc, char** argv) {

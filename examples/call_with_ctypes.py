@@ -22,9 +22,7 @@ create_dictionary = function("BQDictionaryCreate", ref, ref, ref, ctypes.c_ssize
 create_invocation = function("VXMethodInvocationCreate", ref, ref, ref, ref)
 set_parameters = function("VXMethodInvocationSetParameters", None, ref, ref, ref)
 invoke = function("VXMethodInvocationInvoke", ref, ref)
-is_fault = function("VXMethodResultIsFault", ctypes.c_bool, ref)
-get_value = function("BQDictionaryGetValue", ref, ref, ref)
-copy_description = function("BQCopyDescription", ref, ref)
+copy_description = function("VXMethodResultCopyDescription", ref, ref)
 get_text = function("BQStringGetUTF8Ptr", ctypes.c_char_p, ref)
 
 # What is created is never released here: the process ends with its one call.
@@ -33,6 +31,4 @@ call = create_invocation(create_url(url, None), method, ref.in_dll(library, "kVX
 names = (ref * 2)(*(create_string(name, 0x08000100) for name in (b"a", b"b")))
 numbers = (ref * 2)(*(create_number(9, ctypes.byref(ctypes.c_int(value))) for value in (2, 3)))
 set_parameters(call, create_dictionary(names, numbers, 2), None)
-result = invoke(call)
-answer = "kVXFaultString" if is_fault(result) else "kVXMethodInvocationResult"
-print(get_text(copy_description(get_value(result, ref.in_dll(library, answer)))).decode())
+print(get_text(copy_description(invoke(call))).decode())

@@ -9,7 +9,6 @@
 
 #include <vector>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
 namespace {

@@ -11,14 +11,12 @@
 #include <microhttpd.h>
 #include <netinet/in.h>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
 /* A parameter of a request. In XML-RPC they have no names of their own, but an order. */
 static BQTypeRef parameterAt(const BQDictionary* request, BQIndex index) {
-  auto* values =
-      static_cast<const BQDictionary*>(BQDictionaryGetValue(request, BQSTR("/VXMethodParameters")));
-  auto* order = static_cast<const BQArray*>(BQDictionaryGetValue(request, BQSTR("/VXMethodParameterOrder")));
+  auto* values = static_cast<const BQDictionary*>(BQDictionaryGetValue(request, kVXRequestParameters));
+  auto* order = static_cast<const BQArray*>(BQDictionaryGetValue(request, kVXRequestParameterOrder));
   return BQDictionaryGetValue(values, BQArrayGetValueAtIndex(order, index));
 }
 
@@ -45,7 +43,7 @@ static const BQData* copyAnswer(const BQData* body) {
   /* A handler is for one thread at a time, so each thread has its own. */
   thread_local auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXXMLRPCProtocol));
   auto request = BQAdopt(VXProtocolHandlerCopyRequestDictionary(handler.get(), body));
-  auto* name = static_cast<const BQString*>(BQDictionaryGetValue(request.get(), BQSTR("/VXMethodName")));
+  auto* name = static_cast<const BQString*>(BQDictionaryGetValue(request.get(), kVXRequestMethodName));
   auto method = kMethods.find(name == nullptr ? "" : BQStringGetUTF8Ptr(name));
   auto result = BQAdopt(method == kMethods.end() ? nullptr : method->second(request.get()));
   if (result) return VXProtocolHandlerCopyReplyDocument(handler.get(), request.get(), result.get());
@@ -76,7 +74,6 @@ static MHD_Result handle(void*, MHD_Connection* connection, const char*, const c
 }
 
 int main(int argc, char** argv) {
-  VXProtocolHandlerGetTypeID(); /* The first use of the library comes before there are threads. */
   auto port = static_cast<uint16_t>(argc == 2 ? std::atoi(argv[1]) : 0);
   sockaddr_in address = {AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
   auto forget =

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <BQ/BQ.h>
 #include <VX/VX.h>
 
 namespace {
@@ -101,9 +100,9 @@ int main(int argc, char** argv) {
 
   auto result = BQAdopt(VXMethodInvocationInvoke(invocation.get()));
   bool failed = VXMethodResultIsFault(result.get());
-  BQTypeRef answer = BQDictionaryGetValue(result.get(), failed ? kVXFaultString : kVXMethodInvocationResult);
-  auto shown = BQAdopt(BQCopyDescription(answer));
-  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(shown.get()));
+  auto said = BQAdopt(VXMethodResultCopyDescription(result.get()));
+  std::printf("%s%s\n", failed ? "failed: " : "", BQStringGetUTF8Ptr(said.get()));
+  BQTypeRef answer = BQDictionaryGetValue(result.get(), kVXMethodInvocationResult);
   bool isPoint = !failed && BQGetTypeID(answer) == pointTypeID();
   return isPoint ? 0 : 1;
 }

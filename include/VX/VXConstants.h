@@ -25,7 +25,7 @@ BQ_EXPORT extern const BQString* const kVXSOAP2001Protocol;
 BQ_EXPORT extern const BQString* const kVXMethodInvocationResult;
 /** "/FaultString": a string: what went wrong, or kVXNetworkStreamFaultString. */
 BQ_EXPORT extern const BQString* const kVXFaultString;
-/** "/FaultCode": a number: the server's fault code, or -65794 for a failure of the transport. */
+/** "/FaultCode": a number: the server's fault code, or kVXErrorTransport for a failure of the transport. */
 BQ_EXPORT extern const BQString* const kVXFaultCode;
 /**
  * "/FaultExtra": for a failure of the transport a dictionary with the three keys below; else a
@@ -41,13 +41,39 @@ BQ_EXPORT extern const BQString* const kVXHTTPResponseMessage;
 BQ_EXPORT extern const BQString* const kVXNetworkStreamFaultString;
 /** "msg": a string: what failed. */
 BQ_EXPORT extern const BQString* const kVXStreamErrorMessage;
-/** "domain": a number: the error's domain; see BQStream.h, or -1 and 2 for the library's own. */
+/** "domain": a number: the error's domain: one of BQStream.h, or of VXErrorDomain. */
 BQ_EXPORT extern const BQString* const kVXStreamErrorDomain;
-/**
- * "error": a number: the error within the domain; the library's own are -65794, -65795
- * (unusable reply) and -65796 (timed out).
- */
+/** "error": a number: the error within the domain, in the library's own one of VXErrorNumber. */
 BQ_EXPORT extern const BQString* const kVXStreamErrorError;
+
+/** The domains of the library's own errors. */
+typedef enum VXErrorDomain {
+  /** There was no reply in time, or none that can be used. */
+  kVXErrorDomainReply = -1,
+  /** No request was made or sent; the message says why. The number is kVXErrorTransport. */
+  kVXErrorDomainRequest = 2
+} VXErrorDomain;
+
+/** The library's own errors. */
+typedef enum VXErrorNumber {
+  /** The time limit of the call is over. */
+  kVXErrorTimedOut = -65796,
+  /** A reply came that cannot be used: its status, its content type, or its document. */
+  kVXErrorUnusableReply = -65795,
+  /** The fault code of every failure of the transport. */
+  kVXErrorTransport = -65794
+} VXErrorNumber;
+
+/* Keys of a request dictionary. */
+
+/** "/VXMethodName": a string: the method that is called; absent if the document names none. */
+BQ_EXPORT extern const BQString* const kVXRequestMethodName;
+/** "/VXMethodParameters": a dictionary of the parameters by name; in XML-RPC "anon0", "anon1", ... */
+BQ_EXPORT extern const BQString* const kVXRequestParameters;
+/** "/VXMethodParameterOrder": an array of the parameters' names in their order. */
+BQ_EXPORT extern const BQString* const kVXRequestParameterOrder;
+/** "/VXTextEncoding": a number: the encoding of the document that was read, for the reply. */
+BQ_EXPORT extern const BQString* const kVXRequestTextEncoding;
 
 /* Properties of an invocation for its HTTP exchange. */
 

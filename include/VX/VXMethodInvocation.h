@@ -152,6 +152,27 @@ BQ_EXPORT VXMethodInvocationRef VXMethodInvocationCreateFromSerialization(const 
 /** Whether a result dictionary is a fault. False for null, which no call gives. */
 BQ_EXPORT bool VXMethodResultIsFault(const BQDictionary* result);
 
+/** How a call ended. */
+typedef enum VXResultOutcome {
+  /** There is no result: null. */
+  kVXResultOutcomeNone = 0,
+  /** The method returned. */
+  kVXResultOutcomeValue = 1,
+  /** The server answered with a fault: kVXFaultCode and kVXFaultString are its own. */
+  kVXResultOutcomeServerFault = 2,
+  /** No request was made or sent: a URL or a value that cannot be used, or a call that was given up. */
+  kVXResultOutcomeNotSent = 3,
+  /** The exchange failed: the name, the connection, TLS, the proxy, HTTP itself. */
+  kVXResultOutcomeTransport = 4,
+  /** The time limit was over before the reply was there. */
+  kVXResultOutcomeTimedOut = 5,
+  /** A reply came, but is no answer: its status, its content type, or its document. */
+  kVXResultOutcomeUnusableReply = 6
+} VXResultOutcome;
+
+/** How the call of a result dictionary ended. All but the first two are faults. */
+BQ_EXPORT VXResultOutcome VXMethodResultGetOutcome(const BQDictionary* result);
+
 /**
  * What a result dictionary says, for people: the description of the result, the code and string of
  * the server's fault, or a sentence on what kept the call from an answer.

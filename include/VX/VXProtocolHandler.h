@@ -31,9 +31,11 @@ BQ_EXPORT BQTypeID VXProtocolHandlerGetTypeID(void);
 BQ_EXPORT VXProtocolHandlerRef VXProtocolHandlerCreate(const void* reserved, const BQString* protocol);
 
 /**
- * Reads a posted request. The dictionary, owned by the caller, holds "/VXMethodName" (a string),
- * "/VXMethodParameters" (a dictionary), "/VXMethodParameterOrder" (an array of names) and more, as
- * the protocol has it. Null if the document is null, does not parse, or is no request.
+ * Reads a posted request. The dictionary, owned by the caller, holds kVXRequestMethodName (a string),
+ * kVXRequestParameters (a dictionary), kVXRequestParameterOrder (an array of names) and more, as
+ * the protocol has it. A document of another kind gives a dictionary without kVXRequestMethodName.
+ * Null if the document is null or does not parse, or is a request without a method or with a
+ * parameter that cannot be read.
  */
 BQ_EXPORT const BQDictionary* VXProtocolHandlerCopyRequestDictionary(VXProtocolHandlerRef handler,
                                                                      const BQData* document);
@@ -72,6 +74,9 @@ BQ_EXPORT const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef 
  *
  * @param request  As above; may be null.
  * @param fault    A dictionary with kVXFaultCode, kVXFaultString and kVXFaultExtra, each optional.
+ *                 XML-RPC writes -1 and "Unknown Fault" for the first two if they are missing, and
+ *                 an extra as a third member, "faultExtra"; for a null dictionary a fault without
+ *                 any. SOAP writes the string alone, as it stands.
  */
 BQ_EXPORT const BQData* VXProtocolHandlerCopyFaultDocument(VXProtocolHandlerRef handler,
                                                            const BQDictionary* request,

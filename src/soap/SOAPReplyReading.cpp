@@ -23,7 +23,7 @@
 namespace vx {
 namespace {
 
-constexpr BQStreamError kUnusableReply = {kDomainLibrary, kErrorUnusableReply};
+constexpr BQStreamError kUnusableReply = {kVXErrorDomainReply, kVXErrorUnusableReply};
 
 /* What the handlers of a reply share. */
 struct SOAPReplyContext {
@@ -85,7 +85,7 @@ const BQString* _parseFault(const BQTree* tree, const BQXMLNode*, NamespaceMap& 
   };
   auto message = own(xmlInterrogateElements(tree, namespaces, table, std::ssize(table), nullptr));
   if (message != nullptr) {
-    code = kErrorUnusableReply;
+    code = kVXErrorUnusableReply;
     text.setString(message.get());
   }
   if (text.isEmpty()) text.setString(BQSTR("Server Fault"));

@@ -3,7 +3,6 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "api/base/RequestKeys.h"
 #include "diag/Log.h"
 #include "diag/Switches.h"
 #include "soap/SOAPProtocolHandler.h"
@@ -47,8 +46,8 @@ const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, 
     BQDictionarySetValue(parameters.get(), name.get(), value.get());
     BQArrayAppendValue(order.get(), name.get());
   }
-  context.request->addValue(kRequestMethodParameters, parameters.get());
-  context.request->addValue(kRequestMethodParameterOrder, order.get());
+  context.request->addValue(kVXRequestParameters, parameters.get());
+  context.request->addValue(kVXRequestParameterOrder, order.get());
   return nullptr;
 }
 
@@ -65,7 +64,7 @@ const BQString* _parseReqSOAPBody(const BQTree* tree, const BQXMLNode*, Namespac
   xmlNamespaceQualify(namespaces, getElementName(method), &uri, &local);
   auto ownedURI = own(uri);
   auto ownedLocal = own(local);
-  request.request->addValue(kRequestMethodName, local);
+  request.request->addValue(kVXRequestMethodName, local);
   request.request->addValue(kVXSOAPMethodNamespaceURI, uri);
   return readParameters(request, tree, method, namespaces);
 }

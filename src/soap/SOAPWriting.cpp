@@ -3,7 +3,6 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "api/base/RequestKeys.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "soap/SOAPValueWriter.h"
 #include "xml/Kinds.h"
@@ -34,7 +33,7 @@ void closeBody(XMLBuffer& buffer) {
 }
 
 unsigned long encodingOf(const BQDictionary* request) {
-  return static_cast<uint32_t>(getDictNumber(request, kRequestTextEncoding, kDefaultEncoding));
+  return static_cast<uint32_t>(getDictNumber(request, kVXRequestTextEncoding, kDefaultEncoding));
 }
 
 }  // namespace
@@ -88,7 +87,7 @@ const BQData* SOAPProtocolHandler::createRequest(const BQString* methodName, con
 }
 
 const BQData* SOAPProtocolHandler::createReply(const BQDictionary* request, const void* result) {
-  BQTypeRef methodName = BQDictionaryGetValue(request, kRequestMethodName);
+  BQTypeRef methodName = BQDictionaryGetValue(request, kVXRequestMethodName);
   if (generation_ == nullptr || methodName == nullptr) return nullptr;
   auto name = own(BQCopyDescription(methodName));
   BQTypeRef namespaceEntry = BQDictionaryGetValue(request, kVXSOAPMethodNamespaceURI);

@@ -110,14 +110,14 @@ void HTTPClosureSource::step() {
       if (gVXDebugVerbose != 0) {
         _vxLogf("We should not be ever in this state...  We care about bytes being available only.");
       }
-      fail(BQSTR("Timed Out Waiting For Open"), kErrorTimedOut);
+      fail(BQSTR("Timed Out Waiting For Open"), kVXErrorTimedOut);
       return finish();
     case kReadIntoBuffer:
       return fillReadBuffer();
     case kStreamEndEncountered:
       return processBuffer();
     case kTimedOut:
-      fail(BQSTR("Timed Out"), kErrorTimedOut);
+      fail(BQSTR("Timed Out"), kVXErrorTimedOut);
       return finish();
     default:
       if (gVXDebugVerbose != 0) _vxLogf("Unknown state: %d", state);
@@ -127,7 +127,7 @@ void HTTPClosureSource::step() {
 }
 
 void HTTPClosureSource::fail(const BQString* message, int32_t error) {
-  result->becomeFault(message, BQStreamError{kDomainLibrary, error});
+  result->becomeFault(message, BQStreamError{kVXErrorDomainReply, error});
 }
 
 bool HTTPClosureSource::initConnection() {
@@ -259,9 +259,9 @@ void HTTPClosureSource::judgeReply(const BQHTTPMessage* response, unsigned long 
   if (usable && (succeeded || status == 500)) {
     parseReply(isXML != 0, encoding);
   } else if (succeeded) {
-    fail(BQSTR("The server did not return a 'text/xml' response."), kErrorUnusableReply);
+    fail(BQSTR("The server did not return a 'text/xml' response."), kVXErrorUnusableReply);
   } else {
-    fail(own(BQHTTPMessageCopyResponseStatusLine(response)).get(), kErrorUnusableReply);
+    fail(own(BQHTTPMessageCopyResponseStatusLine(response)).get(), kVXErrorUnusableReply);
   }
 }
 
@@ -272,7 +272,7 @@ void HTTPClosureSource::parseReply(bool allowMissingDeclaration, unsigned long e
   if (tree != nullptr) {
     invocation->parseReply(result.get(), tree.get());
   } else {
-    fail(error != nullptr ? error : BQSTR("Could not parse XML."), kErrorUnusableReply);
+    fail(error != nullptr ? error : BQSTR("Could not parse XML."), kVXErrorUnusableReply);
   }
 }
 

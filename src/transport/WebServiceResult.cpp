@@ -38,7 +38,7 @@ void WebServiceResult::markFault(const BQString* faultString, long faultCode) {
 }
 
 void WebServiceResult::becomeTransportFault(const BQString* message, BQStreamError error) {
-  markFault(kVXNetworkStreamFaultString, kErrorTransport);
+  markFault(kVXNetworkStreamFaultString, kVXErrorTransport);
   BQDictionarySetValue(resultDictionary.get(), kVXFaultExtra,
                        own(copyStreamErrorDict(message, error.domain, error.error)).get());
 }
@@ -56,7 +56,7 @@ void WebServiceResult::becomeFault(const BQStreamError& error) {
 }
 
 void WebServiceResult::becomeFault(const BQString* message) {
-  becomeTransportFault(message, {kDomainMessage, kErrorTransport});
+  becomeTransportFault(message, {kVXErrorDomainRequest, kVXErrorTransport});
 }
 
 void WebServiceResult::becomeFault(const BQString* message, BQStreamError error) {

@@ -4,19 +4,11 @@
 
 #include <BQ/BQBase.h>
 #include <BQ/BQStream.h>
+#include <VX/VXConstants.h>
 
 #include "values/Owned.h"
 
 namespace vx {
-
-/* The library's own errors. */
-inline constexpr int32_t kErrorTransport = -65794;
-inline constexpr int32_t kErrorUnusableReply = -65795;
-inline constexpr int32_t kErrorTimedOut = -65796;
-
-/* The domains of the library's own errors: with a number of their own, and reported by message only. */
-inline constexpr BQStreamErrorDomain kDomainLibrary = -1;
-inline constexpr BQStreamErrorDomain kDomainMessage = 2;
 
 /* The key of the entry that marks a fault with the true object. */
 extern const BQString* const kResultIsFault;

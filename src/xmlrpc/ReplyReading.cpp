@@ -68,7 +68,7 @@ Owned<const BQString> readResponse(WebServiceResult* result, const BQTree* tree)
   return own(BQSTR("Child of the 'methodResponse' must be <fault> or <params>"));
 }
 
-constexpr BQStreamError kUnusableReply = {kDomainLibrary, kErrorUnusableReply};
+constexpr BQStreamError kUnusableReply = {kVXErrorDomainReply, kVXErrorUnusableReply};
 
 }  // namespace
 

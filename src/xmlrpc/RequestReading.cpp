@@ -1,8 +1,8 @@
 #include <utility>
 
 #include <BQ/BQ.h>
+#include <VX/VXConstants.h>
 
-#include "api/base/RequestKeys.h"
 #include "values/AutoArray.h"
 #include "values/AutoDict.h"
 #include "values/AutoScalar.h"
@@ -72,9 +72,9 @@ const BQString* _parseMethodCall(const BQTree* tree, const BQXMLNode*, Namespace
   if (message != nullptr) return message;
   if (name.isEmpty()) return BQSTR("<methodName> missing for request");
   auto* request = static_cast<AutoDict*>(context);
-  request->addValue(kRequestMethodName, name.get());
-  request->addValue(kRequestMethodParameters, parameters.getMutableDict());
-  request->addValue(kRequestMethodParameterOrder, makeParameterOrder(parameters.getCount()).get());
+  request->addValue(kVXRequestMethodName, name.get());
+  request->addValue(kVXRequestParameters, parameters.getMutableDict());
+  request->addValue(kVXRequestParameterOrder, makeParameterOrder(parameters.getCount()).get());
   return nullptr;
 }
 
@@ -86,7 +86,7 @@ const BQDictionary* XMLRPCProtocolHandler::parsePostData(const BQData* data, uns
   if (outError == nullptr) outError = &error;
   AutoDict request;
   AutoScalar encodingNumber(static_cast<long>(encoding));
-  request.addValue(kRequestTextEncoding, encodingNumber.getRef());
+  request.addValue(kVXRequestTextEncoding, encodingNumber.getRef());
   auto tree = own(parseXML(data, 1, encoding, outError));
   if (tree != nullptr) {
     AutoArray extensions;

@@ -3,7 +3,6 @@
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
 
-#include "api/base/RequestKeys.h"
 #include "values/AutoArray.h"
 #include "values/Construction.h"
 #include "xml/Kinds.h"
@@ -25,7 +24,7 @@ Owned<const BQArray> parameterNames(const BQDictionary* params, const BQArray* p
 
 unsigned long encodingOf(const BQDictionary* request) {
   if (request == nullptr) return kDefaultEncoding;
-  return static_cast<uint32_t>(getDictNumber(request, kRequestTextEncoding, kDefaultEncoding));
+  return static_cast<uint32_t>(getDictNumber(request, kVXRequestTextEncoding, kDefaultEncoding));
 }
 
 /* The first of two entries that is present, or the fallback; borrowed. */

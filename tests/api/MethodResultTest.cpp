@@ -1,6 +1,8 @@
 #include <VX/VX.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "support/Values.h"
 #include "transport/WebServiceResult.h"
 
@@ -18,6 +20,34 @@ TEST(MethodResult, IsAFaultByTheTrueObjectAlone) {
   }
   EXPECT_FALSE(VXMethodResultIsFault(nullptr));
   EXPECT_FALSE(VXMethodResultIsFault(array({})));
+}
+
+TEST(MethodResult, TellsHowTheCallEnded) {
+  auto transportFault = [](int32_t domain, int32_t error) {
+    WebServiceResult result;
+    result.becomeFault(BQSTR("why"), BQStreamError{domain, error});
+    return Value::retain(result.resultDictionary.get());
+  };
+  WebServiceResult value, server, unsent;
+  value.addNumberToResult(kVXMethodInvocationResult, 1);
+  server.becomeFault(BQSTR("No"), kVXErrorTimedOut, blob("detail"), kBQStringEncodingUTF8);
+  unsent.becomeFault(BQSTR("Missing host in URL"));
+  const std::pair<Value, VXResultOutcome> rows[] = {
+      {Value(), kVXResultOutcomeNone},
+      {string("no dictionary"), kVXResultOutcomeNone},
+      {dictionary({}), kVXResultOutcomeValue},
+      {Value::retain(value.resultDictionary.get()), kVXResultOutcomeValue},
+      {Value::retain(server.resultDictionary.get()), kVXResultOutcomeServerFault},
+      {Value::retain(unsent.resultDictionary.get()), kVXResultOutcomeNotSent},
+      {transportFault(kVXErrorDomainReply, kVXErrorTimedOut), kVXResultOutcomeTimedOut},
+      {transportFault(kVXErrorDomainReply, kVXErrorUnusableReply), kVXResultOutcomeUnusableReply},
+      {transportFault(kBQStreamErrorDomainPOSIX, ECONNREFUSED), kVXResultOutcomeTransport},
+      {transportFault(kBQStreamErrorDomainPOSIX, kVXErrorTimedOut), kVXResultOutcomeTransport},
+      {transportFault(kVXErrorDomainRequest, ECONNREFUSED), kVXResultOutcomeTransport},
+  };
+  for (const auto& [result, outcome] : rows) {
+    EXPECT_EQ(VXMethodResultGetOutcome(result), outcome) << notation(result.get());
+  }
 }
 
 TEST(MethodResult, TellsWhatFailed) {

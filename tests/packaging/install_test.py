@@ -44,6 +44,28 @@ class InstallTest(InstalledTreeCase):
         run(CMAKE, "--install", BUILD, "--prefix", "/opt/orvane", DESTDIR=str(staging))
         self.assertEqual({"opt/orvane/" + name for name in files_below(self.prefix)}, files_below(staging))
 
+    def test_links_of_documents_lead_to_installed_files(self):
+        documents = {path: path.read_text() for path in self.prefix.rglob("*.md")}
+        links = [(path, link) for path, text in documents.items()
+                 for link in re.findall(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)", text)]
+        self.assertEqual([(path.name, link) for path, link in links if not (path.parent / link).exists()], [])
+        places = {(path.parent / link).resolve().relative_to(self.prefix.resolve()).as_posix() for path, link in links}
+        self.assertLessEqual({"include/VX", "share/doc/orvane/docs/guide.md", "share/doc/orvane/README.md"}, places)
+
+    def test_uninstalling_removes_what_was_installed_and_nothing_else(self):
+        folder = self.scratch / "removed"
+        run(CMAKE, "--install", BUILD, "--prefix", folder)
+        foreign = {"include/VX/Foreign.h", "lib/libforeign.so"}
+        for name in foreign:
+            (folder / name).parent.mkdir(exist_ok=True)
+            (folder / name).write_text("")
+        run(CMAKE, "--build", BUILD, "--target", "uninstall")
+        self.assertEqual(files_below(folder), foreign)
+        ours = {path.name for path in folder.rglob("*") if path.is_dir()} & {"BQ", "VX", "Orvane", "orvane", "docs", "examples"}
+        self.assertEqual(ours, {"VX"})
+        with self.assertRaisesRegex(AssertionError, r"nothing\s+was\s+installed"):
+            run(CMAKE, "--build", BUILD, "--target", "uninstall")
+
     def test_no_file_for_other_tools_names_a_place(self):
         for path in [*self.prefix.rglob("*.pc"), *self.prefix.rglob("*.cmake")]:
             self.assertNotRegex(path.read_text(), "%s|%s|%s" % (ROOT, BUILD, self.scratch), path.name)

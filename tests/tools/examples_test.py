@@ -12,7 +12,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from peer_process import Peer, SOAPPeer  # noqa: E402
 
 EXAMPLES = os.environ["EXAMPLES"]
-REASON = '{"msg": "HTTP/1.1 404 Not Found", "domain": -1, "error": -65795}'
+REASON = "failed: HTTP/1.1 404 Not Found\n"
 HUNDRED = "100 answers, 0 faults, sum %d\n" % sum(range(1, 101))
 
 
@@ -35,16 +35,16 @@ class ExamplesTest(unittest.TestCase):
             closed.bind(("127.0.0.1", 0))
             for row in [
                 (0, "5\n", "", "call", url()),
-                (1, "failed: " + REASON + "\n", "", "call", url("/status/404")),
-                (1, "failed: one\ntwo\x7fthree\n", "", "call", url("/lines-in-fault")),
+                (1, REASON, "", "call", url("/status/404")),
+                (1, "failed: fault 7 of the server: one\ntwo\x7fthree\n", "", "call", url("/lines-in-fault")),
                 (0, "é & <b>\n", "", "call_in_c", url(), "é & <b>"),
-                (1, "", "fault 7: one", "call_in_c", url("/lines-in-fault"), "x"),
+                (1, "", "fault 7 of the server: one", "call_in_c", url("/lines-in-fault"), "x"),
                 (3, "", "404 Not Found", "call_in_c", url("/status/404"), "x"),
                 (3, "", "refused", "call_in_c", "http://127.0.0.1:%d/" % closed.getsockname()[1], "x"),
                 (0, HUNDRED, "", "concurrent_calls", url()),
                 (1, "100 answers, 100 faults, sum 0\n", "", "concurrent_calls", url("/hang-up")),
                 (0, "(-4.5, 3)\n", "", "soap_points", soap.url(), "3", "-4.5"),
-                (1, "failed: /BQStreamFault\n", "", "soap_points", url("/status/404"), "1", "2"),
+                (1, REASON, "", "soap_points", url("/status/404"), "1", "2"),
                 (2, "", "usage", "call"), (2, "", "usage", "call_in_c"), (2, "", "usage", "concurrent_calls"),
                 (2, "", "usage", "soap_points"),
                 (2, "", "is not a URL", "call", ""), (2, "", "is not a URL", "concurrent_calls", ""),

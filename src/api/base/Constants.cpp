@@ -48,3 +48,8 @@ BQ_DEFINE_STRING(kVXMethodInvocationResultParameterName, "/VXResultParamName");
 BQ_DEFINE_STRING(kVXRecordParameterOrder, "/VXRecordParamOrder");
 BQ_DEFINE_STRING(kVXRecordNamespaceURI, "/VXRecordNamespaceURI");
 BQ_DEFINE_STRING(kVXRecordType, "/VXRecordType");
+
+BQ_DEFINE_STRING(kVXRequestMethodName, "/VXMethodName");
+BQ_DEFINE_STRING(kVXRequestParameters, "/VXMethodParameters");
+BQ_DEFINE_STRING(kVXRequestParameterOrder, "/VXMethodParameterOrder");
+BQ_DEFINE_STRING(kVXRequestTextEncoding, "/VXTextEncoding");
