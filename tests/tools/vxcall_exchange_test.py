@@ -1,6 +1,7 @@
 """What vxcall sends, how often, and over how many connections."""
 import json
 import os
+import socket
 import subprocess
 
 from vxcall_case import VXCALL, VxcallCase, vxcall
@@ -56,6 +57,17 @@ class RequestTest(VxcallCase):
         trace = vxcall("-v", self.peer.url("/status/404"), "echo").stderr.decode()
         self.assertIn("<methodName>echo</methodName>", trace)
         self.assertTrue(trace.splitlines()[-1].startswith("vxcall: http"), trace)
+
+    def test_is_shown_without_a_reply_as_it_was_made(self):
+        with socket.socket() as closed:
+            closed.bind(("127.0.0.1", 0))
+            for url, arguments, complaint in [("http://127.0.0.1:%d/a?b" % closed.getsockname()[1], [], "cannot reach"),
+                                              (self.peer.url("/hang-up"), ["--async"], "the call of"),
+                                              (self.peer.url("/silence"), ["-t", 1], "timed out")]:
+                run = vxcall("-v", *arguments, url, "examples.add", "a=1", "b=2.5", "string:a < b")
+                line, _, rest = run.stderr.decode().partition("\n")
+                self.assertEqual((run.returncode, line), (3, "> POST /%s HTTP/1.1" % url.split("/", 3)[3]))
+                self.assertTrue(rest.startswith(REQUEST + "vxcall: " + complaint), rest)
 
 
 class RepetitionTest(VxcallCase):

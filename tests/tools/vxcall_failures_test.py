@@ -1,4 +1,5 @@
 """How vxcall fails: the exit status, and one line that says why."""
+import os
 import re
 import shlex
 import socket
@@ -26,13 +27,22 @@ USAGE = {
     "control characters": [["--save", "f", URL, "m", "string:\x01"]],
     "is no whole number from 1": [["--max-reply", "0", URL, "m"], ["--repeat", "0", URL, "m"]],
     "is no whole number from 0": [["-t", text, URL, "m"] for text in ("soon", "-1", "99999999999")],
-    "timeout": [[URL, "m", "-t"]],
+    "--timeout is given without its SECONDS; vxcall --help": [[URL, "m", "-t"]],
+    "--load is given without its FILE; vxcall --help": [["--load"]],
+    "--async takes no value; vxcall --help": [["--async=foo", URL, "m"]],
+    "--version takes no value; vxcall --help": [["--version=foo"]],
+    "--repeat is given more than once; vxcall --help": [["--repeat", "2", "--repeat", "3", URL, "m"]],
     "not a URL of http or https": [["localhost:80", "m"], ["ftp://host/", "m"], ["/RPC2", "m"], ["http://a b/", "m"],
                                    ["--proxy", "host", URL, "m"]],
     "the URL http:// names no host": [["http://", "m"]],
     "there is no option --bogus; vxcall --help": [["--bogus", URL, "m"]],
     "is written string:-x)": [[URL, "m", "-x"]],
     "no option --tiemout; did you mean --timeout?\n": [["--tiemout", "5", URL, "m"]],
+    "no option --vers; did you mean --version?\n": [["--vers"]],
+    "no option --ver=1; did you mean --verbose or --version?\n": [["--ver=1", URL, "m"]],
+    "no option --prot; did you mean --protocol?\n": [["--prot", "xml-rpc", URL, "m"]],
+    "no option -l; vxcall --help": [[URL, "m", "-l"]],
+    "'a = b: 1 required' is none of": [["-p", "a = b: 1 required", URL, "m"]],
     "no option --soapheader=<a/>; did you mean --soap-header?\n": [["--soapheader=<a/>", URL, "m"]],
     "--protocol: 'xmlrpc' is none of xml-rpc, soap-1999, soap-2001; did you mean xml-rpc?\n":
         [["-p", "xmlrpc", URL, "m"]],
@@ -91,6 +101,12 @@ class UsageTest(VxcallCase):
             (["a=jason:{}", "b=Int:5"], string.format("a", "jason:{}", "json:{}"), string.format("b", "Int:5", "int:5")),
             (["boolen:1"], string.format("p1", "boolen:1", "bool:1")),
             (["jsno:1"], string.format("p1", "jsno:1", "json:1")),
+            (["FLOAT:2.5", "i4:5", "flot:1", "Str:x", "dateTime.ISO8601:2005-02-28", "null:", "dict:{}", "intger:5"],
+             *[string.format(name, was, meant) for name, was, meant in [
+                 ("p1", "FLOAT:2.5", "double:2.5"), ("p2", "i4:5", "int:5"), ("p3", "flot:1", "double:1"),
+                 ("p4", "Str:x", "string:x"), ("p5", "dateTime.ISO8601:2005-02-28", "date:2005-02-28"),
+                 ("p6", "null:", "nil:"), ("p7", "dict:{}", "json:{}"), ("p8", "intger:5", "int:5")]]),
+            (["text: x", "object://x", "lost:1", "sort:1", "port:1", "floor:1", "test:1", "nine:", "map", "list", "i5:1"],),
             (["http://h/", "fil://x", "data:,x", "sting: x", "time:5", "[x]", "{", "string:[1]", "json:[1]", "jso", ":1"],),
             (["-n", "u", "--style", "rpc", "--result", "r", "--soap-header", "<a/>"],
              *map(soap.format, ("--namespace", "--style", "--result", "--soap-header"))),
@@ -103,6 +119,37 @@ class UsageTest(VxcallCase):
                 self.assertEqual((run.returncode, run.stderr.decode().splitlines()),
                                  (0, ["vxcall: note: " + note for note in notes]))
                 self.assertIn(b"</", run.stdout)
+
+    def test_what_is_lost_on_the_way_is_told_in_a_note(self):
+        digits = "{}: {} is sent as {}, with the {} digits that doubles have in {}; a string keeps all"
+        null = ", since XML-RPC has no null; leave it out, or send <nil/> by an override in a program"
+        number, structure = "3.14159265358979", 'j=json:{"a":null,"b c":[null,3.14159265358979,[2.5]],"d":{"e":1234567.5}}'
+        path = os.path.join(self.folder(), "saved")
+        self.assertEqual(vxcall("--save", path, URL, "m", "x=" + number, "nil:").stderr, b"")
+        for protocol, arguments, *notes in [
+            ("xml-rpc", [number], digits.format("p1", number, "3.14159", "six", "XML-RPC")),
+            ("soap-2001", [number], digits.format("p1", number, "3.1415927", "eight", "SOAP")),
+            ("soap-1999", ["1234567.0", "123456789.0"], digits.format("p2", "123456789", "1.2345679e+08", "eight", "SOAP")),
+            ("xml-rpc", ["123456.0", "-1e-7", "1e300", "0.1", "-0.0", "2147483647", "string:" + number, "1234567"]),
+            ("xml-rpc", ["nil:", "double:-inf", structure, "json:null", "double:nan"],
+             digits.format('j["b c"][1]', number, "3.14159", "six", "XML-RPC") + " (and 1 more)",
+             "p2 is sent as -inf, which is no double of XML-RPC (and 1 more)",
+             "p1 has no value and is sent as the int 0" + null + " (and 1 more)",
+             "j.a is null and is sent as the string null" + null + " (and 1 more)"),
+            ("soap-2001", ["nil:", "double:nan", structure], digits.format('j["b c"][1]', number, "3.1415927", "eight", "SOAP"),
+             "p2 is sent as nan, where XML Schema has NaN"),
+            ("soap-1999", ["double:inf"], "p1 is sent as inf, where XML Schema has INF"),
+            ("soap-1999", ["double:-inf"], "p1 is sent as -inf, where XML Schema has -INF"),
+            (None, ["--load", path], digits.format("x", number, "3.14159", "six", "XML-RPC"),
+             "p2 has no value and is sent as the int 0" + null),
+        ]:
+            with self.subTest(protocol, arguments=arguments):
+                run = vxcall("--print-request", *(["-p", protocol, URL, "m"] if protocol else []), *arguments)
+                self.assertEqual((run.returncode, run.stderr.decode().splitlines()),
+                                 (0, ["vxcall: note: " + note for note in notes]))
+                # The notes tell the truth: what is named as sent stands in the document.
+                for note in notes:
+                    self.assertIn(">" + re.search(r"is sent as (?:the \w+ )?([^\s,]+)", note)[1] + "<", run.stdout.decode())
 
     def test_help_and_version_go_to_standard_output(self):
         run = vxcall("--version")

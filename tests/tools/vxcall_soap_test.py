@@ -126,7 +126,8 @@ class RPCCases:
         action = ["-H", 'SOAPAction: "urn:echo#echoInt"', "echoInt", 7]
         self.assertEqual(self.result(*action), 7)
         for status, complaint, *call in [
-            (3, "is not usable: Can't find method result parameter 'product' in reply", "--result", "product", "divide", 17, 5),
+            (3, "Can't find method result parameter 'product' in reply; it has quotient, remainder\n", "--result", "product", "divide", 17, 5),
+            (3, "'product' in reply; try without --result\n", "--result", "product", "nothing"),
             (1, "fault -1: no <way> & out", "fault", "Client.Authentication", "string:no <way> & out"),
             (1, "fault -1: ", "unknown"),
             (1, "got 'urn:other#echoInt'", "-H", "SOAPAction: urn:other#echoInt", "echoInt", 7),

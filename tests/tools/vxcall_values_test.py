@@ -10,7 +10,7 @@ from vxcall_case import VxcallCase, reply, vxcall
 # The kind that the server sees, and what is written and seen.
 KINDS = {
     "int": [("5", "5"), ("-5", "-5"), ("+5", "5"), ("007", "7"), ("2147483647", "2147483647"), ("int:5", "5"),
-            ("-2147483648", "-2147483648"), ("int:-0", "0"), ("nil:", "0"), ("json:7", "7"), ("json:null", "0")],
+            ("-2147483648", "-2147483648"), ("int:-0", "0"), ("json:7", "7")],
     "float": [("2.5", "2.5"), ("-.5", "-0.5"), ("+1e3", "1000.0"), ("1.", "1.0"), ("double:5", "5.0"),
               ("double:1e-7", "1e-07")],
     "bool": [("true", "True"), ("false", "False"), ("bool:1", "True"), ("bool:false", "False")],
@@ -36,6 +36,10 @@ class ParameterTest(VxcallCase):
                     with self.subTest(parameter):
                         self.assertEqual(json.loads(self.call("kind", parameter)), [kind, seen])
 
+    def test_without_a_value_arrive_as_what_the_notes_say(self):
+        run = vxcall(self.peer.url(), "echo_all", "nil:", "x=nil:", "json:null", "json:[null]")
+        self.assertEqual((json.loads(run.stdout), run.stderr.count(b"\n")), ([0, 0, 0, ["null"]], 2), run.stderr)
+
     def test_come_from_files_and_from_standard_input(self):
         path = os.path.join(self.folder(), "a=b")
         for form, content, value in [
@@ -55,7 +59,7 @@ class ParameterTest(VxcallCase):
 
     def test_go_out_in_the_order_in_which_they_are_written(self):
         for arguments, sent in [
-            (["z=1", "2", "a=3", "nil:", "p9=5"], [1, 2, 3, 0, 5]),
+            (["z=1", "2", "a=3", "p9=5"], [1, 2, 3, 5]),
             # Behind two dashes there are no options; in front of them options may stand anywhere.
             ([1, "--", "-v", "--", "-x"], [1, "-v", "--", "-x"]),
             ([1, "--timeout=9", -2, "-o", "json", 3], [1, -2, 3]),

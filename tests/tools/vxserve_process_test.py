@@ -25,9 +25,10 @@ class CommandLineTest(unittest.TestCase):
                 (2, "--port: '-1' is no", "--port", "-1"), (2, "--port: 'x' is no", "--port", "x"),
                 (2, "--threads: '0' is no whole number from 1 to 1024" + help_, "--threads", "0"),
                 (2, "--deadline: '0' is no", "--deadline", "0"), (2, "--max-body: '0' is no", "--max-body", "0"),
-                (2, "--max-body: ", "--max-body"),
+                (2, "--max-body is given without its BYTES" + help_, "--max-body"), (2, "--log takes no value", "--log=x"),
                 (2, "there is no option 8080" + help_, "8080"), (2, "there is no option --nope" + help_, "--nope"),
                 (2, "there is no option --prot=1; did you mean --port?\n", "--prot=1"),
+                (2, "there is no option --max; did you mean --max-body?\n", "--max"),
                 (1, "cannot listen on 127.0.0.1 port %d: Address already in use; give --port another port" % port, "--port", str(port)),
                 (1, "give --address an address of this machine", "--address", "192.0.2.1"),
                 (1, "give --address an address of this machine", "--address", "no such host"),
@@ -111,6 +112,29 @@ class StopTest(unittest.TestCase):
                 self.assertEqual(server.wait(), (0, ""))
                 took = time.monotonic() - start
                 self.assertTrue(took < 5 if signals == 2 else 9 < took < 20, took)
+
+    def test_does_not_wait_for_calls_whose_clients_are_gone(self):
+        for leaves in ("before", "after"):
+            with self.subTest(leaves):
+                server = Server("--log")
+                with server.connect() as patient, patient.makefile("rb") as stream, server.connect() as gone:
+                    gone.sendall(request(slow_document(500)))
+                    patient.sendall(request(slow_document(2)))
+                    # Its answer tells that the others, sent before, have most likely arrived too.
+                    server.post(slow_document(0.3))
+                    if leaves == "before":
+                        gone.close()
+                    start = time.monotonic()
+                    server.process.send_signal(signal.SIGTERM)
+                    if leaves == "after":
+                        self.wait_until_refused(server)
+                        gone.close()
+                    status, _, body = read_response(stream)
+                    self.assertEqual((status, b"done" in body), (200, True))
+                    status, log = server.wait()
+                    self.assertLess(time.monotonic() - start, 8)
+                    outcomes = [line.split()[-2] for line in log.splitlines()]
+                    self.assertEqual((status, sorted(outcomes)), (0, ["http-503", "ok", "ok"]), log)
 
     def wait_until_refused(self, server):
         end = time.monotonic() + 30

@@ -37,10 +37,11 @@ size_t editDistance(std::string_view from, std::string_view to) {
 
 }  // namespace
 
-std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words) {
+std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words,
+                             size_t mostEdits) {
   std::string_view nearest;
   if (misspelt.size() > kLongestWord) return nearest;
-  size_t least = 3;
+  size_t least = mostEdits + 1;
   for (std::string_view word : words) {
     size_t distance = editDistance(misspelt, word);
     if (distance >= least || 2 * distance >= std::max(word.size(), misspelt.size())) continue;
@@ -58,12 +59,22 @@ std::string suggestionFor(std::string_view misspelt, const std::vector<std::stri
 std::string suggestOption(std::string_view argument, const CLI::App& app) {
   std::string_view misspelt = argument.substr(0, argument.find('='));
   misspelt.remove_prefix(std::min(misspelt.size(), misspelt.find_first_not_of('-')));
-  std::vector<std::string_view> words;
+  bool mayBeAbbreviated = argument.starts_with("--") && !misspelt.empty();
+  std::vector<std::string_view> words, meant;
   for (const CLI::Option* option : app.get_options()) {
-    for (const std::string& name : option->get_lnames()) words.push_back(name);
+    for (const std::string& name : option->get_lnames()) {
+      words.push_back(name);
+      if (mayBeAbbreviated && name.starts_with(misspelt)) meant.push_back(name);
+    }
   }
-  std::string_view word = nearestWord(misspelt, words);
-  return word.empty() ? "" : "; did you mean --" + std::string(word) + "?";
+  if (std::string_view word = nearestWord(misspelt, words); meant.empty() && !word.empty()) {
+    meant.push_back(word);
+  }
+  std::string suggestion;
+  for (std::string_view word : meant) {
+    suggestion.append(suggestion.empty() ? "; did you mean --" : " or --").append(word);
+  }
+  return suggestion.empty() ? suggestion : suggestion + "?";
 }
 
 }  // namespace tools

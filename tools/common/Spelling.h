@@ -13,15 +13,16 @@ class App;
 namespace tools {
 
 /*
- * The word of a list that is nearest to a misspelt one: at most two letters are missing, too many, others or
- * in each other's place, and fewer than half of them; case does not count. Empty if there is none.
+ * The word of a list that is nearest to a misspelt one: at most so many letters are missing, too many, others
+ * or in each other's place, and fewer than half of them; case does not count. Empty if there is none.
  */
-std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words);
+std::string_view nearestWord(std::string_view misspelt, const std::vector<std::string_view>& words,
+                             size_t mostEdits = 2);
 
 /* "; did you mean WORD?", or nothing. */
 std::string suggestionFor(std::string_view misspelt, const std::vector<std::string_view>& words);
 
-/* The same for an argument that looks like an option and is none. */
+/* The same for an argument that looks like an option and is none, abbreviated or misspelt. */
 std::string suggestOption(std::string_view argument, const CLI::App& app);
 
 }  // namespace tools

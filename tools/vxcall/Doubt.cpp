@@ -12,13 +12,49 @@
 namespace tools::vxcall {
 namespace {
 
+/* What the protocols and other languages call our types. */
+struct Synonyms {
+  std::string_view type;
+  std::vector<std::string_view> words;
+};
+
+const Synonyms kSynonyms[] = {
+    {"int", {"i4", "i8", "i32", "i64", "int32", "int64", "integer", "long"}},
+    {"double", {"float", "number", "real", "decimal"}},
+    {"bool", {"boolean"}},
+    {"string", {"str", "text"}},
+    {"date", {"datetime", "dateTime.iso8601", "timestamp", "timeInstant"}},
+    {"base64", {"bytes", "binary", "base64Binary"}},
+    {"nil", {"null", "none"}},
+    {"json", {"struct", "structure", "dict", "dictionary", "object", "map", "list", "array"}},
+};
+
+/* Shorter synonyms are too near to words that mean something else, and so are two edits in the others. */
+constexpr size_t kShortestMisspelt = 5;
+constexpr size_t kMostEdits = 1;
+
+bool isSynonym(std::string_view word, std::string_view synonym) {
+  size_t mostEdits = synonym.size() >= kShortestMisspelt ? kMostEdits : 0;
+  return nearestWord(word, {synonym}, mostEdits) == synonym;
+}
+
+/* The type that a word means, as it stands or misspelt; empty for none. */
+std::string_view typeForWord(std::string_view word) {
+  for (const Synonyms& synonyms : kSynonyms) {
+    for (std::string_view synonym : synonyms.words) {
+      if (isSynonym(word, synonym)) return synonyms.type;
+    }
+  }
+  return nearestWord(word, typeNames());
+}
+
 /* The type that a word in front of a colon was meant to be; a URL has a scheme there, and prose a word. */
 std::string_view typeMeantBy(std::string_view text) {
   size_t colon = text.find(':');
   if (colon == std::string_view::npos) return {};
   std::string_view word = text.substr(0, colon), value = text.substr(colon + 1);
   if (word == "data" || value.starts_with("//") || value.starts_with(' ')) return {};
-  return nearestWord(word, typeNames());
+  return typeForWord(word);
 }
 
 bool isJsonContainer(std::string_view text) {

@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include <algorithm>
+#include <vector>
 
 #include <BQ/BQ.h>
 #include <VX/VXConstants.h>
@@ -87,11 +88,40 @@ std::string_view adviceFor(std::string_view statusLine) {
   return "";
 }
 
-std::string describeUnusableReply(const std::string& message, const std::string& url) {
+/*
+ * The elements of a SOAP reply, the first ones of many. In the result they stand beside the library's own
+ * entries, all of which begin with a slash.
+ */
+std::string elementsOf(const BQDictionary* result) {
+  constexpr int kMostShown = 10;
+  auto count = static_cast<size_t>(BQDictionaryGetCount(result));
+  std::vector<BQTypeRef> names(count), values(count);
+  BQDictionaryGetKeysAndValues(result, names.data(), values.data());
+  std::string elements;
+  int shown = 0;
+  for (BQTypeRef name : names) {
+    if (textOf(name).starts_with('/')) continue;
+    if (++shown > kMostShown) return elements + ", ...";
+    elements.append(elements.empty() ? "" : ", ").append(shortened(textOf(name)));
+  }
+  return elements;
+}
+
+/* Advice on a reply that lacks the element that --result names, or nothing if it was not that. */
+std::string adviceOnResult(const std::string& message, const BQDictionary* failure) {
+  if (!message.starts_with("Can't find method result parameter")) return "";
+  std::string elements = elementsOf(failure);
+  return elements.empty() ? "; try without --result" : "; it has " + elements;
+}
+
+std::string describeUnusableReply(const std::string& message, const std::string& url,
+                                  const BQDictionary* failure) {
   if (message.starts_with("HTTP/")) {
     return (url + " answered with the status " + message).append(adviceFor(message));
   }
-  return "the reply of " + url + " is not usable: " + message + "; --verbose shows it";
+  std::string advice = adviceOnResult(message, failure);
+  return "the reply of " + url + " is not usable: " + message +
+         (advice.empty() ? "; --verbose shows it" : advice);
 }
 
 std::string describeTimeout(const Invocation& invocation) {
@@ -118,7 +148,7 @@ std::string describeTransportFailure(const BQDictionary* failure, const Invocati
   if (is(error, kBQStreamErrorDomainCustom, kTimedOut)) {
     line = describeTimeout(invocation);
   } else if (is(error, kBQStreamErrorDomainCustom, kUnusableReply)) {
-    line = describeUnusableReply(message, invocation.url);
+    line = describeUnusableReply(message, invocation.url, failure);
   } else if (error.domain == kMessageDomain) {
     line = "the call of " + invocation.url + " failed: " + continued(message);
   } else {

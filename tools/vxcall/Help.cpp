@@ -14,6 +14,7 @@ Calls a method of an XML-RPC or SOAP server and prints the result as JSON.
 PARAM is [NAME=][TYPE:]VALUE. TYPE is int, double, bool, string, date, base64,
 file (VALUE names a file of bytes), nil or json (VALUE is JSON, or @FILE).
 Without TYPE a VALUE is what it reads as. A FILE of - is standard input.
+XML-RPC sends no names: a=1 is sent as 1 there; string:a=1 is the text a=1.
 
 )";
 

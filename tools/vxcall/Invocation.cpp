@@ -6,6 +6,7 @@
 
 #include "Doubt.h"
 #include "Endpoint.h"
+#include "Loss.h"
 #include "Parameters.h"
 #include "Properties.h"
 #include "SavedInvocation.h"
@@ -31,12 +32,17 @@ Invocation describeInvocation(const Options& options) {
   return invocation;
 }
 
+void addNotes(Invocation& invocation, const std::vector<std::string>& notes) {
+  invocation.notes.insert(invocation.notes.end(), notes.begin(), notes.end());
+}
+
 }  // namespace
 
 Invocation makeInvocation(const Options& options) {
   Invocation invocation = options.load ? loadInvocation(*options.load) : describeInvocation(options);
-  std::vector<std::string> notes = doubtOptions(options, invocation.protocol);
-  invocation.notes.insert(invocation.notes.end(), notes.begin(), notes.end());
+  /* A file keeps all of a value; what is lost is told when it is loaded. */
+  if (!options.save) addNotes(invocation, describeLosses(invocation));
+  addNotes(invocation, doubtOptions(options, invocation.protocol));
   setProperties(options, [&invocation](const BQString* key, BQTypeRef value) {
     VXMethodInvocationSetProperty(invocation.handle.get(), key, value);
   });

@@ -20,7 +20,7 @@ struct Invocation {
   const BQString* protocol;
   std::string url;
   BQRef<const BQString> method;
-  /* What the user may have meant otherwise. */
+  /* What the user may have meant otherwise, or is lost on the way. */
   std::vector<std::string> notes = {};
 };
 

@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "Help.h"
+#include "common/ParseComplaint.h"
 #include "common/Spelling.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
@@ -157,7 +158,7 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return {std::nullopt, std::string(version.what()) + "\n"};
   } catch (const CLI::ParseError& error) {
-    std::string line = singleLine(error.what());
+    std::string line = describeParseError(error, app);
     throw UsageError(line + (line.ends_with('?') ? "" : "; vxcall --help shows the options"));
   }
   options.parameters = takeParameters(app);

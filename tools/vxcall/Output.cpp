@@ -14,12 +14,6 @@ bool isListable(BQTypeRef value) {
   return BQAdopt(BQPropertyListCreateXMLData(value)) != nullptr;
 }
 
-/* ".name", or ["name"] if it would not read as one. */
-std::string memberStep(std::string_view name) {
-  bool isPlain = !name.empty() && name.find_first_of(".[]\" \t\r\n") == std::string_view::npos;
-  return isPlain ? "." + singleLine(name) : "[\"" + singleLine(name) + "\"]";
-}
-
 std::string describeKind(BQTypeRef value) {
   if (value == nullptr || value == kBQNull) return "null";
   auto name = BQAdopt(BQCopyTypeIDDescription(BQGetTypeID(value)));
@@ -32,12 +26,12 @@ std::string formatJson(BQTypeRef value) {
   return jsonFromValue(value).dump(2) + "\n";
 }
 
-std::string describeUnlistable(BQTypeRef value, const std::string& path) {
+std::string describeUnlistable(BQTypeRef value, const ValuePath& path) {
   if (BQGetTypeID(value) == BQArrayGetTypeID()) {
     const auto* array = static_cast<const BQArray*>(value);
     for (BQIndex i = 0; i < BQArrayGetCount(array); ++i) {
       BQTypeRef item = BQArrayGetValueAtIndex(array, i);
-      if (!isListable(item)) return describeUnlistable(item, path + "[" + std::to_string(i) + "]");
+      if (!isListable(item)) return describeUnlistable(item, {&path, {}, i});
     }
   }
   if (BQGetTypeID(value) == BQDictionaryGetTypeID()) {
@@ -46,10 +40,10 @@ std::string describeUnlistable(BQTypeRef value, const std::string& path) {
     std::vector<BQTypeRef> names(count), values(count);
     BQDictionaryGetKeysAndValues(members, names.data(), values.data());
     for (size_t i = 0; i < count; ++i) {
-      if (!isListable(values[i])) return describeUnlistable(values[i], path + memberStep(textOf(names[i])));
+      if (!isListable(values[i])) return describeUnlistable(values[i], {&path, textOf(names[i])});
     }
   }
-  return path + " is " + describeKind(value);
+  return path.text() + " is " + describeKind(value);
 }
 
 std::optional<std::string> formatPropertyList(BQTypeRef value) {

@@ -7,6 +7,8 @@
 
 #include <BQ/BQBase.h>
 
+#include "ValuePath.h"
+
 namespace tools::vxcall {
 
 /* Any value as JSON, two blanks per level, with a line end. */
@@ -16,7 +18,7 @@ std::string formatJson(BQTypeRef value);
 std::optional<std::string> formatPropertyList(BQTypeRef value);
 
 /* Where in such a value, and what: "result.items[3] is null". `path` is what the value itself is called. */
-std::string describeUnlistable(BQTypeRef value, const std::string& path);
+std::string describeUnlistable(BQTypeRef value, const ValuePath& path);
 
 }  // namespace tools::vxcall
 

@@ -4,7 +4,6 @@
 #include <VX/VXConstants.h>
 #include <VX/VXProtocolHandler.h>
 
-#include "common/UsageError.h"
 #include "common/Value.h"
 
 namespace tools::vxcall {
@@ -24,15 +23,15 @@ Handler makeHandler(const Invocation& invocation) {
 
 }  // namespace
 
-std::string makeRequestDocument(const Invocation& invocation) {
+std::optional<std::string> makeRequestDocument(const Invocation& invocation) {
   const BQArray* order = nullptr;
   auto values = BQAdopt(VXMethodInvocationCopyParameters(invocation.handle.get(), &order));
   auto ownedOrder = BQAdopt(order);
   auto document = BQAdopt(VXProtocolHandlerCopyRequestDocument(
       makeHandler(invocation).get(), invocation.method.get(), values.get(), order, nullptr));
-  if (!document) throw UsageError("no request document can be made of these parameters");
-  return {reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),
-          static_cast<size_t>(BQDataGetLength(document.get()))};
+  if (!document) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(BQDataGetBytePtr(document.get())),
+                     static_cast<size_t>(BQDataGetLength(document.get())));
 }
 
 }  // namespace tools::vxcall

@@ -8,6 +8,7 @@
 #include <VX/VXConstants.h>
 #include <VX/VXMethodInvocation.h>
 
+#include "RequestDocument.h"
 #include "common/Text.h"
 #include "common/Value.h"
 
@@ -53,8 +54,7 @@ void addHeaders(std::string& trace, std::string_view mark, BQTypeRef captured) {
   }
 }
 
-void addBody(std::string& trace, BQTypeRef captured) {
-  std::string_view body = textOf(captured);
+void addBody(std::string& trace, std::string_view body) {
   trace += body;
   if (!body.empty() && body.back() != '\n') trace += '\n';
 }
@@ -65,17 +65,25 @@ void addStatusLine(std::string& trace, BQTypeRef response) {
   addLine(trace, "< ", textOf(line.get()));
 }
 
+/* The library captures nothing of a call that gets no reply. */
+void addDocument(std::string& trace, const Invocation& invocation) {
+  std::string document = makeRequestDocument(invocation).value_or("");
+  std::erase(document, '\r');
+  addBody(trace, document);
+}
+
 }  // namespace
 
 std::string traceOf(const BQDictionary* result, const Invocation& invocation) {
   std::string trace;
   BQTypeRef headers = BQDictionaryGetValue(result, kVXDebugOutgoingHeaders);
-  if (headers != nullptr) addLine(trace, "> ", requestLineOf(invocation));
+  addLine(trace, "> ", requestLineOf(invocation));
+  if (headers == nullptr) addDocument(trace, invocation);
   addHeaders(trace, "> ", headers);
-  addBody(trace, BQDictionaryGetValue(result, kVXDebugOutgoingBody));
+  addBody(trace, textOf(BQDictionaryGetValue(result, kVXDebugOutgoingBody)));
   addStatusLine(trace, BQDictionaryGetValue(result, kVXHTTPResponseMessage));
   addHeaders(trace, "< ", BQDictionaryGetValue(result, kVXDebugIncomingHeaders));
-  addBody(trace, BQDictionaryGetValue(result, kVXDebugIncomingBody));
+  addBody(trace, textOf(BQDictionaryGetValue(result, kVXDebugIncomingBody)));
   return trace;
 }
 

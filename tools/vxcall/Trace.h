@@ -12,7 +12,8 @@ namespace tools::vxcall {
 
 /*
  * The request line, which is made of the call as it began, and the status line, headers and bodies of
- * both directions, as far as the result dictionary has captured them.
+ * both directions, as far as the result dictionary has captured them; of a call without a reply the request
+ * line and the document.
  */
 std::string traceOf(const BQDictionary* result, const Invocation& invocation);
 

@@ -45,6 +45,12 @@ ExitStatus save(const Invocation& invocation, const std::string& path) {
   return complainOfWriting(path == "-" ? "standard output" : singleLine(path));
 }
 
+ExitStatus printRequest(const Invocation& invocation) {
+  std::optional<std::string> document = makeRequestDocument(invocation);
+  if (!document) throw UsageError("no request document can be made of these parameters");
+  return print(*document, kExitResult);
+}
+
 /* Makes the calls up to the first fault; the result is the last one's. */
 Result performCalls(const Invocation& invocation, const Options& options) {
   Call call(invocation, options.async);
@@ -70,7 +76,7 @@ ExitStatus printValue(BQTypeRef value, const Options& options) {
   if (options.output == "json") return print(formatJson(value), kExitResult);
   std::optional<std::string> list = formatPropertyList(value);
   if (list) return print(*list, kExitResult);
-  complain(describeUnlistable(value, "result") +
+  complain(describeUnlistable(value, {.name = "result"}) +
            ", for which a property list has no room; --output json does");
   return kExitFailure;
 }
@@ -79,7 +85,7 @@ ExitStatus run(const Options& options) {
   Invocation invocation = makeInvocation(options);
   for (const std::string& note : invocation.notes) complain("note: " + note);
   if (options.save) return save(invocation, *options.save);
-  if (options.printRequest) return print(makeRequestDocument(invocation), kExitResult);
+  if (options.printRequest) return printRequest(invocation);
   Result result = performCalls(invocation, options);
   if (!result) {
     complain("the call ended without a result");

@@ -4,10 +4,9 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <map>
 #include <mutex>
-#include <queue>
 #include <thread>
-#include <vector>
 
 struct MHD_Connection;
 
@@ -29,24 +28,27 @@ class HeldRequests {
   /* Suspends the connection for that many seconds. Called on its thread, from the access handler. */
   void hold(Request& request, MHD_Connection* connection, double seconds);
 
+  /* Resumes those whose peers have closed their connections, and marks them as cut short. */
+  void dropAbandoned();
+
   /* Resumes all, and marks them as cut short, and so every one that is held later. */
   void cutShort();
 
  private:
   using Time = std::chrono::steady_clock::time_point;
   struct Held {
-    Time due;
     Request* request;
     MHD_Connection* connection;
-    bool operator<(const Held& other) const { return due > other.due; }
   };
+  /* By the time at which they are due. */
+  using Queue = std::multimap<Time, Held>;
 
   void run();
-  void resumeFirst(bool cut);
+  Queue::iterator resume(Queue::iterator held, bool cut);
 
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::priority_queue<Held> held_;
+  Queue held_;
   bool isCut_ = false;
   bool isStopped_ = false;
   std::thread thread_;

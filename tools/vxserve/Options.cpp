@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "common/ParseComplaint.h"
 #include "common/Spelling.h"
 #include "common/Text.h"
 #include "common/UsageError.h"
@@ -69,7 +70,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
     app.exit(request, std::cout, std::cerr);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(singleLine(error.what()) + "; vxserve --help lists the options");
+    throw UsageError(describeParseError(error, app) + "; vxserve --help lists the options");
   }
   if (!app.remaining().empty()) {
     std::string argument = app.remaining().front(), suggestion = suggestOption(argument, app);

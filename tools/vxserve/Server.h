@@ -35,6 +35,8 @@ class Server {
   /* Accepts no more connections, and closes each behind the request that it is on. */
   void beginStop();
   bool isIdle() const { return requests_ == 0; }
+  /* Drops what is held back for peers that are gone. */
+  void dropAbandoned() { held_.dropAbandoned(); }
   /* Answers what is held back at once. */
   void cutShort() { held_.cutShort(); }
 
