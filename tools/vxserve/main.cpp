@@ -7,8 +7,6 @@
 #include <optional>
 #include <string>
 
-#include "Endpoint.h"
-#include "Handlers.h"
 #include "ListenSocket.h"
 #include "Options.h"
 #include "Server.h"
@@ -66,8 +64,6 @@ void drain(Server& server, const StopSignals& signals, std::chrono::seconds time
 ExitStatus serve(const Options& options) {
   StopSignals signals;
   ListenSocket socket(options.address, options.port);
-  /* The first use of the library, which has to come before the threads. */
-  handlerOf(*findEndpoint("/RPC2"));
   LibraryMute mute;
   Server server(options, socket);
   std::printf("listening on %s\n", socket.url().c_str());
