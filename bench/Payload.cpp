@@ -40,7 +40,7 @@ BQRef<const BQArray> makeIntegers(int count, int step) {
   return array;
 }
 
-void setMember(BQDictionary* record, const BQString* name, BQRef<const void> value) {
+void setMember(BQDictionary* record, const BQString* name, const BQRef<const void>& value) {
   BQDictionarySetValue(record, name, value.get());
 }
 
