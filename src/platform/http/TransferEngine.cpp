@@ -39,11 +39,15 @@ Transfer* transferOf(CURL* handle) {
 /* Outlives the engine, for objects that are destroyed even later in the thread. */
 thread_local bool isThreadEnding = false;
 
+/* Keeps the engines of the processes that this one comes from. Only the thread that forked has one. */
+void keepForEver(TransferEngine* engine) {
+  static auto* const engines = new std::vector<TransferEngine*>;
+  engines->push_back(engine);
+}
+
 struct Slot {
   std::unique_ptr<TransferEngine> engine;
   uint32_t forks = forkCount();
-  /* Those of the processes that this one comes from. */
-  std::vector<TransferEngine*> abandoned;
 
   ~Slot() {
     enterProcess();
@@ -53,7 +57,7 @@ struct Slot {
   void enterProcess() {
     if (std::exchange(forks, forkCount()) == forkCount() || engine == nullptr) return;
     TransferEngine* parents = engine.release();
-    abandoned.push_back(parents);
+    keepForEver(parents);
     parents->abandon();
   }
 };

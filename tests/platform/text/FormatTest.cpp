@@ -8,6 +8,12 @@
 
 #include "support/PlatformValues.h"
 
+/* The C library loses the list of folders that it makes of LOCPATH. Called by the sanitizer, if it is there.
+ */
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:__argz_add_sep\n";
+}
+
 namespace {
 
 using namespace values;
