@@ -31,7 +31,7 @@ struct BQHTTPMessage : bq::Object {
   using Object::Object;
 
   const std::vector<Field>& fields() const;
-  /* To be changed. */
+  /* Those that may be changed: of this message alone. */
   std::vector<Field>& ownFields();
   void shareFieldsOf(const BQHTTPMessage& other);
 

@@ -26,6 +26,8 @@ class TransferEngine {
 
   TransferEngine();
   ~TransferEngine();
+  TransferEngine(const TransferEngine&) = delete;
+  TransferEngine& operator=(const TransferEngine&) = delete;
 
   /*
    * Called before a stream is worked on. In a child of the process the engine that the thread had is
