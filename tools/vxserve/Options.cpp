@@ -47,7 +47,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("--max-body", options.maximumBody, "The largest body of a request (default 67108864)")
       ->check(wholeNumber(size_t{1}, std::numeric_limits<size_t>::max() / 2))
       ->type_name("BYTES");
-  app.add_option("--deadline", options.deadlineSeconds, "The time a request may take to arrive (default 30)")
+  app.add_option("--deadline", options.deadlineSeconds, "The time per request and per reply (default 30)")
       ->check(wholeNumber(1U, 86400U))
       ->type_name("SECONDS");
   app.add_flag("--log", options.log, "Print a line for each request on standard error");

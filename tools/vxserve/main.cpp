@@ -52,13 +52,10 @@ class StopSignals {
   sigset_t signals_;
 };
 
-/* Waits until no request runs that somebody waits for, at most for that time; another signal ends the wait.
- */
+/* Waits until no request runs, at most for that time; another signal ends the wait. */
 void drain(Server& server, const StopSignals& signals, std::chrono::seconds time) {
   auto end = std::chrono::steady_clock::now() + time;
-  while (!server.isIdle() && std::chrono::steady_clock::now() < end && !signals.waitShortly()) {
-    server.dropAbandoned();
-  }
+  while (!server.isIdle() && std::chrono::steady_clock::now() < end && !signals.waitShortly()) continue;
 }
 
 ExitStatus serve(const Options& options) {
