@@ -28,7 +28,7 @@ class CommandLineTest(unittest.TestCase):
                 (2, "--deadline: '0' is no", "--deadline", "0"), (2, "--max-body: '0' is no", "--max-body", "0"),
                 (2, "--max-body is given without its BYTES" + help_, "--max-body"), (2, "--log takes no value", "--log=x"),
                 (2, "there is no option 8080" + help_, "8080"), (2, "there is no option --nope" + help_, "--nope"),
-                (2, "there is no option --prot=1; did you mean --port?\n", "--prot=1"),
+                (2, "there is no option --prot; did you mean --port?\n", "--prot=1"),
                 (2, "there is no option --max; did you mean --max-body?\n", "--max"),
                 (1, "cannot listen on 127.0.0.1 port %d: Address already in use; give --port another port" % port, "--port", str(port)),
                 (1, "give --address an address of this machine", "--address", "192.0.2.1"),

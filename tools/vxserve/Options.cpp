@@ -8,7 +8,6 @@
 
 #include "common/ParseComplaint.h"
 #include "common/Spelling.h"
-#include "common/Text.h"
 #include "common/UsageError.h"
 #include "common/WholeNumber.h"
 
@@ -74,7 +73,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   }
   if (!app.remaining().empty()) {
     std::string argument = app.remaining().front(), suggestion = suggestOption(argument, app);
-    throw UsageError("there is no option " + singleLine(argument) +
+    throw UsageError("there is no option " + nameInArgument(argument) +
                      (suggestion.empty() ? "; vxserve --help lists the options" : suggestion));
   }
   return options;

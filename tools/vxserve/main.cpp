@@ -11,6 +11,7 @@
 #include "Options.h"
 #include "Server.h"
 #include "common/LibraryMute.h"
+#include "common/Terminal.h"
 #include "common/UsageError.h"
 
 namespace tools::vxserve {
@@ -23,7 +24,7 @@ constexpr std::chrono::seconds kGrace(10);
 constexpr std::chrono::seconds kLastGrace(1);
 
 void complain(const std::string& line) {
-  std::fprintf(stderr, "vxserve: %s\n", line.c_str());
+  tools::complain("vxserve", line);
 }
 
 /* The signals that stop the server, taken by one thread only. */

@@ -20,7 +20,6 @@ GOOD_REPLY = xmlrpc.client.dumps((1,), methodresponse=True)
 MISBEHAVIOURS = {
     # path: (status and reason, content type or None, body)
     "/status/404": ("404 Not Found", "text/html", "<html/>"),
-    "/status/503": ("503 Out To Lunch", "text/plain", "later"),
     "/image": ("200 OK", "image/png", "\x89PNG"),
     "/garbage": ("200 OK", "text/xml", '<?xml version="1.0"?><methodResponse><params></methodResponse>'),
     "/other-document": ("200 OK", "text/xml", '<?xml version="1.0"?><catalogue/>'),
