@@ -133,6 +133,9 @@ TEST(SOAPValue, MayStandElsewhere) {
       {"<v enc:arrayType='' href='#a'/><r id='a'>5</r>", "'5'"},
       {"<v enc:arrayType=''><i href='#a'/><i href='#a'/></v><r id='a' xsi:type='xsd:double'>5</r>",
        "[5d, 5d]"},
+      {"<v enc:arrayType=''><i href='#a'/><i xmlns:xsd='urn:o' href='#a'/><i href='#a'/></v>"
+       "<r id='a' xsi:type='xsd:int'>5</r>",
+       "[5, '5', 5]"},
       {"<v href='#a'/><r id='a'/>", "{}"},
       {"<v href='#a'/><r id='a' href='#b'/><r id='b'>x</r>", "{}"},
       {"<v href='#a'/><r id='a' xsi:type='xsd:int'/>", "0"},
