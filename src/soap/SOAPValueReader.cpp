@@ -225,6 +225,15 @@ bool SOAPValueReader::spendOnRereading(const BQTree* element) {
   return budget_.rereading >= 0 || fail(BQSTR("Too much is read again through references"));
 }
 
+Owned<const void> SOAPValueReader::parseParameter(const BQTree* element, NamespaceMap& namespaces) {
+  if (hasOverrides_) {
+    NamespaceMap::Scope scope(namespaces);
+    xmlGetElementNamespaces(element, &namespaces);
+    if (auto value = readByOverride(element, namespaces)) return value;
+  }
+  return parseSOAPType(element, namespaces);
+}
+
 Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, NamespaceMap& namespaces) {
   if (!enter(element, namespaces)) return nullptr;
   NamespaceMap::Scope scope(namespaces);

@@ -45,6 +45,9 @@ class SOAPValueReader {
   /* The value of an element in the namespaces of its parent; null, and a message, if it cannot be read. */
   Owned<const void> parseSOAPType(const BQTree* element, NamespaceMap& namespaces);
 
+  /* The same for a parameter of a request, about which overrides are asked once more. */
+  Owned<const void> parseParameter(const BQTree* element, NamespaceMap& namespaces);
+
   /* A copy of an element's name that does not keep the document alive. */
   Owned<const BQString> copyName(const BQTree* element);
 
