@@ -97,7 +97,8 @@ BQ_EXPORT extern const BQString* const kVXHTTPProxy;
 BQ_EXPORT extern const BQString* const kVXHTTPExtraHeaders;
 /**
  * "/VXHTTPCertificateAuthorityFile": a string: the path of a file of certificates (PEM) to trust
- * in place of the system's. A call whose file cannot be used fails.
+ * in place of the system's. A call fails if this is not a regular file that can be read, has no
+ * content or more than 16 MiB; one that has no usable certificates fails the TLS handshake.
  */
 BQ_EXPORT extern const BQString* const kVXHTTPCertificateAuthorityFile;
 /**

@@ -228,8 +228,8 @@ TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
   };
   const std::string tls = "Stream Error " + std::to_string(kBQStreamErrorDomainTLS) + " ";
   EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
-  EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), tls + std::to_string(kBQStreamTLSErrorCertificate));
-  EXPECT_EQ(failure(BQSTR("")), "Can't issue read stream open 2 -65794");
+  EXPECT_EQ(failure(BQSTR("/etc/passwd")), tls + std::to_string(kBQStreamTLSErrorCertificate));
+  EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), "Can't issue read stream open 2 -65794");
 }
 
 TEST(Transaction, CapturesWhatWasAskedFor) {
