@@ -152,7 +152,10 @@ BQ_EXPORT extern const BQString* const kVXSOAPMessageHeaders;
  * if unset.
  */
 BQ_EXPORT extern const BQString* const kVXSOAPMethodNamespaceURI;
-/** "/VXSOAPBodyEncodingStyle": one of the two constants below, recognised by identity. */
+/**
+ * "/VXSOAPBodyEncodingStyle": one of the two constants below, recognised by identity. A serialized
+ * invocation keeps only the text: set the property again on the copy.
+ */
 BQ_EXPORT extern const BQString* const kVXSOAPBodyEncodingStyle;
 /** "rpc": the rpc form of the body. */
 BQ_EXPORT extern const BQString* const kVXSOAPStyleRPC;

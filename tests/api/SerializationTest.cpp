@@ -33,7 +33,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     VXMethodInvocationSetParameters(handle, parameters, array({string("b"), string("a"), string("c")}));
     VXMethodInvocationSetProperty(handle, kVXMethodInvocationTimeoutValue, integer(5));
     VXMethodInvocationSetProperty(handle, kVXHTTPFollowsRedirects, kBQBooleanFalse);
-    VXMethodInvocationSetProperty(handle, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
+    VXMethodInvocationSetProperty(handle, kVXSOAPBodyEncodingStyle, string("rpc"));
     Value data = Value::adopt(VXMethodInvocationCopySerialization(handle));
     Value list = Value::adopt(BQPropertyListCreateFromXMLData(data, nullptr));
     EXPECT_EQ(BQDictionaryGetCount(list), 6);
@@ -44,7 +44,7 @@ TEST(Serialization, KeepsEverythingThatIsAPropertyList) {
     EXPECT_EQ(bytes(Value::adopt(VXMethodInvocationCopySerialization(copied))), bytes(data));
     EXPECT_EQ(bytes(Value::adopt(copied->wrapped->constructMessage(nullptr))),
               bytes(Value::adopt(handle->wrapped->constructMessage(nullptr))))
-        << "the protocol, the method, the parameters and the style are the same";
+        << "the protocol, the method, the parameters and the style are the same; a text is not the constant";
     EXPECT_EQ(Value::adopt(VXMethodInvocationCopyProperty(copied, kVXHTTPFollowsRedirects)).get(),
               kBQBooleanFalse);
   }
