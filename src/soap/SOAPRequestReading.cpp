@@ -40,7 +40,7 @@ const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, 
   auto order = own(BQArrayCreateMutable(0));
   for (const BQTree* child = BQTreeGetFirstChild(method); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
-    auto value = reader.parseSOAPType(child, namespaces);
+    auto value = reader.parseParameter(child, namespaces);
     if (const BQString* error = reader.takeError()) return error;
     auto name = reader.copyName(child);
     BQDictionarySetValue(parameters.get(), name.get(), value.get());

@@ -54,6 +54,34 @@ TEST(SOAPRequest, GivesItsMethodAndParameters) {
   EXPECT_NE(readRequest("<e:Envelope>").find(" (line "), std::string::npos) << "the parser's message";
 }
 
+BQTypeRef decline(VXMethodInvocationRef, const BQTree*, const BQTree*, void* calls) {
+  ++*static_cast<int*>(calls);
+  return nullptr;
+}
+
+TEST(SOAPRequest, OverrideThatDeclinesIsAskedOnceMoreAboutAParameter) {
+  const struct {
+    const char* content;
+    int callsForReply, callsForBoth;
+  } rows[] = {
+      {"<m><v>5</v></m>", 1, 3},
+      {"<m><w><v>5</v></w></m>", 2, 4},
+      {"<m><a href='#1'/><b href='#1'/></m><r id='1'><v>5</v></r>", 2, 4},
+  };
+  for (const auto& row : rows) {
+    vx::SOAPProtocolHandler handler(kVXSOAP2001Protocol);
+    int calls = 0;
+    VXClientContext context = {0, &calls, nullptr, nullptr, nullptr};
+    handler.addDeserializationOverride(BQSTR("*"), BQSTR("v"), decline, &context);
+    Value document = blob(body(row.content));
+    Value reply = Value::adopt(handler.parseReplyData(BQSTR("m"), document, kBQStringEncodingUTF8, nullptr));
+    EXPECT_EQ(calls, row.callsForReply) << row.content;
+    Value::adopt(handler.parsePostData(document, kBQStringEncodingUTF8, nullptr));
+    EXPECT_EQ(calls, row.callsForBoth) << row.content;
+    EXPECT_NE(notation(reply.get()).find("v: '5'"), std::string::npos) << "the library reads it";
+  }
+}
+
 /* The result dictionary of a reply to the method m. */
 std::string readReply(const std::string& document, const BQString* resultName = nullptr) {
   vx::SOAPProtocolHandler handler(kVXSOAP2001Protocol);

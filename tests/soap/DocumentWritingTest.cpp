@@ -5,7 +5,6 @@
 #include <string>
 
 #include "soap/SOAPProtocolHandler.h"
-#include "soap/SOAPWebServiceMethodInvocation.h"
 #include "support/Values.h"
 
 namespace {
@@ -129,18 +128,6 @@ TEST(SOAPRequestDocument, HoldsTheHeaderAsItIs) {
     EXPECT_EQ(request(kVXSOAP2001Protocol, {{kVXSOAPMessageHeaders, row.header}}, Value(), Value()),
               envelope(row.lines + body("        <add xmlns=\"urn:vx:method\">\n        </add>\n")));
   }
-}
-
-TEST(SOAPRequestDocument, TakesTheSettingsOfItsInvocation) {
-  vx::SOAPWebServiceMethodInvocation invocation(kVXSOAP1999Protocol, nullptr, BQSTR("add"));
-  invocation.setProperty(kVXSOAPMethodNamespaceURI, BQSTR("urn:x"));
-  invocation.setParameters(dictionary({{"a", integer(1)}}), nullptr);
-  EXPECT_EQ(bytes(Value::adopt(invocation.constructMessage(nullptr))),
-            envelope(body(R"(        <m:add xmlns:m="urn:x">
-          <a xsi:type="xsd:int">1</a>
-        </m:add>
-)"),
-                     kOpening1999));
 }
 
 TEST(SOAPReplyDocument, AnswersTheMethodOfTheRequest) {

@@ -14,6 +14,7 @@ USAGE = {
     "METHOD is missing": [[URL]],
     "cannot read /no/such/file: No such file": [["--load", "/no/such/file"], ["--ca", "/no/such/file", URL, "m"],
                                                 [URL, "m", "file:/no/such/file"], [URL, "m", "json:@/no/such/file"]],
+    "cannot trust /dev/zero: not a regular file": [["--ca", "/dev/zero", URL, "m"]],
     "holds no saved call": [["--load", "/dev/null"], ["--load", "/etc/passwd"]],
     "--load takes no URL": [["--load", "f", URL]],
     "--load": [["--load", "f", "-p", "xml-rpc"]],
