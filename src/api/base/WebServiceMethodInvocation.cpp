@@ -35,9 +35,7 @@ WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agree
 }
 
 WebServiceMethodInvocation::~WebServiceMethodInvocation() {
-  serviceURL = nullptr;
-  paramOrder = nullptr;
-  params = nullptr;
+  /* First, since what is released may call a function of the caller's that runs the loop. */
   dropSource();
   releaseContext(&clientContext);
 }
@@ -52,7 +50,8 @@ const BQURL* WebServiceMethodInvocation::getServiceURL() {
 
 void WebServiceMethodInvocation::setParameters(const BQDictionary* parameters,
                                                const BQArray* parameterOrder) {
-  params = retain(parameters);
+  /* Released last: a function of the caller's that this calls may set other parameters. */
+  const auto former = std::exchange(params, retain(parameters));
   if (parameterOrder != nullptr) {
     paramOrder = retain(parameterOrder);
   } else {
@@ -88,6 +87,10 @@ bool WebServiceMethodInvocation::giveUpCall() {
   if (source->isActive()) return false;
   dropSource();
   return true;
+}
+
+bool WebServiceMethodInvocation::waitsIn(BQRunLoop* runLoop, const BQString* mode) const {
+  return !isCallOver() && source->isIn(runLoop, mode);
 }
 
 bool WebServiceMethodInvocation::isCallOver() const {

@@ -86,7 +86,7 @@ class Describer {
       case kDictionaryTypeID:
         return addDictionary(static_cast<const BQDictionary*>(object));
       default:
-        return addInstance(object, describerOf(classOf(baseOf(object)->typeID)));
+        return addInstance(object, describerOf(classOf(typeIDOf(object))));
     }
   }
 
@@ -102,7 +102,7 @@ class Describer {
     Ref<const BQString> text;
     if (describer != nullptr) text = Ref<const BQString>::adopt(describer(object));
     if (text) return BQStringAppend(out_, text.get());
-    BQStringAppendFormat(out_, BQSTR("<%s %p>"), classOf(baseOf(object)->typeID)->className, object);
+    BQStringAppendFormat(out_, BQSTR("<%s %p>"), classOf(typeIDOf(object))->className, object);
   }
 
  private:
@@ -217,7 +217,7 @@ void appendFormattingDescription(MutableString* out, BQTypeRef object) {
     auto text = Ref<const BQString>::adopt(BQCopyDescription(object)); /* `out` may be in the container */
     return BQStringAppend(out, text.get());
   }
-  const BQRuntimeClass* runtimeClass = object == nullptr ? nullptr : classOf(baseOf(object)->typeID);
+  const BQRuntimeClass* runtimeClass = object == nullptr ? nullptr : classOf(typeIDOf(object));
   if (runtimeClass != nullptr && runtimeClass->copyFormattingDesc != nullptr) {
     Describer(out).addInstance(object, runtimeClass->copyFormattingDesc);
   } else {
