@@ -115,11 +115,11 @@ class Describer {
     for (size_t i = 0; i < text.size(); ++i) {
       const char* escape = escapeOf(text[i]);
       if (escape == nullptr) continue;
-      add(text.substr(start, i - start));
+      appendForDisplay(out_, text.substr(start, i - start), false);
       add(escape);
       start = i + 1;
     }
-    add(text.substr(start));
+    appendForDisplay(out_, text.substr(start), false);
     add("\"");
   }
 
@@ -237,5 +237,6 @@ const BQString* BQCopyDescription(BQTypeRef object) {
 
 void BQShow(BQTypeRef object) {
   auto text = bq::Ref<const BQString>::adopt(BQCopyDescription(object));
-  std::fprintf(stderr, "%s\n", BQStringGetUTF8Ptr(text.get()));
+  auto shown = bq::Ref<const BQString>::adopt(BQStringCreateForDisplay(text.get(), true));
+  std::fprintf(stderr, "%s\n", BQStringGetUTF8Ptr(shown.get()));
 }
