@@ -105,7 +105,7 @@ const BQDictionary* SOAPProtocolHandler::parsePostData(const BQData* data, unsig
   NamespaceMap namespaces = topNamespaces(tree.get());
   auto message = own(xmlInterrogateElements(tree.get(), namespaces, table, std::ssize(table), nullptr));
   if (message == nullptr) return BQDictionaryCreateCopy(request.getImmutableDict());
-  if (gVXDebug != 0) vxPrintf(BQSTR("#### Parse Post Error: %@"), message.get());
+  if (gVXDebug != 0) vxPrintf(BQSTR("#### Parse Post Error: %@"), onOneLine(message.get()).get());
   return nullptr;
 }
 

@@ -349,8 +349,8 @@ Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subj
 /* The value, or null and perhaps the kind of a container. */
 Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject,
                                                   VXTypeID* kind) {
-  if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), typeName);
-  if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", typeName);
+  if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), onOneLine(typeName).get());
+  if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", onOneLine(typeName).get());
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
   xmlNamespaceQualify(subject.namespaces, typeName, &uri, &local);

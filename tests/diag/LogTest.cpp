@@ -19,6 +19,7 @@
 namespace {
 
 using namespace support;
+using namespace std::string_view_literals;
 
 class Log : public testing::Test {
  protected:
@@ -48,6 +49,13 @@ TEST_F(Log, CharactersAreThoseOfTheLegacyWesternEncoding) {
   Value mixed = string("\u00e9 \u65e5\u672c \U0001F600!");
   EXPECT_EQ(written([&] { vx::_vxLogf("%@", mixed.get()); }, 1), prefix_ + "\x8e .. .!\n");
   EXPECT_EQ(written([&] { vx::vxPrintf(mixed); }), "\x8e .. .!");
+}
+
+TEST_F(Log, ControlCharactersAreEscaped) {
+  Value controls = string("\0\x1b[2J\r\x7f\u009b\u061c\u200e\u202e\u2069\n\tx"sv);
+  EXPECT_EQ(written([&] { vx::vxPrintf(controls); }),
+            "\\u0000\\u001b[2J\\u000d\\u007f\\u009b\\u061c\\u200e\\u202e\\u2069\n\tx");
+  EXPECT_EQ(text(vx::onOneLine(string("a\n\tb")).get()), "a\\u000a\\u0009b");
 }
 
 TEST_F(Log, PrintAddsNothingAndNeedsNoSwitch) {

@@ -26,12 +26,12 @@ std::string dump(const Value& document, int depth) {
 
 TEST(TreeDump, ShowsNodesWithTheirAttributesByLevel) {
   Value document = tree(
-      "<r:root b='2' a='1 &amp; &lt;'> <inner>some<![CDATA[ <raw> ]]>&undeclared;</inner>\n <empty/>"
+      "<r:root b='&#10;2' a='1 &amp; &lt;'> <inner>some<![CDATA[ <raw> ]]>&undeclared;</inner>\n <empty/>"
       "<!-- a comment --></r:root>");
   EXPECT_EQ(dump(document, 0),
             "   - 0x: type kBQXMLNodeTypeElement, name r:root\n"
             "      [ -- 2 ATTRIBUTES --\n"
-            "        { b: 2 }\n"
+            "        { b: \\u000a2 }\n"
             "        { a: 1 & < }\n"
             "      ]\n"
             "     - 0x: type kBQXMLNodeTypeElement, name inner\n"

@@ -25,9 +25,7 @@ WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agree
 }
 
 WebServiceMethodInvocation::~WebServiceMethodInvocation() {
-  serviceURL = nullptr;
-  paramOrder = nullptr;
-  params = nullptr;
+  /* First, since what is released may call a function of the caller's that runs the loop. */
   dropSource();
   releaseContext(&clientContext);
 }
@@ -42,7 +40,8 @@ const BQURL* WebServiceMethodInvocation::getServiceURL() {
 
 void WebServiceMethodInvocation::setParameters(const BQDictionary* parameters,
                                                const BQArray* parameterOrder) {
-  params = retain(parameters);
+  /* Released last: a function of the caller's that this calls may set other parameters. */
+  const auto former = std::exchange(params, retain(parameters));
   if (parameterOrder != nullptr) {
     paramOrder = retain(parameterOrder);
   } else {
@@ -78,6 +77,10 @@ bool WebServiceMethodInvocation::giveUpCall() {
   if (source->isActive()) return false;
   dropSource();
   return true;
+}
+
+bool WebServiceMethodInvocation::waitsIn(BQRunLoop* runLoop, const BQString* mode) const {
+  return !isCallOver() && source->isIn(runLoop, mode);
 }
 
 bool WebServiceMethodInvocation::isCallOver() const {
