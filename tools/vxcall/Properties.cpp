@@ -95,7 +95,7 @@ void setCertificateAuthority(const std::string& file, const SetProperty& set) {
   }
   std::error_code error;
   if (!std::filesystem::is_regular_file(file, error)) {
-    throw UsageError("cannot trust " + singleLine(file) + ": not a regular file");
+    throw UsageError("cannot trust " + file + ": not a regular file");
   }
   std::filesystem::path path = std::filesystem::absolute(file, error);
   set(kVXHTTPCertificateAuthorityFile, makeString(error ? file : path.string()).get());
