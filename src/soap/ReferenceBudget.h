@@ -2,6 +2,8 @@
 #ifndef VX_SOAP_REFERENCE_BUDGET_H
 #define VX_SOAP_REFERENCE_BUDGET_H
 
+#include <BQ/BQBase.h>
+
 namespace vx {
 
 /*
@@ -18,6 +20,8 @@ struct ReferenceBudget {
    * memory of the new values. Each body adds kRereadingsOfBody times its own size.
    */
   long rereading = 1L << 20;
+  /* What was spent first, a constant message; null while nothing is. */
+  const BQString* spent = nullptr;
 
   static constexpr long kRereadingsOfBody = 32;
 };

@@ -198,6 +198,8 @@ bool SOAPValueReader::fail(const BQString* message) {
 bool SOAPValueReader::enter(const BQTree* element, const NamespaceMap& namespaces) {
   if (depth() >= kMaximumDepth) return fail(BQSTR("Values are nested too deep"));
   if (namespaces.longestNamespace() > kLongestNamespace) return fail(BQSTR("A namespace is too long"));
+  /* The next method of a reply does not get to look at what the last one could not afford. */
+  if (references_ > 0 && budget_.spent != nullptr) return fail(budget_.spent);
   if (references_ > 0 && !spend({1, textIn(element)}, repeats_ > 0)) return false;
   if (repeats_ > 0 && !spendOnRereading(element)) return false;
   inProgress_.push_back(element);
@@ -208,10 +210,10 @@ bool SOAPValueReader::spend(Cost cost, bool isRepeated) {
   cost_.elements += cost.elements;
   cost_.text += cost.text;
   if ((budget_.elements -= cost.elements) < 0) {
-    return fail(BQSTR("Too many elements are read through references"));
+    return exhaust(BQSTR("Too many elements are read through references"));
   }
   if (isRepeated && (budget_.text -= cost.text) < 0) {
-    return fail(BQSTR("Too much text is read through repeated references"));
+    return exhaust(BQSTR("Too much text is read through repeated references"));
   }
   return true;
 }
@@ -222,7 +224,12 @@ bool SOAPValueReader::spendOnRereading(const BQTree* element) {
   if (budget_.rereading < 0 && !std::exchange(isBodyCredited_, true)) {
     budget_.rereading += ReferenceBudget::kRereadingsOfBody * bytesBelow(root_);
   }
-  return budget_.rereading >= 0 || fail(BQSTR("Too much is read again through references"));
+  return budget_.rereading >= 0 || exhaust(BQSTR("Too much is read again through references"));
+}
+
+bool SOAPValueReader::exhaust(const BQString* message) {
+  budget_.spent = message;
+  return fail(message);
 }
 
 Owned<const void> SOAPValueReader::parseParameter(const BQTree* element, NamespaceMap& namespaces) {

@@ -97,6 +97,7 @@ class SOAPValueReader {
   bool enter(const BQTree* element, const NamespaceMap& namespaces);
   bool spend(Cost cost, bool isRepeated);
   bool spendOnRereading(const BQTree* element);
+  bool exhaust(const BQString* message);
   bool fail(const BQString* message);
 
   const BQTree* const root_;
