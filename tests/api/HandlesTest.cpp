@@ -17,10 +17,6 @@ VXMethodInvocationRef invocationOf(const Value& handle) {
   return handle.as<OpaqueVXMethodInvocationRef>();
 }
 
-VXProtocolHandlerRef handlerOf(const Value& handle) {
-  return handle.as<OpaqueVXProtocolHandlerRef>();
-}
-
 TEST(Handles, AreMadeForTheProtocolConstantsThemselves) {
   for (const BQString* protocol : kProtocols) {
     Value invocation = makeInvocation(protocol);
@@ -83,9 +79,7 @@ TEST(Handles, TheLastReleaseDestroysWhatTheyHold) {
   }
 }
 
-BQ_DEFINE_STATIC_STRING(kMode, "a mode");
-
-/* What the functions of the caller's do that are called while handles are finalised: use the handles. */
+/* Its context uses the handles while they are finalised; a null handle is that of the other kind. */
 struct LastUse {
   VXMethodInvocationRef invocation;
   VXProtocolHandlerRef handler;
@@ -100,38 +94,37 @@ struct LastUse {
     BQRelease(BQRetain(handler));
     VXClientContext again = context();
     VXMethodInvocationSetCallBack(invocation, nullptr, &again);
-    VXMethodInvocationAddSerializationOverride(invocation, 0, nullptr, &again);
     VXProtocolHandlerSetSerializationOverride(handler, 0, nullptr, &again);
-    VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), kMode);
+    VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
     EXPECT_EQ(VXMethodInvocationInvoke(invocation), nullptr);
-    EXPECT_EQ(VXProtocolHandlerCopyRequestDocument(handler, BQSTR("m"), nullptr, nullptr, nullptr), nullptr);
   }
 };
 
+/* A parameter runs the loop that the invocation is on. */
 TEST(Handles, MayBeUsedWhileTheyAreFinalised) {
-  static const BQRuntimeClass runner = {
-      0,       "Runner", nullptr, nullptr, [](BQTypeRef) { BQRunLoopRunInMode(kMode, 0, false); },
-      nullptr, nullptr,  nullptr, nullptr};
+  static const auto runLoop = [](BQTypeRef) { BQRunLoopRunInMode(BQSTR("mode"), 0, false); };
+  static const BQRuntimeClass runner = {0,       "Runner", nullptr, nullptr, runLoop,
+                                        nullptr, nullptr,  nullptr, nullptr};
   static const BQTypeID runnerID = _BQRuntimeRegisterClass(&runner);
   for (const BQString* protocol : kProtocols) {
-    Value handle = makeInvocation(protocol);
-    LastUse ofInvocation{invocationOf(handle), nullptr};
-    VXClientContext context = ofInvocation.context();
-    VXMethodInvocationSetCallBack(invocationOf(handle), nullptr, &context);
-    VXMethodInvocationAddDeserializationOverride(invocationOf(handle), nullptr, nullptr, nullptr, &context);
-    Value runnerObject = Value::adopt(_BQRuntimeCreateInstance(runnerID, 0));
-    VXMethodInvocationSetParameters(invocationOf(handle), dictionary({{"p", runnerObject}}), nullptr);
-    runnerObject = Value();
-    VXMethodInvocationScheduleWithRunLoop(invocationOf(handle), BQRunLoopGetCurrent(), kMode);
-    handle = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
-    LastUse ofHandler{nullptr, handlerOf(handle)};
-    context = ofHandler.context();
-    VXProtocolHandlerSetSerializationOverride(handlerOf(handle), 0, nullptr, &context);
-    VXProtocolHandlerSetDeserializationOverride(handlerOf(handle), nullptr, BQSTR("n"), nullptr, &context);
-    handle = Value();
+    LastUse ofInvocation{VXMethodInvocationCreate(url("http://h/"), nullptr, protocol), nullptr};
+    LastUse ofHandler{nullptr, VXProtocolHandlerCreate(nullptr, protocol)};
+    VXClientContext contexts[] = {ofInvocation.context(), ofHandler.context()};
+    Value order = array({Value::adopt(_BQRuntimeCreateInstance(runnerID, 0))});
+    VXMethodInvocationSetParameters(ofInvocation.invocation, nullptr, order);
+    order = Value();
+    VXMethodInvocationSetCallBack(ofInvocation.invocation, nullptr, &contexts[0]);
+    VXMethodInvocationAddDeserializationOverride(ofInvocation.invocation, nullptr, nullptr, nullptr,
+                                                 &contexts[0]);
+    VXMethodInvocationScheduleWithRunLoop(ofInvocation.invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
+    VXProtocolHandlerSetSerializationOverride(ofHandler.handler, 0, nullptr, &contexts[1]);
+    VXProtocolHandlerSetDeserializationOverride(ofHandler.handler, nullptr, BQSTR("n"), nullptr,
+                                                &contexts[1]);
+    BQRelease(ofInvocation.invocation);
+    BQRelease(ofHandler.handler);
     EXPECT_EQ(ofInvocation.releases, 2);
     EXPECT_EQ(ofHandler.releases, 2);
-    EXPECT_EQ(BQRunLoopRunInMode(kMode, 0, false), kBQRunLoopRunFinished);
+    EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished);
   }
 }
 
@@ -161,31 +154,6 @@ TEST(MethodInvocation, ParametersReadBackWithTheirOrder) {
   EXPECT_EQ(parametersOf(invocation), "- ['a', 'missing']");
   VXMethodInvocationSetParameters(invocation, nullptr, nullptr);
   EXPECT_EQ(parametersOf(invocation), "- -");
-}
-
-TEST(MethodInvocation, TheCallbackContextIsReleasedWhenItIsReplaced) {
-  Value handle = makeInvocation(kVXXMLRPCProtocol);
-  VXMethodInvocationRef invocation = invocationOf(handle);
-  CountingContext first, second;
-  VXClientContext contexts[] = {first.context(), second.context()};
-  auto ignore = [](VXMethodInvocationRef, void*, const BQDictionary*) {};
-  VXMethodInvocationSetCallBack(invocation, ignore, &contexts[0]);
-  VXMethodInvocationSetCallBack(invocation, ignore, &contexts[1]);
-  EXPECT_EQ(first.released, 1);
-  EXPECT_EQ(second.released, 0);
-  VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
-  EXPECT_EQ(second.retained, 1);
-  EXPECT_EQ(second.released, 1);
-}
-
-TEST(MethodInvocation, MayBeTakenOffARunLoopThatItNeverWasOn) {
-  Value handle = makeInvocation(kVXXMLRPCProtocol);
-  VXMethodInvocationRef invocation = invocationOf(handle);
-  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
-  EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished);
-  VXMethodInvocationScheduleWithRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
-  VXMethodInvocationUnscheduleFromRunLoop(invocation, BQRunLoopGetCurrent(), BQSTR("mode"));
-  EXPECT_EQ(BQRunLoopRunInMode(BQSTR("mode"), 0, false), kBQRunLoopRunFinished) << "never performed";
 }
 
 }  // namespace
