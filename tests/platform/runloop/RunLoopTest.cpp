@@ -14,7 +14,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -100,7 +99,8 @@ class Scenario {
         {"timer", [&] { note(BQRunLoopTimerIsValid(timer->get()) ? "valid" : "invalid"); }},
         {"date", [&] { timer->setDate(Timer::now() + number(detail)); }},
         {"next", [&] { log_ << " +" << BQRunLoopTimerGetNextFireDate(timer->get()) - Timer::now(); }},
-        {"interest", [&] { dynamic_cast<Descriptor*>(item)->setInterest(readiness(detail)); }},
+        {"interest",
+         [&] { BQFileDescriptorSetInterest(dynamic_cast<Descriptor*>(item)->get(), readiness(detail)); }},
         {"send", [&] { EXPECT_EQ(write(sockets_[name]->fds[1], "x", 1), 1); }},
         {"receive", [&] { EXPECT_EQ(read(sockets_[name]->fds[0], &byte, 1), 1); }},
         {"hangup", [&] { close(std::exchange(sockets_[name]->fds[1], -1)); }},
@@ -109,9 +109,9 @@ class Scenario {
         {"run", [&] { run(false); }},
         {"serve", [&] { run(true); }},
         {"runall", [] { BQRunLoopRun(); }},
-        {"stop", [] { BQRunLoopStop(currentLoop()); }},
-        {"wake", [] { BQRunLoopWakeUp(currentLoop()); }},
-        {"mode", [&] { note(values::text(values::own(BQRunLoopCopyCurrentMode(currentLoop())))); }},
+        {"stop", [] { BQRunLoopStop(BQRunLoopGetCurrent()); }},
+        {"wake", [] { BQRunLoopWakeUp(BQRunLoopGetCurrent()); }},
+        {"mode", [&] { note(values::text(values::own(BQRunLoopCopyCurrentMode(BQRunLoopGetCurrent())))); }},
         {"advance", [&] { time_.advance(bq::nanosecondsOf(number(name))); }},
     };
     actions.at(verb)();
@@ -166,7 +166,7 @@ TEST(Scenarios, HaveTheirOutcome) {
       line.replace(line.size() - 1, 1, rest);
     const size_t bar = line.find(" | "), arrow = line.find(" => ");
     if (line.starts_with('#') || arrow == std::string::npos) continue;
-    std::cout << line.substr(0, bar) << std::endl; /* names a row that hangs */
+    std::cout << line.substr(0, bar) << std::endl; /* the last is that of a row that hangs */
     for (const char* due : kDue) {
       std::string script = line.substr(bar + 3, arrow - bar - 3);
       const bool isVaried = script.starts_with("DUE");
@@ -180,12 +180,10 @@ TEST(Scenarios, HaveTheirOutcome) {
   EXPECT_GT(rows, 0);
 }
 
-/* By the system's clock all are due at once; equal dates must be equal however often it was read meanwhile.
- */
+/* By the system's clock all are due at once: it is read again for each, and equal dates must stay equal. */
 TEST(RunLoop, ManyAreServedInOrder) {
   for (const bool isSimulated : {true, false}) {
-    std::optional<SimulatedTime> time;
-    if (isSimulated) time.emplace();
+    const auto time = isSimulated ? std::make_unique<SimulatedTime>() : nullptr;
     const BQAbsoluteTime start = Timer::now() - (isSimulated ? 0 : 200);
     std::mt19937 random(1);
     std::deque<Timer> timers;
@@ -245,7 +243,7 @@ TEST(Threads, WakeALoopThatSleeps) {
       for (std::atomic<int> delay{seen % 100}; delay > 0;) --delay;
     });
     source.add(kMode), source.add(kOtherMode);
-    const auto produce = [&, loop = currentLoop()] {
+    const auto produce = [&, loop = BQRunLoopGetCurrent()] {
       for (int round = 0; round < 100; ++round) {
         const int ticket = ++produced;
         source.signal();
@@ -299,7 +297,7 @@ TEST(Threads, LoopThatIsHeldOutlivesItsThreadHarmlessly) {
   SocketPair sockets;
   Descriptor descriptor(sockets.fds[0], kBQFileDescriptorRead);
   std::thread([&] {
-    loop = bq::Ref<BQRunLoop>::retain(currentLoop());
+    loop = bq::Ref<BQRunLoop>::retain(BQRunLoopGetCurrent());
     source.add(), source.add(kOtherMode), timer.add(), descriptor.add();
     source.signal();
     EXPECT_EQ(BQGetRetainCount(source.get()), 3);

@@ -18,10 +18,6 @@ BQ_DEFINE_STATIC_STRING(kOtherMode, "b");
 
 inline constexpr double kNoLimit = 1e30;
 
-inline BQRunLoop* currentLoop() {
-  return BQRunLoopGetCurrent();
-}
-
 /* One pass that does not wait. */
 inline BQRunLoopRunResult runOnce(const BQString* mode = kMode) {
   return BQRunLoopRunInMode(mode, 0, false);
@@ -73,8 +69,8 @@ class ItemOf : public Item {
   ~ItemOf() override { kInvalidate(get()); }
 
   Object* get() const { return object_.get(); }
-  void add(const BQString* mode = kMode) override { kAdd(currentLoop(), get(), mode); }
-  void remove(const BQString* mode = kMode) override { kRemove(currentLoop(), get(), mode); }
+  void add(const BQString* mode = kMode) override { kAdd(BQRunLoopGetCurrent(), get(), mode); }
+  void remove(const BQString* mode = kMode) override { kRemove(BQRunLoopGetCurrent(), get(), mode); }
   void invalidate() override { kInvalidate(get()); }
   void release() override { object_ = nullptr; }
 
@@ -124,8 +120,6 @@ class Descriptor : public ItemOf<BQFileDescriptor, BQRunLoopAddFileDescriptor, B
     };
     object_ = values::own(BQFileDescriptorCreate(fd, interest, callback, static_cast<Item*>(this)));
   }
-
-  void setInterest(uint32_t interest) { BQFileDescriptorSetInterest(get(), interest); }
 };
 
 /* Two connected sockets. */
