@@ -10,7 +10,9 @@
  *   3. looks for ready file descriptors of M, waiting for them, the next timer, a wake-up or the
  *      time limit if steps 1 and 2 did nothing and no source is signalled; calls them.
  * Any callback may add, remove, invalidate or release any source, timer, descriptor, itself
- * included, and may run the loop again, in any mode.
+ * included, and may run the loop again, in any mode. Such a run does not perform the source, or fire the
+ * timer, from whose callback it was started; a signal that the source gets meanwhile is served after its
+ * perform has returned.
  *
  * Functions are called on the run loop's own thread, except BQRunLoopSourceSignal,
  * BQRunLoopWakeUp and BQRunLoopStop, which any thread may call; a source that is signalled from

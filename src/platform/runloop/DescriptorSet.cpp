@@ -22,7 +22,7 @@ constexpr uint32_t kEndEvents = EPOLLERR | EPOLLHUP;
 /* No watch has this number. */
 constexpr uint32_t kWakeUpNumber = 0;
 
-/* Who waits for reading or writing finds out about an end or an error by trying. */
+/* Reading or writing reports an end or an error, so both count as ready for either. */
 uint32_t readinessOf(uint32_t events) {
   uint32_t ready = 0;
   if ((events & (kReadEvents | kEndEvents)) != 0) ready |= kBQFileDescriptorRead;
@@ -83,7 +83,6 @@ void DescriptorSet::erase(DescriptorEntry& entry) {
   waiting_ -= watch.isWaiting;
   dropRegistration(fd, watch);
   if (watch.isChanged) std::erase(changed_, fd);
-  if (watch.isAlwaysReady) std::erase(alwaysReady_, fd);
   watches_.erase(found);
 }
 
@@ -132,19 +131,16 @@ void DescriptorSet::registerChanges() {
 }
 
 /*
- * A watch that loses its interest stays as it is until it is reported: mostly the interest comes back
- * before. What the set holds can differ from what we know where a file descriptor was closed before it
- * was removed.
+ * A watch that loses its interest stays registered until it is reported, because the interest usually comes
+ * back first. The set may no longer hold a watch that is registered: the caller may have closed the file
+ * descriptor before removing it.
  */
 void DescriptorSet::registerWatch(int fd, Watch& watch) {
   const uint32_t wanted = watch.wantedEvents();
-  if (wanted == 0 || wanted == watch.registered || watch.isAlwaysReady) return;
+  if (wanted == 0 || wanted == watch.registered) return;
   epoll_event event = {.events = wanted, .data = {.u64 = packEventData(fd, watch.number)}};
   if (watch.registered == 0 || epoll_ctl(epoll_, EPOLL_CTL_MOD, fd, &event) != 0) {
-    if (epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EPERM) {
-      watch.isAlwaysReady = true;
-      alwaysReady_.push_back(fd);
-    }
+    hasRefused_ |= epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event) != 0 && errno == EPERM;
   }
   watch.registered = wanted;
 }
@@ -154,19 +150,23 @@ void DescriptorSet::dropRegistration(int fd, Watch& watch) {
 }
 
 void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& ready) {
+  constexpr Nanoseconds kRetryInterval = 10'000'000;
   ++waits_;
   ready.count = 0;
   if (timeout == 0 && !isWaiting()) return;
-  if (!open(wakeUp)) return waitWithoutSet(millisecondsOf(timeout), wakeUp, ready);
-  registerChanges();
-  const bool isReady = std::any_of(alwaysReady_.begin(), alwaysReady_.end(),
-                                   [this](int fd) { return watches_[fd].isWaiting; });
-  if (isReady) timeout = 0;
+  const bool hasSet = open(wakeUp);
+  if (hasSet) {
+    registerChanges();
+  } else {
+    timeout = std::min(timeout, kRetryInterval);
+  }
+  const bool isPolled = !hasSet || hasRefused_;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
-  if (timeout != 0 && clock == nullptr && waitAwake(timeout, ready)) return;
-  const int count =
-      epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, isSimulated ? 0 : millisecondsOf(timeout));
+  if (timeout != 0 && clock == nullptr && !isPolled && waitAwake(timeout, ready)) return;
+  const int limit = isSimulated ? 0 : millisecondsOf(timeout);
+  const int count = isPolled ? pollWatches(limit, wakeUp, ready)
+                             : epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, limit);
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
 }
@@ -198,26 +198,23 @@ bool DescriptorSet::waitAwake(Nanoseconds timeout, ReadyDescriptors& ready) {
 }
 
 /*
- * Where the process has no file descriptors left for a set of our own, the wait is cut into short
- * ones, after each of which the set is tried again.
+ * Used where epoll does not work: for files that never block, which it refuses, and while the process has no
+ * file descriptor left for a set.
  */
-void DescriptorSet::waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const {
-  constexpr int kRetryMilliseconds = 10;
+int DescriptorSet::pollWatches(int timeout, int wakeUp, ReadyDescriptors& ready) const {
   std::vector<pollfd> items = {{wakeUp, POLLIN, 0}};
   for (const auto& [fd, watch] : watches_) {
-    const auto wanted = static_cast<short>(watch.wantedEvents());
-    if (wanted != 0) items.push_back({fd, wanted, 0});
+    if (watch.isWaiting) items.push_back({fd, static_cast<short>(watch.wantedEvents()), 0});
   }
-  const int longest = timeout < 0 ? kRetryMilliseconds : std::min(timeout, kRetryMilliseconds);
-  const int count = poll(items.data(), items.size(), longest);
-  if (count < 0) poll(nullptr, 0, longest); /* more items than descriptors are allowed */
-  if (count <= 0) return;
-  for (size_t index = 1; index < items.size() && ready.count < ReadyDescriptors::kMost; ++index) {
-    const auto events = static_cast<uint32_t>(items[index].revents); /* the same bits */
-    if (events == 0) continue;
-    const uint64_t data = packEventData(items[index].fd, watches_.at(items[index].fd).number);
-    ready.events[ready.count++] = {.events = events, .data = {.u64 = data}};
+  poll(items.data(), items.size(), timeout);
+  int count = 0;
+  for (const pollfd& item : items) {
+    if (item.revents == 0 || count == ReadyDescriptors::kMost) continue;
+    const uint32_t number = item.fd == wakeUp ? kWakeUpNumber : watches_.at(item.fd).number;
+    const auto events = static_cast<uint32_t>(item.revents); /* epoll has the same bits */
+    ready.events[count++] = {.events = events, .data = {.u64 = packEventData(item.fd, number)}};
   }
+  return count;
 }
 
 /*
@@ -233,18 +230,6 @@ bool DescriptorSet::serve(const ReadyDescriptors& ready) {
     if (number == kWakeUpNumber) continue;
     const uint32_t readiness = readinessOf(ready.events[index].events);
     served |= serveWatch(static_cast<int>(data & 0xFFFFFFFF), number, readiness);
-  }
-  return (waits_ == wait && serveAlwaysReady()) || served;
-}
-
-bool DescriptorSet::serveAlwaysReady() {
-  if (alwaysReady_.empty()) return false;
-  const uint64_t wait = waits_;
-  bool served = false;
-  for (const int fd : std::vector<int>(alwaysReady_)) {
-    const auto found = watches_.find(fd);
-    if (waits_ != wait || found == watches_.end()) continue;
-    served |= serveWatch(fd, found->second.number, kBQFileDescriptorRead | kBQFileDescriptorWrite);
   }
   return served;
 }

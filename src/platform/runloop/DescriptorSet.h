@@ -48,14 +48,14 @@ class DescriptorSet {
   void interestChanged(int fd);
 
   bool hasEntries() const { return !watches_.empty(); }
-  /* Whether any of them has an interest. */
+  /* True if any of them has an interest. */
   bool isWaiting() const { return waiting_ > 0; }
   /* Any of the entries; there must be one. */
   DescriptorEntry& anyEntry() const { return *watches_.begin()->second.entries.front(); }
 
   /* Waits for a descriptor, for `wakeUp` to become readable or for the time to pass. */
   void wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& ready);
-  /* Calls the descriptors that the last wait found. Whether any was called. */
+  /* Calls the descriptors that the last wait found. True if any was called. */
   bool serve(const ReadyDescriptors& ready);
 
  private:
@@ -66,8 +66,6 @@ class DescriptorSet {
     uint32_t registered = 0;
     bool isChanged = false;
     bool isWaiting = false;
-    /* Files of the kinds that epoll refuses never block. */
-    bool isAlwaysReady = false;
     std::vector<DescriptorEntry*> entries;
 
     uint32_t wantedEvents() const;
@@ -78,11 +76,11 @@ class DescriptorSet {
   void forgetRegistrations();
   void close();
   bool waitAwake(Nanoseconds timeout, ReadyDescriptors& ready);
-  void waitWithoutSet(int timeout, int wakeUp, ReadyDescriptors& ready) const;
+  /* The same as epoll_wait, without the set. */
+  int pollWatches(int timeout, int wakeUp, ReadyDescriptors& ready) const;
   void registerChanges();
   void registerWatch(int fd, Watch& watch);
   void dropRegistration(int fd, Watch& watch);
-  bool serveAlwaysReady();
   bool serveWatch(int fd, uint32_t number, uint32_t ready);
   Watch* findWatch(int fd, uint32_t number);
   DescriptorEntry* findUnserved(Watch& watch, uint32_t ready);
@@ -99,7 +97,8 @@ class DescriptorSet {
   size_t waiting_ = 0;
   std::unordered_map<int, Watch> watches_;
   std::vector<int> changed_;
-  std::vector<int> alwaysReady_;
+  /* True once epoll has refused a watch, a regular file for instance. */
+  bool hasRefused_ = false;
 };
 
 }  // namespace bq

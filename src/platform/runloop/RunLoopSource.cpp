@@ -29,9 +29,13 @@ BQRunLoopSource::~BQRunLoopSource() {
 }
 
 void BQRunLoopSource::signal() {
-  /* A signal that nobody has answered stands for this one too. */
+  /* Several signals before a perform count as one. */
   if (signalled_.exchange(true, std::memory_order_acq_rel)) return;
   const std::lock_guard lock(mutex_);
+  queueEntries();
+}
+
+void BQRunLoopSource::queueEntries() {
   for (const auto& entry : entries_) entry->mode->loop.queueSource(*entry);
 }
 
@@ -86,6 +90,9 @@ bool BQRunLoopSource::isIn(const bq::RunLoopMode& mode) const {
 bool BQRunLoopSource::perform(bq::RunLoopMode& mode, uint64_t signalNumber) {
   if (!takeSignal(mode, signalNumber)) return false;
   if (context_.perform != nullptr) context_.perform(context_.info);
+  const std::lock_guard lock(mutex_);
+  performing_ = false;
+  if (signalled_.load(std::memory_order_acquire)) queueEntries();
   return true;
 }
 
@@ -107,15 +114,16 @@ std::unique_ptr<bq::SourceEntry> BQRunLoopSource::takeEntry(size_t index) {
 /*
  * A source in several modes is queued in each, but its signal is one: it belongs to whoever takes it
  * first. It is taken after the entry has left the queue, so that a signal given in between is either
- * this one or queues the entry anew.
+ * this one or queues the entry anew. A source that is being performed keeps its signal, out of the queue so
+ * that a run inside that perform can sleep; the entries are queued again when the perform is done.
  */
 bool BQRunLoopSource::takeSignal(bq::RunLoopMode& mode, uint64_t signalNumber) {
-  {
-    const std::lock_guard lock(mutex_);
-    bq::SourceEntry* entry = findEntry(mode);
-    if (entry == nullptr || !mode.loop.unqueueSource(*entry, signalNumber)) return false;
-  }
-  return signalled_.exchange(false, std::memory_order_acq_rel);
+  const std::lock_guard lock(mutex_);
+  bq::SourceEntry* entry = findEntry(mode);
+  if (entry == nullptr || !mode.loop.unqueueSource(*entry, signalNumber)) return false;
+  if (performing_ || !signalled_.exchange(false, std::memory_order_acq_rel)) return false;
+  performing_ = true;
+  return true;
 }
 
 void BQRunLoopSource::cancel(const Removal& removal) {

@@ -35,7 +35,10 @@ struct BQRunLoopSource final : bq::Object {
   std::unique_ptr<bq::SourceEntry> abandon(bq::RunLoopMode& mode);
   bool isIn(const bq::RunLoopMode& mode) const;
 
-  /* Performs a signal that a pass of a mode found, unless somebody has by now. */
+  /*
+   * Performs a signal that a pass of a mode found, unless somebody has by now. While the source is being
+   * performed it is not performed again: a signal waits until the perform is done.
+   */
   bool perform(bq::RunLoopMode& mode, uint64_t signalNumber);
 
   const BQString* copyDescription() const;
@@ -49,12 +52,14 @@ struct BQRunLoopSource final : bq::Object {
   std::unique_ptr<bq::SourceEntry> takeEntry(size_t index);
   bool takeSignal(bq::RunLoopMode& mode, uint64_t signalNumber);
   void cancel(const Removal& removal);
+  void queueEntries();
 
   const BQIndex order_;
   BQRunLoopSourceContext context_;
   std::atomic<bool> valid_{true};
   std::atomic<bool> signalled_{false};
   mutable bq::Mutex mutex_;
+  bool performing_ = false;
   std::vector<std::unique_ptr<bq::SourceEntry>> entries_;
 };
 

@@ -1,233 +1,357 @@
+/*
+ * Plays the rows of scenarios.txt, which explains its language, on simulated time. The tests after that are
+ * what scenarios cannot say: the order of many, the system's clock, equality, other threads.
+ */
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <limits>
-#include <string>
+#include <fcntl.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <atomic>
+#include <deque>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <thread>
+#include <vector>
 
 #include "platform/runloop/Support.h"
 
 namespace {
 
-using namespace values;
-
-TEST(RunLoop, EmptyModeFinishesAtOnce) {
-  SimulatedTime time;
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, false), kBQRunLoopRunFinished);
-  Source source;
-  source.add(kOtherMode);
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, false), kBQRunLoopRunFinished);
-  source.remove(kOtherMode);
-  EXPECT_EQ(BQRunLoopRunInMode(kOtherMode, kNoLimit, false), kBQRunLoopRunFinished);
-  EXPECT_EQ(time.elapsed(), 0);
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream >> std::ws, part, separator);) parts.push_back(part);
+  return parts;
 }
 
-TEST(RunLoop, TimeLimits) {
-  const double kInfinity = std::numeric_limits<double>::infinity();
-  const struct {
-    double limit;
-    double timerDelay;
-    BQRunLoopRunResult result;
-    double elapsed;
-  } cases[] = {
-      {2.5, 100, kBQRunLoopRunTimedOut, 2.5},        {0, 100, kBQRunLoopRunTimedOut, 0},
-      {-1, 100, kBQRunLoopRunTimedOut, 0},           {-kInfinity, 100, kBQRunLoopRunTimedOut, 0},
-      {std::nan(""), 100, kBQRunLoopRunTimedOut, 0}, {1e30, 100, kBQRunLoopRunFinished, 100},
-      {kInfinity, 100, kBQRunLoopRunFinished, 100},  {8.1e9, 8e9, kBQRunLoopRunFinished, 8e9},
-      {1e-9, 100, kBQRunLoopRunTimedOut, 1e-9},
+double number(const std::string& word) {
+  return std::atof(word.c_str());
+}
+
+void limitFiles(double most) {
+  rlimit limit;
+  getrlimit(RLIMIT_NOFILE, &limit);
+  limit.rlim_cur = std::min(static_cast<rlim_t>(most), limit.rlim_max);
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+/* What DUE stands for: a row with it is played with each. */
+constexpr const char* kDue[] = {
+    "x=source; y=source; signal x; signal y", "x=timer -1; y=timer -1",     "x=timer -1 30; y=timer -1 30",
+    "x=fd r; y=fd r; send x; send y",         "x=fd r S; y=fd r S; send x",
+};
+
+uint32_t readiness(const std::string& letters) {
+  return letters.empty() ? 0 : letters == "r" ? 1 : letters == "w" ? 2 : 3;
+}
+
+class Scenario {
+ public:
+  std::string play(const std::string& script) {
+    for (const std::string& statement : split(script, ';')) execute(statement);
+    return log_.str().substr(1);
+  }
+
+ private:
+  /* With the time if it is not that of the entry before. */
+  void note(const std::string& entry) {
+    log_ << " " << entry;
+    if (time_.elapsed() != notedTime_) log_ << "@" << (notedTime_ = time_.elapsed());
+  }
+
+  void execute(const std::string& statement) {
+    std::istringstream words(statement);
+    std::string verb, name, detail;
+    words >> verb >> name >> detail;
+    if (statement.find(':') != std::string::npos) {
+      handlers_[name.substr(0, name.find(':'))] = statement;
+    } else if (verb.find('=') != std::string::npos) {
+      define(statement.substr(0, statement.find('=')), statement.substr(statement.find('=') + 1));
+    } else {
+      act(verb, name, detail);
+    }
+  }
+
+  void act(const std::string& verb, const std::string& name, const std::string& detail) {
+    const auto text = values::mutableString(detail.empty() ? "a" : detail);
+    const BQString* mode = detail == "default" ? kBQRunLoopDefaultMode : text.get();
+    Item* item = items_[name].get();
+    auto* source = dynamic_cast<Source*>(item);
+    auto* timer = dynamic_cast<Timer*>(item);
+    const auto run = [&](bool returnAfterSourceHandled) {
+      static const char* const results[] = {"", "finished", "stopped", "timeout", "handled"};
+      note(results[BQRunLoopRunInMode(mode, number(name), returnAfterSourceHandled)]);
+    };
+    char byte;
+    const std::map<std::string, std::function<void()>> actions = {
+        {"add", [&] { item->add(mode); }},
+        {"remove", [&] { item->remove(mode); }},
+        {"invalidate", [&] { item->invalidate(); }},
+        {"release", [&] { item->release(); }},
+        {"signal", [&] { source->signal(); }},
+        {"source", [&] { note(BQRunLoopSourceIsValid(source->get()) ? "valid" : "invalid"); }},
+        {"timer", [&] { note(BQRunLoopTimerIsValid(timer->get()) ? "valid" : "invalid"); }},
+        {"date", [&] { timer->setDate(Timer::now() + number(detail)); }},
+        {"next", [&] { log_ << " +" << BQRunLoopTimerGetNextFireDate(timer->get()) - Timer::now(); }},
+        {"interest",
+         [&] { BQFileDescriptorSetInterest(dynamic_cast<Descriptor*>(item)->get(), readiness(detail)); }},
+        {"send", [&] { EXPECT_EQ(write(sockets_[name]->fds[1], "x", 1), 1); }},
+        {"receive", [&] { EXPECT_EQ(read(sockets_[name]->fds[0], &byte, 1), 1); }},
+        {"hangup", [&] { close(std::exchange(sockets_[name]->fds[1], -1)); }},
+        {"close", [&] { closedNumber_ = sockets_[name]->fds[0], sockets_.erase(name); }},
+        {"limit", [&] { limitFiles(number(name)); }},
+        {"run", [&] { run(false); }},
+        {"serve", [&] { run(true); }},
+        {"runall", [] { BQRunLoopRun(); }},
+        {"stop", [] { BQRunLoopStop(BQRunLoopGetCurrent()); }},
+        {"wake", [] { BQRunLoopWakeUp(BQRunLoopGetCurrent()); }},
+        {"mode", [&] { note(values::text(values::own(BQRunLoopCopyCurrentMode(BQRunLoopGetCurrent())))); }},
+        {"advance", [&] { time_.advance(bq::nanosecondsOf(number(name))); }},
+    };
+    actions.at(verb)();
+    BQStringAppend(text.get(), BQSTR(" that changed later"));
+  }
+
+  void define(const std::string& name, const std::string& definition) {
+    std::istringstream words(definition);
+    std::string kind, first, second, loud;
+    words >> kind >> first >> second >> loud;
+    auto& item = items_[name];
+    const auto call = [this, name] { answer(name); };
+    if (kind == "timer") {
+      item = std::make_unique<Timer>(number(first), number(second), call);
+    } else if (kind == "source") {
+      item = std::make_unique<Source>(call, static_cast<BQIndex>(number(first)));
+    } else {
+      static const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+      auto& sockets = sockets_[second.empty() ? name : second];
+      if (sockets == nullptr) sockets = std::make_shared<SocketPair>();
+      sockets_[name] = sockets;
+      const int fd = kind == "fd" ? sockets->fds[0] : null;
+      EXPECT_TRUE(closedNumber_ < 0 || closedNumber_ == fd) << "the lowest free number is used first";
+      item = std::make_unique<Descriptor>(fd, readiness(first), call);
+    }
+    if (loud == "loud") item->told = [this, name](const std::string& event) { note(name + event); };
+    item->add();
+  }
+
+  void answer(const std::string& name) {
+    static const char* const suffixes[] = {"", "", ":w", ":rw"};
+    note(name + suffixes[items_[name]->lastReady]);
+    const std::string handler = handlers_[name];
+    if (handler.starts_with("once") && items_[name]->calls > 1) return;
+    for (const std::string& part : split(handler.substr(handler.find(':') + 1), ',')) execute(part);
+  }
+
+  SimulatedTime time_;
+  double notedTime_ = 0;
+  std::ostringstream log_;
+  int closedNumber_ = -1;
+  std::map<std::string, std::string> handlers_;
+  std::map<std::string, std::shared_ptr<SocketPair>> sockets_;
+  std::map<std::string, std::unique_ptr<Item>> items_;
+};
+
+TEST(Scenarios, HaveTheirOutcome) {
+  std::ifstream file(SCENARIOS);
+  int rows = 0;
+  for (std::string line, rest; std::getline(file, line);) {
+    while (line.ends_with('\\') && std::getline(file >> std::ws, rest))
+      line.replace(line.size() - 1, 1, rest);
+    const size_t bar = line.find(" | "), arrow = line.find(" => ");
+    if (line.starts_with('#') || arrow == std::string::npos) continue;
+    std::cout << line.substr(0, bar) << std::endl; /* the last is that of a row that hangs */
+    for (const char* due : kDue) {
+      std::string script = line.substr(bar + 3, arrow - bar - 3);
+      const bool isVaried = script.starts_with("DUE");
+      if (isVaried) script.replace(0, 3, due);
+      /* A thread of its own, and with it a loop. */
+      std::thread([&] { EXPECT_EQ(Scenario().play(script), line.substr(arrow + 4)) << line << due; }).join();
+      ++rows;
+      if (!isVaried) break;
+    }
+  }
+  EXPECT_GT(rows, 0);
+}
+
+/* By the system's clock all are due at once: it is read again for each, and equal dates must stay equal. */
+TEST(RunLoop, ManyAreServedInOrder) {
+  for (const bool isSimulated : {true, false}) {
+    const auto time = isSimulated ? std::make_unique<SimulatedTime>() : nullptr;
+    const BQAbsoluteTime start = Timer::now() - (isSimulated ? 0 : 200);
+    std::mt19937 random(1);
+    std::deque<Timer> timers;
+    std::deque<Source> sources;
+    std::vector<int> keys;
+    std::vector<std::pair<int, int>> expected, fired, performed;
+    for (int index = 0; index < 1000; ++index) {
+      const int key = keys.emplace_back(random() % 100);
+      timers.emplace_back(random() % 100, 0, [&fired, key, index] { fired.emplace_back(key, index); });
+      sources.emplace_back([&performed, key, index] { performed.emplace_back(key, index); }, key);
+      timers.back().add();
+      sources.back().add();
+    }
+    for (int index = 0; index < 1000; ++index) {
+      timers[index].setDate(start + keys[index]);
+      sources[index].signal();
+      if (index % 3 != 0) expected.emplace_back(keys[index], index);
+      if (index % 3 == 0) timers[index].invalidate(), sources[index].invalidate();
+    }
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunHandledSource);
+    EXPECT_EQ(performed, expected);
+    BQRunLoopRunInMode(kMode, isSimulated ? 100 : 0, false);
+    EXPECT_EQ(fired, expected);
+  }
+}
+
+TEST(RunLoop, ContextDecidesWhichSourcesAreEqual) {
+  int numbers[] = {1, 1, 2};
+  BQRunLoopSourceContext context = {};
+  const auto areEqual = [&](int* info, BQIndex order = 0) {
+    context.info = numbers;
+    const auto source = values::own(BQRunLoopSourceCreate(0, &context));
+    context.info = info;
+    const auto other = values::own(BQRunLoopSourceCreate(order, &context));
+    return BQEqual(source.get(), other.get()) && BQHash(source.get()) == BQHash(other.get());
   };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.limit);
-    SimulatedTime time;
-    Timer timer(0, 0);
-    timer.setDate(Timer::now() + test.timerDelay);
-    timer.add();
-    EXPECT_EQ(BQRunLoopRunInMode(kMode, test.limit, false), test.result);
-    EXPECT_EQ(time.elapsed(), test.elapsed);
+  EXPECT_FALSE(areEqual(&numbers[0])) << "without a function, by identity";
+  context.equal = [](const void* first, const void* second) {
+    return *static_cast<const int*>(first) == *static_cast<const int*>(second);
+  };
+  EXPECT_TRUE(areEqual(&numbers[1]));
+  EXPECT_FALSE(areEqual(&numbers[1], 1) || areEqual(&numbers[2]));
+}
+
+/*
+ * Signals come while the loop performs, runs inside a perform, or is on its way to sleep. A producer whose
+ * signal was lost would wait for ever.
+ */
+TEST(Threads, WakeALoopThatSleeps) {
+  for (int run = 0; run < 100; ++run) {
+    const BQString* mode = run % 2 == 0 ? kMode : kOtherMode;
+    std::atomic<int> produced{0}, seen{0}, done{0};
+    Source source([&] {
+      if (seen % 3 == 0) runOnce(mode);
+      seen = produced.load();
+      for (std::atomic<int> delay{seen % 100}; delay > 0;) --delay;
+    });
+    source.add(kMode), source.add(kOtherMode);
+    const auto produce = [&, loop = BQRunLoopGetCurrent()] {
+      for (int round = 0; round < 100; ++round) {
+        const int ticket = ++produced;
+        source.signal();
+        while (round % 4 != 0 && seen < ticket) std::this_thread::yield();
+      }
+      if (++done == 2) BQRunLoopStop(loop);
+    };
+    std::jthread first(produce), second(produce);
+    EXPECT_EQ(BQRunLoopRunInMode(mode, kNoLimit, false), kBQRunLoopRunStopped);
+  }
+  SimulatedTime time;
+  Timer timer(9);
+  timer.add();
+  EXPECT_EQ(BQRunLoopRunInMode(kMode, 5, false), kBQRunLoopRunTimedOut);
+  EXPECT_EQ(time.elapsed(), 5) << "the wake-up was used up";
+}
+
+TEST(Threads, SignalsWhileTheSourceMovesAndItsThreadEnds) {
+  for (int round = 0; round < 20; ++round) {
+    const bool isInvalidated = round % 2 == 0;
+    Source source([] { runOnce(); });
+    std::jthread signaller([&](const std::stop_token& stop) {
+      while (!stop.stop_requested()) source.signal();
+    });
+    std::thread([&] {
+      for (const BQString* mode : {kMode, kOtherMode, kMode}) {
+        source.add(mode);
+        for (source.calls = 0; source.calls == 0;) runOnce(mode);
+        source.remove(mode);
+      }
+      source.add();
+      if (isInvalidated) source.invalidate();
+    }).join();
+    signaller.request_stop();
+    signaller.join();
+    EXPECT_EQ(BQGetRetainCount(source.get()), 1);
+    source.calls = 0;
+    source.add();
+    source.signal();
+    for (int pass = 0; pass < 2; ++pass) runOnce();
+    EXPECT_EQ(source.calls, isInvalidated ? 0 : 1);
   }
 }
 
-TEST(RunLoop, ReturnsAfterTheFirstPassThatHandledSomethingIfAsked) {
-  SimulatedTime time;
+TEST(Threads, LoopThatIsHeldOutlivesItsThreadHarmlessly) {
+  bq::Ref<BQRunLoop> loop;
+  std::string told;
   Source source;
-  source.add().signal();
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, 3, true), kBQRunLoopRunHandledSource);
-  EXPECT_EQ(time.elapsed(), 0);
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, 3, true), kBQRunLoopRunTimedOut) << "one signal, one perform";
-  EXPECT_EQ(source.calls, 1);
-
+  source.told = [&](const std::string& event) { told += event; };
+  Timer timer(3600);
   SocketPair sockets;
-  Descriptor descriptor(sockets.fd(), kBQFileDescriptorRead);
-  descriptor.add();
-  ASSERT_TRUE(sockets.send());
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, 3, true), kBQRunLoopRunHandledSource);
-  descriptor.remove();
-
-  Timer timer(1, 1);
-  timer.add();
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, 2.5, true), kBQRunLoopRunTimedOut) << "a timer is no source";
-  EXPECT_EQ(timer.calls, 2);
-}
-
-TEST(RunLoop, PassFiresTimersThenPerformsSourcesThenServesDescriptors) {
-  SimulatedTime time;
-  std::string order;
-  SocketPair sockets;
-  Descriptor descriptor(sockets.fd(), kBQFileDescriptorRead, [&] { order += 'd'; });
-  Source source([&] { order += 's'; });
-  Timer timer(0, 10, [&] { order += 't'; });
-  descriptor.add();
-  source.add().signal();
-  timer.add();
-  ASSERT_TRUE(sockets.send());
-  runOnce();
-  EXPECT_EQ(order, "tsd");
-  runOnce();
-  EXPECT_EQ(order, "tsdd") << "the descriptor is still ready, nothing else is";
-}
-
-TEST(RunLoop, DescriptorsAreNotStarvedBySources) {
-  Source source;
-  Source restless([&source] { source.signal(); });
-  SocketPair sockets;
-  Descriptor descriptor(sockets.fd(), kBQFileDescriptorRead);
-  source.add();
-  restless.add();
-  descriptor.add();
-  ASSERT_TRUE(sockets.send());
-  for (int pass = 0; pass < 10; ++pass) {
-    restless.signal();
-    BQRunLoopRunInMode(kMode, kNoLimit, true);
-  }
-  EXPECT_EQ(descriptor.calls, 10);
-}
-
-TEST(RunLoop, StopEndsTheInnermostRunOnly) {
-  SimulatedTime time;
-  BQRunLoopRunResult inner = kBQRunLoopRunFinished;
-  bool outerWentOn = false;
-  Source source([&] {
-    Source stopper([] { BQRunLoopStop(currentLoop()); });
-    stopper.add(kOtherMode).signal();
-    inner = BQRunLoopRunInMode(kOtherMode, kNoLimit, false);
-  });
-  Timer later(1, 0, [&] {
-    outerWentOn = true;
-    BQRunLoopStop(currentLoop());
-  });
-  source.add().signal();
-  later.add();
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, false), kBQRunLoopRunStopped);
-  EXPECT_EQ(inner, kBQRunLoopRunStopped);
-  EXPECT_TRUE(outerWentOn);
-}
-
-TEST(RunLoop, StopIsReportedEvenWhenThePassHandledASource) {
-  Source source([] { BQRunLoopStop(currentLoop()); });
-  source.add().signal();
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunStopped);
-}
-
-TEST(RunLoop, StopOfALoopThatDoesNotRunHasNoEffect) {
-  BQRunLoopStop(currentLoop());
-  Source source;
-  source.add().signal();
-  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunHandledSource);
-}
-
-TEST(RunLoop, CurrentModeIsThatOfTheInnermostRun) {
-  std::string seen;
-  const auto look = [&seen] { seen += text(own(BQRunLoopCopyCurrentMode(currentLoop()))) + "|"; };
-  Source inner(look);
-  Source outer([&] {
-    look();
-    inner.signal();
-    runOnce(kOtherMode);
-    look();
-  });
-  inner.add(kOtherMode);
-  outer.add().signal();
-  look();
-  runOnce();
-  look();
-  EXPECT_EQ(seen, "(none)|a mode|another mode|a mode|(none)|");
-}
-
-TEST(RunLoop, ModesAreEqualByContentAndKeepTheirName) {
-  const auto mutableMode = own(BQStringCreateMutableCopy(kMode));
-  Source source;
-  source.add(mutableMode.get());
-  BQStringAppend(mutableMode.get(), BQSTR(" changed"));
-  EXPECT_TRUE(BQRunLoopContainsSource(currentLoop(), source.get(), kMode));
-  EXPECT_FALSE(BQRunLoopContainsSource(currentLoop(), source.get(), mutableMode.get()));
+  Descriptor descriptor(sockets.fds[0], kBQFileDescriptorRead);
+  std::thread([&] {
+    loop = bq::Ref<BQRunLoop>::retain(BQRunLoopGetCurrent());
+    source.add(), source.add(kOtherMode), timer.add(), descriptor.add();
+    source.signal();
+    EXPECT_EQ(BQGetRetainCount(source.get()), 3);
+    EXPECT_TRUE(BQRunLoopContainsSource(loop.get(), source.get(), kMode));
+    EXPECT_TRUE(BQRunLoopContainsTimer(loop.get(), timer.get(), kMode));
+  }).join();
+  EXPECT_EQ(told, "+a+b") << "its cancel function is not called";
+  EXPECT_EQ(BQGetRetainCount(source.get()), 1);
+  EXPECT_FALSE(BQRunLoopContainsTimer(loop.get(), timer.get(), kMode));
   source.signal();
-  runOnce(mutableMode.get());
-  EXPECT_EQ(source.calls, 0);
-  runOnce(kMode);
-  EXPECT_EQ(source.calls, 1);
+  BQRunLoopWakeUp(loop.get());
+  BQRunLoopStop(loop.get());
+  BQRunLoopAddSource(loop.get(), source.get(), kMode);
+  EXPECT_FALSE(BQRunLoopContainsSource(loop.get(), source.get(), kMode));
+  EXPECT_EQ(write(sockets.fds[1], "x", 1), 1);
+  timer.add();
+  descriptor.add();
+  EXPECT_EQ(BQRunLoopRunInMode(kMode, kNoLimit, true), kBQRunLoopRunHandledSource)
+      << "what was on the loop may join another";
 }
 
-TEST(RunLoop, ModesWorkHoweverManyThereWere) {
-  Source source;
-  for (int number = 0; number < 100; ++number) {
-    const auto mode = string("mode " + std::to_string(number));
-    source.add(mode.get()).signal();
-    runOnce(mode.get());
-    source.remove(mode.get());
-  }
-  EXPECT_EQ(source.calls, 100);
+TEST(Threads, NoLoopIsMadeWhenTheThreadHasLostItsOwn) {
+  static std::atomic<bool> foundNothing{false};
+  struct LateUser {
+    ~LateUser() { foundNothing = BQRunLoopGetCurrent() == nullptr && runOnce() == kBQRunLoopRunFinished; }
+  };
+  std::thread([] {
+    thread_local LateUser user; /* made before the thread's loop, so destroyed after it */
+    EXPECT_NE(BQRunLoopGetCurrent(), nullptr);
+  }).join();
+  EXPECT_TRUE(foundNothing);
 }
 
-TEST(RunLoop, RunServesTheDefaultModeUntilItIsEmpty) {
-  SimulatedTime time;
-  Timer timer(4, 0);
-  timer.add(kBQRunLoopDefaultMode);
-  BQRunLoopRun();
-  EXPECT_EQ(timer.calls, 1);
-}
-
-TEST(RunLoop, NonsenseFromTheCallerHasNoEffect) {
-  BQRunLoop* loop = currentLoop();
-  Source source;
-  Timer timer(0, 1);
-  SocketPair sockets;
-  Descriptor descriptor(sockets.fd(), kBQFileDescriptorRead);
-  auto* noMode = reinterpret_cast<const BQString*>(source.get());
-  auto* noLoop = reinterpret_cast<BQRunLoop*>(source.get());
-  auto* noSource = reinterpret_cast<BQRunLoopSource*>(timer.get());
-  auto* noTimer = reinterpret_cast<BQRunLoopTimer*>(source.get());
-  auto* noDescriptor = reinterpret_cast<BQFileDescriptor*>(source.get());
-  for (const BQString* mode : {static_cast<const BQString*>(nullptr), noMode}) {
-    source.add(mode);
-    timer.add(mode);
-    descriptor.add(mode);
-    EXPECT_EQ(BQRunLoopRunInMode(mode, kNoLimit, false), kBQRunLoopRunFinished);
-  }
-  for (BQRunLoop* wrong : {static_cast<BQRunLoop*>(nullptr), noLoop}) {
-    BQRunLoopAddSource(wrong, source.get(), kMode);
-    BQRunLoopAddTimer(wrong, timer.get(), kMode);
-    BQRunLoopAddFileDescriptor(wrong, descriptor.get(), kMode);
-    BQRunLoopStop(wrong);
-    BQRunLoopWakeUp(wrong);
-    EXPECT_EQ(BQRunLoopCopyCurrentMode(wrong), nullptr);
-  }
-  BQRunLoopAddSource(loop, noSource, kMode);
-  BQRunLoopAddTimer(loop, noTimer, kMode);
-  BQRunLoopAddFileDescriptor(loop, noDescriptor, kMode);
-  EXPECT_FALSE(BQRunLoopSourceIsValid(noSource));
-  EXPECT_FALSE(BQRunLoopTimerIsValid(noTimer));
-  BQRunLoopSourceSignal(nullptr);
-  BQRunLoopSourceInvalidate(noSource);
-  BQRunLoopTimerInvalidate(noTimer);
-  BQFileDescriptorInvalidate(noDescriptor);
+/* Sources and timers whose contexts use them while they are finalised. */
+TEST(ContextRelease, MayUseTheObjectThatEnds) {
+  static BQTypeRef ending;
+  static int releases;
+  releases = 0;
+  const auto use = [](const void*) {
+    ++releases;
+    BQRelease(BQRetain(ending));
+    auto* source = static_cast<BQRunLoopSource*>(const_cast<void*>(ending));
+    BQRunLoopAddSource(currentLoop(), source, kMode);
+    BQRunLoopSourceSignal(source);
+    BQRunLoopAddTimer(currentLoop(), static_cast<BQRunLoopTimer*>(const_cast<void*>(ending)), kMode);
+  };
+  BQRunLoopSourceContext sourceContext = {};
+  BQRunLoopTimerContext timerContext = {};
+  sourceContext.release = timerContext.release = use;
+  BQRelease(ending = BQRunLoopSourceCreate(0, &sourceContext));
+  BQRelease(ending = BQRunLoopTimerCreate(
+                0, 1, 0, 0, [](BQRunLoopTimer*, void*) {}, &timerContext));
+  EXPECT_EQ(releases, 2);
   EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
-
-  BQRunLoopSourceContext unknownVersion = {};
-  unknownVersion.version = 1;
-  EXPECT_EQ(BQRunLoopSourceCreate(0, nullptr), nullptr);
-  EXPECT_EQ(BQRunLoopSourceCreate(0, &unknownVersion), nullptr);
-  EXPECT_EQ(BQRunLoopTimerCreate(0, 0, 0, 0, nullptr, nullptr), nullptr);
-  EXPECT_EQ(BQFileDescriptorCreate(0, kBQFileDescriptorRead, nullptr, nullptr), nullptr);
-  EXPECT_EQ(Descriptor(-1, 0).get(), nullptr);
 }
 
 }  // namespace

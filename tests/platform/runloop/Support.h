@@ -5,66 +5,89 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <functional>
+#include <string>
 #include <utility>
 
 #include "platform/runloop/Clock.h"
 #include "support/PlatformValues.h"
 
-BQ_DEFINE_STATIC_STRING(kMode, "a mode");
-BQ_DEFINE_STATIC_STRING(kOtherMode, "another mode");
+BQ_DEFINE_STATIC_STRING(kMode, "a");
+BQ_DEFINE_STATIC_STRING(kOtherMode, "b");
 
 inline constexpr double kNoLimit = 1e30;
-
-inline BQRunLoop* currentLoop() {
-  return BQRunLoopGetCurrent();
-}
 
 /* One pass that does not wait. */
 inline BQRunLoopRunResult runOnce(const BQString* mode = kMode) {
   return BQRunLoopRunInMode(mode, 0, false);
 }
 
-/* What sources, timers and descriptors have in common. */
-template <class Self, class Object, auto kAdd, auto kRemove, auto kInvalidate>
+/* A source, timer or descriptor. */
 class Item {
  public:
   explicit Item(std::function<void()> call) : call_(std::move(call)) {}
-  ~Item() { invalidate(); }
-  Item(const Item&) = delete;
-  Item& operator=(const Item&) = delete;
+  virtual ~Item() = default;
 
-  Object* get() const { return object_.get(); }
-  Self& add(const BQString* mode = kMode) {
-    kAdd(currentLoop(), get(), mode);
-    return static_cast<Self&>(*this);
-  }
-  void remove(const BQString* mode = kMode) { kRemove(currentLoop(), get(), mode); }
-  void invalidate() { kInvalidate(get()); }
+  virtual void add(const BQString* mode = kMode) = 0;
+  virtual void remove(const BQString* mode = kMode) = 0;
+  virtual void invalidate() = 0;
   /* Gives up the reference of the test. */
-  void release() { object_ = nullptr; }
+  virtual void release() = 0;
 
   int calls = 0;
+  uint32_t lastReady = 0;
+  /* Called with "+" or "-" and the mode in which a source is scheduled or cancelled; "~" when a context ends.
+   */
+  std::function<void(const std::string&)> told = [](const std::string&) {};
 
  protected:
-  void callBack() {
-    ++calls;
-    if (call_) call_();
+  /* The item is what `retain` gives instead of the info, which tests that every function gets that. */
+  template <class Context>
+  Context makeContext() {
+    Context context = {};
+    context.info = &self_;
+    context.retain = [](const void* info) -> const void* { return *static_cast<Item* const*>(info); };
+    context.release = [](const void* info) { of(info).told("~"); };
+    return context;
   }
-
-  bq::Ref<Object> object_;
+  static Item& of(const void* info) { return *static_cast<Item*>(const_cast<void*>(info)); }
+  static void callBack(void* info) {
+    ++of(info).calls;
+    if (of(info).call_) of(info).call_();
+  }
 
  private:
   std::function<void()> call_;
+  Item* self_ = this;
 };
 
-class Source : public Item<Source, BQRunLoopSource, BQRunLoopAddSource, BQRunLoopRemoveSource,
-                           BQRunLoopSourceInvalidate> {
+template <class Object, auto kAdd, auto kRemove, auto kInvalidate>
+class ItemOf : public Item {
  public:
-  explicit Source(std::function<void()> perform = {}, BQIndex order = 0) : Item(std::move(perform)) {
-    BQRunLoopSourceContext context = {};
-    context.info = this;
-    context.perform = [](void* info) { static_cast<Source*>(info)->callBack(); };
+  using Item::Item;
+  ~ItemOf() override { kInvalidate(get()); }
+
+  Object* get() const { return object_.get(); }
+  void add(const BQString* mode = kMode) override { kAdd(BQRunLoopGetCurrent(), get(), mode); }
+  void remove(const BQString* mode = kMode) override { kRemove(BQRunLoopGetCurrent(), get(), mode); }
+  void invalidate() override { kInvalidate(get()); }
+  void release() override { object_ = nullptr; }
+
+ protected:
+  bq::Ref<Object> object_;
+};
+
+class Source
+    : public ItemOf<BQRunLoopSource, BQRunLoopAddSource, BQRunLoopRemoveSource, BQRunLoopSourceInvalidate> {
+ public:
+  explicit Source(std::function<void()> perform = {}, BQIndex order = 0) : ItemOf(std::move(perform)) {
+    auto context = makeContext<BQRunLoopSourceContext>();
+    context.schedule = [](void* info, BQRunLoop*, const BQString* m) {
+      of(info).told("+" + values::text(m));
+    };
+    context.cancel = [](void* info, BQRunLoop*, const BQString* m) { of(info).told("-" + values::text(m)); };
+    context.perform = callBack;
     object_ = values::own(BQRunLoopSourceCreate(order, &context));
   }
 
@@ -73,12 +96,12 @@ class Source : public Item<Source, BQRunLoopSource, BQRunLoopAddSource, BQRunLoo
 
 /* A timer at seconds from now. */
 class Timer
-    : public Item<Timer, BQRunLoopTimer, BQRunLoopAddTimer, BQRunLoopRemoveTimer, BQRunLoopTimerInvalidate> {
+    : public ItemOf<BQRunLoopTimer, BQRunLoopAddTimer, BQRunLoopRemoveTimer, BQRunLoopTimerInvalidate> {
  public:
-  Timer(double delay, double interval, std::function<void()> fire = {}) : Item(std::move(fire)) {
-    BQRunLoopTimerContext context = {};
-    context.info = this;
-    const auto callback = [](BQRunLoopTimer*, void* info) { static_cast<Timer*>(info)->callBack(); };
+  explicit Timer(double delay, double interval = 0, std::function<void()> fire = {})
+      : ItemOf(std::move(fire)) {
+    const auto context = makeContext<BQRunLoopTimerContext>();
+    const auto callback = [](BQRunLoopTimer*, void* info) { callBack(info); };
     object_ = values::own(BQRunLoopTimerCreate(now() + delay, interval, 0, 0, callback, &context));
   }
 
@@ -87,65 +110,34 @@ class Timer
 };
 
 /* The fd stays the test's. */
-class Descriptor : public Item<Descriptor, BQFileDescriptor, BQRunLoopAddFileDescriptor,
-                               BQRunLoopRemoveFileDescriptor, BQFileDescriptorInvalidate> {
+class Descriptor : public ItemOf<BQFileDescriptor, BQRunLoopAddFileDescriptor, BQRunLoopRemoveFileDescriptor,
+                                 BQFileDescriptorInvalidate> {
  public:
-  Descriptor(int fd, uint32_t interest, std::function<void()> call = {}) : Item(std::move(call)) {
+  Descriptor(int fd, uint32_t interest, std::function<void()> call = {}) : ItemOf(std::move(call)) {
     const auto callback = [](BQFileDescriptor*, uint32_t ready, void* info) {
-      static_cast<Descriptor*>(info)->lastReady = ready;
-      static_cast<Descriptor*>(info)->callBack();
+      of(info).lastReady = ready;
+      callBack(info);
     };
-    object_ = values::own(BQFileDescriptorCreate(fd, interest, callback, this));
+    object_ = values::own(BQFileDescriptorCreate(fd, interest, callback, static_cast<Item*>(this)));
   }
-
-  void setInterest(uint32_t interest) { BQFileDescriptorSetInterest(get(), interest); }
-
-  uint32_t lastReady = 0;
 };
 
 /* Two connected sockets. */
-class SocketPair {
- public:
+struct SocketPair {
   SocketPair() {
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, fds_) != 0) fds_[0] = fds_[1] = -1;
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, fds) != 0) std::abort();
   }
-  ~SocketPair() {
-    close(fds_[0]);
-    closePeer();
-  }
-  SocketPair(const SocketPair&) = delete;
-  SocketPair& operator=(const SocketPair&) = delete;
+  ~SocketPair() { close(fds[0]), close(fds[1]); }
 
-  int fd() const { return fds_[0]; }
-  bool send() { return write(fds_[1], "x", 1) == 1; }
-  bool receive() {
-    char byte;
-    return read(fds_[0], &byte, 1) == 1;
-  }
-  void closePeer() {
-    if (fds_[1] >= 0) close(fds_[1]);
-    fds_[1] = -1;
-  }
-
- private:
-  int fds_[2];
+  int fds[2];
 };
 
 /* Time that passes only while the loop would wait, for the life of the object. */
-class SimulatedTime {
- public:
-  SimulatedTime() { bq::setClockForTesting(&clock_); }
+struct SimulatedTime : bq::ClockForTesting {
+  SimulatedTime() : ClockForTesting{0, 700'000'000'000'000'000} { bq::setClockForTesting(this); }
   ~SimulatedTime() { bq::setClockForTesting(nullptr); }
-  SimulatedTime(const SimulatedTime&) = delete;
-  SimulatedTime& operator=(const SimulatedTime&) = delete;
-
   /* Seconds since the start. */
-  double elapsed() const { return static_cast<double>(clock_.monotonic - kStart) / 1e9; }
-  void advance(double seconds) { clock_.advance(bq::nanosecondsOf(seconds)); }
-
- private:
-  static constexpr bq::Nanoseconds kStart = 1'000'000'000'000;
-  bq::ClockForTesting clock_{kStart, 700'000'000'000'000'000};
+  double elapsed() const { return static_cast<double>(monotonic) / 1e9; }
 };
 
 #endif
