@@ -62,7 +62,10 @@ BQ_EXPORT bool BQNumberIsFloatType(const BQNumber* number);
  */
 BQ_EXPORT bool BQNumberGetValue(const BQNumber* number, BQNumberType type, void* value);
 
-/** Compares by value, across number types, exactly. NaN is equal to itself and below all else. */
+/**
+ * Compares by value, across number types, exactly. NaN is equal to itself and below all other numbers; null
+ * is below every number.
+ */
 BQ_EXPORT BQComparisonResult BQNumberCompare(const BQNumber* first, const BQNumber* second);
 
 BQ_EXTERN_C_END

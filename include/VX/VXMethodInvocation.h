@@ -3,8 +3,8 @@
  *
  * An invocation is an object of the platform layer: BQRetain, BQRelease and the other functions of
  * BQObject.h work on it; it compares by identity. One thread at a time may use it; several threads
- * may use invocations of their own. Every function does nothing, and returns null or false, for a
- * null invocation.
+ * may use invocations of their own. Every function does nothing, and returns null or false, for null or
+ * an object of another class in place of an invocation.
  *
  * A call always ends with one result dictionary, whose keys stand in VXConstants.h: the method's
  * return value, or a fault when the server answered with one, the reply could not be used, or the

@@ -5,7 +5,7 @@
  *
  * A handler is an object of the platform layer, compares by identity, and is used by one thread at
  * a time; several threads may use handlers of their own. Every function does nothing, and returns
- * null, for a null handler.
+ * null, for null or an object of another class in place of a handler.
  */
 #ifndef VX_PROTOCOL_HANDLER_H
 #define VX_PROTOCOL_HANDLER_H

@@ -2,6 +2,7 @@
 #ifndef VX_API_C_PLUS_BQ_OBJECT_H
 #define VX_API_C_PLUS_BQ_OBJECT_H
 
+#include <BQ/BQObject.h>
 #include <BQ/BQRuntime.h>
 
 #include <cstddef>
@@ -68,12 +69,14 @@ struct HandleOf : CPlusBQObject {
 
 /*
  * The object of a handle for the time that a function of the interface works on it: a function of the
- * caller's may drop the last reference meanwhile. There is none if the handle is null or is being finalised.
+ * caller's may drop the last reference meanwhile. There is none if the handle is null, of another class, or
+ * being finalised.
  */
 template <class Handle>
 class InUse {
  public:
-  explicit InUse(Handle* handle) : handle_(retain(handle)) {}
+  explicit InUse(Handle* handle)
+      : handle_(retain(BQGetTypeID(handle) == Handle::typeID() ? handle : nullptr)) {}
 
   explicit operator bool() const { return handle_ != nullptr && handle_->wrapped != nullptr; }
   auto* operator->() const { return handle_->wrapped; }

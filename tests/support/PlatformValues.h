@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/object/Object.h"
 
@@ -40,6 +41,12 @@ inline bq::Ref<BQString> mutableString(std::string_view text) {
   return own(BQStringCreateMutableCopy(string(text).get()));
 }
 
+/* The bytes of data; "(none)" for null. */
+inline std::string bytes(const BQData* data) {
+  if (data == nullptr) return "(none)";
+  return {reinterpret_cast<const char*>(BQDataGetBytePtr(data)), static_cast<size_t>(BQDataGetLength(data))};
+}
+
 inline bq::Ref<const BQNumber> integer(int64_t number) {
   return own(BQNumberCreate(kBQNumberSInt64Type, &number));
 }
@@ -52,6 +59,24 @@ inline bq::Ref<BQArray> array(std::initializer_list<BQTypeRef> values) {
   BQArray* result = BQArrayCreateMutable(0);
   for (BQTypeRef value : values) BQArrayAppendValue(result, value);
   return own(result);
+}
+
+inline bq::Ref<BQDictionary> dictionary(std::initializer_list<std::pair<BQTypeRef, BQTypeRef>> pairs) {
+  BQDictionary* result = BQDictionaryCreateMutable(0, kBQDictionaryRetainKeys);
+  for (const auto& [key, value] : pairs) BQDictionarySetValue(result, key, value);
+  return own(result);
+}
+
+/* Arrays in dictionaries in arrays, `depth` levels around a leaf, each holding the one below so many times.
+ */
+inline Value nest(int depth, BQTypeRef leaf, int times = 1) {
+  Value nested = Value::retain(leaf);
+  for (int i = 0; i < depth; ++i) {
+    BQTypeRef inner = nested.get(), twin = times == 2 ? inner : nullptr;
+    nested = i % 2 == 0 ? Value(array({inner, twin}))
+                        : Value(dictionary({{BQSTR("k"), inner}, {BQSTR("twin"), twin}}));
+  }
+  return nested;
 }
 
 inline std::string describe(BQTypeRef object) {

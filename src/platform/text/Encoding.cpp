@@ -56,20 +56,7 @@ bool isConvertedByHand(BQStringEncoding encoding) {
 
 bool decodeText(const uint8_t* bytes, size_t length, BQStringEncoding encoding, std::string& out) {
   const char* text = reinterpret_cast<const char*>(bytes);
-  switch (encoding) {
-    case kBQStringEncodingUTF8:
-      if (!isWellFormedUTF8(text, length)) return false;
-      out.append(text, length);
-      return true;
-    case kBQStringEncodingASCII:
-      if (countASCIIPrefix(text, length) != length) return false;
-      out.append(text, length);
-      return true;
-    case kBQStringEncodingISOLatin1:
-      return decodeLatin1(text, length, out);
-    default:
-      break;
-  }
+  if (encoding == kBQStringEncodingISOLatin1) return decodeLatin1(text, length, out);
   if (isWideEncoding(encoding)) return decodeWideText(bytes, length, encoding, out);
   const EncodingRecord* record = findEncoding(encoding);
   return record != nullptr && convertToUTF8(bytes, length, record->converter(), out);
@@ -78,9 +65,6 @@ bool decodeText(const uint8_t* bytes, size_t length, BQStringEncoding encoding, 
 bool encodeText(const char* utf8, size_t length, BQStringEncoding encoding, uint8_t lossByte,
                 std::string& out) {
   switch (encoding) {
-    case kBQStringEncodingUTF8:
-      out.append(utf8, length);
-      return true;
     case kBQStringEncodingASCII:
       return encodeDirectly(utf8, length, 0x80, lossByte, out);
     case kBQStringEncodingISOLatin1:

@@ -11,14 +11,14 @@
 namespace bq {
 
 /*
- * Appends to `out` the UTF-8 of bytes in an encoding. False, with `out` unspecified, if they are
- * malformed or the encoding is not available. Bytes of UTF-16 and UTF-32 may begin with a byte-order
+ * Appends to `out` the UTF-8 of bytes in an encoding other than UTF-8. False, with `out` unspecified, if they
+ * are malformed or the encoding is not available. Bytes of UTF-16 and UTF-32 may begin with a byte-order
  * mark, which is consumed; without one they are big-endian.
  */
 bool decodeText(const uint8_t* bytes, size_t length, BQStringEncoding encoding, std::string& out);
 
 /*
- * Appends to `out` the bytes of well-formed UTF-8 text in an encoding. A character that the
+ * Appends to `out` the bytes of well-formed UTF-8 text in an encoding other than UTF-8. A character that the
  * encoding lacks becomes `lossByte`, taken as a character if it is ASCII and as a byte if not; with
  * a `lossByte` of 0 the conversion fails. False, with `out` unspecified, then and if the encoding is
  * not available.

@@ -82,8 +82,6 @@ TEST(URL, RefusesWhatIsNone) {
     EXPECT_FALSE(url(text)) << text;
   }
   EXPECT_FALSE(url({"http://host/\0x", 14}));
-  EXPECT_EQ(BQURLCreateWithString(nullptr, nullptr), nullptr);
-  EXPECT_EQ(BQURLCreateWithString(reinterpret_cast<const BQString*>(kBQNull), nullptr), nullptr);
 }
 
 TEST(URL, ResolvesRelativeReferences) {
@@ -119,15 +117,6 @@ TEST(URL, ComparesByText) {
   EXPECT_TRUE(BQEqual(url("http://host/a").get(), url("http://host/a").get()));
   EXPECT_EQ(BQHash(url("http://host/a").get()), BQHash(url("http://host/a").get()));
   EXPECT_FALSE(BQEqual(url("http://host/a").get(), url("http://host/b").get()));
-}
-
-TEST(URL, AccessorsRefuseOtherClasses) {
-  auto* wrong = reinterpret_cast<const BQURL*>(kBQNull);
-  EXPECT_EQ(BQURLGetString(wrong), nullptr);
-  EXPECT_EQ(BQURLCopyScheme(wrong), nullptr);
-  EXPECT_EQ(BQURLCopyHostName(wrong), nullptr);
-  EXPECT_EQ(BQURLGetPortNumber(wrong), -1);
-  EXPECT_EQ(BQURLCopyPath(wrong), nullptr);
 }
 
 }  // namespace

@@ -1,256 +1,187 @@
 #include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <clocale>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
-#include <limits>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "support/PlatformValues.h"
 
+/* The C library loses the list of directories that it makes of LOCPATH. Called by the sanitizer, if it is
+ * there. */
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:__argz_add_sep\n";
+}
+
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+
 namespace {
 
 using namespace values;
 using namespace std::string_literals;
 
-constexpr BQIndex kHuge = std::numeric_limits<BQIndex>::max();
-constexpr BQIndex kLowest = std::numeric_limits<BQIndex>::min();
-
-const BQString* stranger() {
-  return reinterpret_cast<const BQString*>(kBQNull);
-}
-
-BQRange whole(const BQString* string) {
-  return BQRangeMake(0, BQStringGetLength(string));
-}
-
-TEST(String, NonsenseIsAnswered) {
-  auto format = [](const BQString* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    const BQString* result = BQStringCreateWithFormatAndArguments(format, arguments);
-    va_end(arguments);
-    return result;
-  };
-  EXPECT_EQ(BQStringCreateWithUTF8("x", -1), nullptr);
-  EXPECT_EQ(BQStringCreateWithUTF8("x", kLowest), nullptr);
-  EXPECT_EQ(BQStringCreateWithUTF8(nullptr, 1), nullptr);
-  EXPECT_EQ(text(own(BQStringCreateWithUTF8(nullptr, 0))), "");
-  EXPECT_EQ(text(own(BQStringCreateWithBytesNoCopy(nullptr, 0, kBQStringEncodingUTF8))), "");
-  EXPECT_EQ(BQStringCreateWithBytesNoCopy(nullptr, 1, kBQStringEncodingUTF8), nullptr);
-  EXPECT_EQ(BQStringCreateWithBytesNoCopy("x", -1, kBQStringEncodingUTF8), nullptr);
-  EXPECT_EQ(BQStringCreateWithBytes("x", 1, 0x7FFFFFFF), nullptr);
-  EXPECT_EQ(BQStringCreateWithCString(nullptr, kBQStringEncodingUTF8), nullptr);
-  for (const BQString* none : {static_cast<const BQString*>(nullptr), stranger()}) {
-    BQRange found = {-7, -7};
-    BQIndex used = 9;
-    EXPECT_EQ(BQStringGetLength(none), 0);
-    EXPECT_EQ(BQStringGetUTF8Ptr(none), nullptr);
-    EXPECT_EQ(BQStringCreateCopy(none), nullptr);
-    EXPECT_EQ(BQStringCreateMutableCopy(none), nullptr);
-    EXPECT_EQ(BQStringCreateSubstring(none, BQRangeMake(0, 0)), nullptr);
-    EXPECT_EQ(BQStringCreateExternalRepresentation(none, kBQStringEncodingUTF8, '?'), nullptr);
-    EXPECT_EQ(BQStringGetBytes(none, BQRangeMake(0, 0), kBQStringEncodingUTF8, 0, nullptr, 0, &used), 0);
-    EXPECT_EQ(used, 0);
-    EXPECT_EQ(BQStringGetDoubleValue(none), 0);
-    EXPECT_EQ(format(none), nullptr);
-    EXPECT_EQ(BQStringCompare(none, BQSTR(""), kBQCompareExact), kBQCompareLessThan);
-    EXPECT_EQ(BQStringCompare(BQSTR(""), none, kBQCompareExact), kBQCompareGreaterThan);
-    EXPECT_EQ(BQStringCompare(none, nullptr, kBQCompareExact), kBQCompareEqualTo);
-    EXPECT_FALSE(BQStringEqualsIgnoringCase(none, none));
-    EXPECT_FALSE(BQStringHasPrefix(none, BQSTR("")));
-    EXPECT_FALSE(BQStringHasSuffix(BQSTR("x"), none));
-    EXPECT_FALSE(BQStringFind(BQSTR("x"), none, BQRangeMake(0, 1), kBQCompareExact, &found));
-    EXPECT_FALSE(BQStringFind(none, BQSTR("x"), BQRangeMake(0, 1), kBQCompareExact, &found));
-    EXPECT_EQ(found.location, -7);
-  }
-  EXPECT_EQ(BQStringCreateFromExternalRepresentation(nullptr, kBQStringEncodingUTF8), nullptr);
-}
-
-TEST(String, RangesOutOfBoundsOrInsideACharacterAreRefused) {
-  auto string = values::string("a\xC3\xA9z"); /* a, two bytes, z */
-  const struct {
-    BQRange range;
-    const char* expected;
-  } kRows[] = {{{0, 4}, "a\xC3\xA9z"}, {{1, 2}, "\xC3\xA9"},      {{4, 0}, ""},
-               {{0, 0}, ""},           {{0, 5}, nullptr},         {{5, 0}, nullptr},
-               {{0, 2}, nullptr},      {{2, 2}, nullptr},         {{2, 0}, nullptr},
-               {{-1, 1}, nullptr},     {{0, -1}, nullptr},        {{4, kHuge}, nullptr},
-               {{kHuge, 1}, nullptr},  {{kHuge, kHuge}, nullptr}, {{kLowest, 4}, nullptr}};
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.range.location << "+" << row.range.length);
-    auto part = own(BQStringCreateSubstring(string.get(), row.range));
-    EXPECT_EQ(text(part), row.expected == nullptr ? "(none)" : row.expected);
-    BQIndex used = -1;
-    BQIndex read = BQStringGetBytes(string.get(), row.range, kBQStringEncodingUTF8, 0, nullptr, 0, &used);
-    EXPECT_EQ(read, row.expected == nullptr ? 0 : row.range.length);
-    EXPECT_EQ(used, read);
-  }
-}
-
-TEST(String, CopiesAreSharedUnlessTheBytesCouldChange) {
-  auto immutable = string("text");
-  EXPECT_EQ(own(BQStringCreateCopy(immutable.get())).get(), immutable.get());
-  char bytes[] = "bytes";
-  auto view = own(BQStringCreateWithBytesNoCopy(bytes, 5, kBQStringEncodingUTF8));
-  auto kept = own(BQStringCreateCopy(view.get()));
-  auto changing = mutableString("text");
-  auto frozen = own(BQStringCreateCopy(changing.get()));
-  std::memset(bytes, '#', 5);
-  BQStringAppend(changing.get(), BQSTR("!"));
-  EXPECT_EQ(text(kept), "bytes");
-  EXPECT_EQ(text(frozen), "text");
-  EXPECT_EQ(text(changing), "text!");
-}
-
-TEST(String, TextOfBorrowedBytesEndsWithNul) {
-  /* Nothing stands behind the bytes: reading on is an error of memory. */
-  auto bytes = std::make_unique<char[]>(5);
+/* No NUL follows the bytes: reading on is an error of memory. */
+TEST(String, OfBorrowedBytesEndsWithNulAndIsCopied) {
+  const auto bytes = std::make_unique<char[]>(5);
   std::memcpy(bytes.get(), "bytes", 5);
   auto view = own(BQStringCreateWithBytesNoCopy(bytes.get(), 5, kBQStringEncodingASCII));
-  const char* pointer = BQStringGetUTF8Ptr(view.get());
-  EXPECT_STREQ(pointer, "bytes");
-  EXPECT_EQ(BQStringGetUTF8Ptr(view.get()), pointer);
-  EXPECT_TRUE(BQEqual(view.get(), BQSTR("bytes")));
+  auto copy = own(BQStringCreateCopy(view.get()));
+  EXPECT_STREQ(BQStringGetUTF8Ptr(view.get()), "bytes");
+  EXPECT_EQ(BQStringGetUTF8Ptr(view.get()), BQStringGetUTF8Ptr(view.get()));
+  bytes[0] = '#';
+  EXPECT_TRUE(BQEqual(copy.get(), BQSTR("bytes")) && BQEqual(view.get(), BQSTR("#ytes")));
+  EXPECT_EQ(own(BQStringCreateCopy(copy.get())).get(), copy.get()) << "shared";
 }
 
-TEST(String, EqualityAndHashGoByContent) {
-  const Value kSame[] = {string("text"), mutableString("text"), Value::retain(BQSTR("text")),
-                         own(BQStringCreateWithBytesNoCopy("text", 4, kBQStringEncodingUTF8))};
-  for (const Value& left : kSame) {
-    for (const Value& right : kSame) {
-      EXPECT_TRUE(BQEqual(left.get(), right.get()));
-      EXPECT_EQ(BQHash(left.get()), BQHash(right.get()));
-    }
-  }
-  EXPECT_FALSE(BQEqual(BQSTR("text"), BQSTR("Text")));
-  EXPECT_FALSE(BQEqual(BQSTR("nul"), string("nul\0"s).get()));
-  EXPECT_FALSE(BQEqual(BQSTR("text"), kBQNull));
-}
-
-TEST(String, ComparesByCodePoint) {
-  const char* kAscending[] = {"", "A", "B", "a", "aa", "b", "\xC3\xA9", "\xEF\xBF\xBD", "\xF0\x9F\x98\x80"};
-  for (const char*& left : kAscending) {
-    for (const char*& right : kAscending) {
-      const int expected = &left < &right ? -1 : &left > &right ? 1 : 0;
-      EXPECT_EQ(BQStringCompare(string(left).get(), string(right).get(), kBQCompareExact), expected)
-          << left << " " << right;
-    }
-  }
-}
-
-TEST(String, CaseInsensitiveComparisonFoldsASCIIOnly) {
-  const struct {
-    const char *left, *right;
-    int order;
-  } kRows[] = {{"Content-Type", "content-TYPE", 0}, {"abc", "ABD", -1}, {"B", "a", 1},  {"a", "aB", -1},
-               {"\xC3\xA9", "\xC3\x89", 1},         {"[", "{", -1},     {"@", "`", -1}, {"Z", "[", 1}};
-  for (const auto& row : kRows) {
-    auto left = string(row.left), right = string(row.right);
-    EXPECT_EQ(BQStringCompare(left.get(), right.get(), kBQCompareCaseInsensitive), row.order) << row.left;
-    EXPECT_EQ(BQStringEqualsIgnoringCase(left.get(), right.get()), row.order == 0) << row.left;
-  }
-}
-
-TEST(String, FindsTextInRanges) {
-  constexpr auto kExact = kBQCompareExact, kBack = kBQCompareBackwards, kNoCase = kBQCompareCaseInsensitive;
-  constexpr auto kBackNoCase = static_cast<BQStringCompareOptions>(kBack | kNoCase);
-  const struct {
-    const char *string, *text;
-    BQRange range;
-    BQStringCompareOptions options;
-    BQIndex location;
-  } kRows[] = {
-      {"abcabc", "bc", {0, 6}, kExact, 1},     {"abcabc", "bc", {2, 4}, kExact, 4},
-      {"abcabc", "bc", {0, 6}, kBack, 4},      {"abcabc", "bc", {0, 5}, kBack, 1},
-      {"abcabc", "bc", {0, 2}, kExact, -1},    {"abcabc", "BC", {0, 6}, kExact, -1},
-      {"abcabc", "BC", {0, 6}, kNoCase, 1},    {"aBcAbC", "bc", {0, 6}, kBackNoCase, 4},
-      {"AAAAaB", "ab", {0, 6}, kNoCase, 4},    {"aaaaAB", "ab", {0, 6}, kNoCase, 4},
-      {"abc", "", {0, 3}, kExact, -1},         {"abc", "abcd", {0, 3}, kBack, -1},
-      {"abc", "abc", {0, 3}, kBack, 0},        {"abc", "c", {0, 4}, kExact, -1},
-      {"abc", "c", {-1, 3}, kExact, -1},       {"abc", "c", {3, 0}, kBack, -1},
-      {"a\xC3\xA9z", "z", {2, 2}, kExact, -1}, {"a\xC3\xA9z", "\xC3\xA9", {0, 4}, kBack, 1},
-  };
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.string << " " << row.text << " " << row.options);
-    BQRange found = {-1, -1};
-    bool isFound =
-        BQStringFind(string(row.string).get(), string(row.text).get(), row.range, row.options, &found);
-    EXPECT_EQ(isFound, row.location >= 0);
-    EXPECT_EQ(found.location, row.location);
-    EXPECT_EQ(found.length, isFound ? static_cast<BQIndex>(std::strlen(row.text)) : -1);
-  }
-}
-
-/* Once for each position the whole rest was searched for the letter in the other case. */
+/* An earlier version searched the whole rest for the other case of a letter at each position. */
 TEST(String, SearchWithoutCaseTakesTimeInProportion) {
   auto upper = string(std::string(4 << 20, 'A'));
-  EXPECT_FALSE(
-      BQStringFind(upper.get(), BQSTR("ax"), whole(upper.get()), kBQCompareCaseInsensitive, nullptr));
+  EXPECT_FALSE(BQStringFind(upper.get(), BQSTR("ax"), {0, 4 << 20}, kBQCompareCaseInsensitive, nullptr));
 }
 
 TEST(String, ReadsTheNumberAtTheStart) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const std::pair<double, std::vector<std::string>> kRows[] = {
-      {12.5, {"12.5"}},
-      {7, {" \t\r\n+7z"}},
+      {12.5, {"12.5", "\v\f\t\r\n 12.5"}},
+      {7, {"+7z"}},
       {-0.5, {"-.5"}},
-      {1000, {"1e3"}},
       {1, {"1.", "1e", "1e+", "1,5", "1\0002"s}},
-      {0, {"", "abc", ".", "-", "+-1", "0x1A", "1e-400", "information", "nancy", "inf1"}},
+      {0, {"", " ", "abc", ".", "-", "+-1", "0x1A", "1e-400", "information", "nancy", "inf1"}},
       {5e-324, {"5e-324"}},
-      {kInfinity, {"1e400", "Infinity"}},
-      {-kInfinity, {"-1e400", "-INF"}},
-      {-1.7976931348623157e308, {"-1.7976931348623157e308"}},
+      {INFINITY, {"1e400", "Infinity"}},
+      {-INFINITY, {"-1e400", "-INF"}},
   };
   for (const auto& [value, texts] : kRows) {
-    for (const std::string& text : texts) {
+    for (const std::string& text : texts)
       EXPECT_EQ(BQStringGetDoubleValue(string(text).get()), value) << text;
-    }
   }
   EXPECT_TRUE(std::isnan(BQStringGetDoubleValue(BQSTR("NaN"))));
   EXPECT_TRUE(std::signbit(BQStringGetDoubleValue(BQSTR("-0"))));
 }
 
+/* The longest beginning of whole characters that converts and fits. */
 TEST(String, BytesAreConvertedAsFarAsTheyFit) {
-  const std::string kText =
-      "a\xC3\xA9\xE2\x82\xAC"
-      "b"; /* a, e acute, euro, b: 1, 2, 3 and 1 bytes */
-  const struct {
-    BQStringEncoding encoding;
-    uint8_t lossByte;
-    BQIndex size, read;
-    std::string bytes;
-  } kRows[] = {
-      {kBQStringEncodingUTF8, 0, 100, 7, kText},
-      {kBQStringEncodingUTF8, 0, 2, 1, "a"},
-      {kBQStringEncodingUTF8, 0, 6, 6, kText.substr(0, 6)},
-      {kBQStringEncodingUTF8, 0, 0, 0, ""},
-      {kBQStringEncodingUTF8, 0, -5, 0, ""},
-      {kBQStringEncodingASCII, 0, 100, 1, "a"},
-      {kBQStringEncodingASCII, '?', 100, 7, "a??b"},
-      {kBQStringEncodingASCII, '?', 3, 6, "a??"},
-      {kBQStringEncodingISOLatin1, 0, 100, 3, "a\xE9"},
-      {kBQStringEncodingUTF16BE, 0, 100, 7, "\0a\0\xE9\x20\xAC\0b"s},
-      {kBQStringEncodingUTF16BE, 0, 5, 3, "\0a\0\xE9"s},
-      {kBQStringEncodingUTF16, 0, 100, 7, "\xFE\xFF\0a\0\xE9\x20\xAC\0b"s},
-      {kBQStringEncodingUTF16, 0, 6, 3, "\xFE\xFF\0a\0\xE9"s},
-      {0x0820 /* ISO-2022-JP */, 0, 100, 1, "a"},
-      {0x7FFFFFFF, '?', 100, 0, ""},
-  };
-  auto string = values::string(kText);
-  for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.encoding << " into " << row.size);
-    std::vector<uint8_t> buffer(100, 0xEE);
-    BQIndex used = -1;
-    BQIndex read = BQStringGetBytes(string.get(), whole(string.get()), row.encoding, row.lossByte,
-                                    buffer.data(), row.size, &used);
-    EXPECT_EQ(read, row.read);
-    EXPECT_EQ(std::string(buffer.begin(), buffer.begin() + used), row.bytes);
-    EXPECT_EQ(buffer[static_cast<size_t>(used)], 0xEE);
+  auto string = values::string("aé€😀b");
+  for (auto encoding : {kBQStringEncodingUTF8, kBQStringEncodingASCII, kBQStringEncodingISOLatin1,
+                        kBQStringEncodingUTF16, kBQStringEncodingUTF32}) {
+    for (BQIndex size = -1; size < 60; ++size) {
+      const uint8_t lossByte = size % 2 == 0 ? '?' : 0;
+      std::string expected, buffer(40, '#');
+      BQIndex length = 0, used = -1;
+      for (BQIndex end : {1, 3, 6, 10, 11}) {
+        auto part = own(BQStringCreateSubstring(string.get(), {0, end}));
+        auto data = own(BQStringCreateExternalRepresentation(part.get(), encoding, lossByte));
+        if (!data || BQDataGetLength(data.get()) > size / 2) break;
+        expected = bytes(data.get());
+        length = end;
+      }
+      auto* room = reinterpret_cast<uint8_t*>(buffer.data());
+      EXPECT_EQ(BQStringGetBytes(string.get(), {0, 11}, encoding, lossByte, room, size / 2, &used), length);
+      EXPECT_EQ(buffer, expected + std::string(40 - used, '#')) << encoding << " " << size;
+    }
   }
+  EXPECT_EQ(BQStringGetBytes(string.get(), {1, 5}, kBQStringEncodingUTF16, 0, nullptr, 0, nullptr), 5)
+      << "counts";
+}
+
+template <class... Arguments>
+std::string format(std::string_view format, Arguments... arguments) {
+  return text(own(BQStringCreateWithFormat(string(format).get(), arguments...)));
+}
+
+/* With flags, and widths and precisions of the format and of arguments; the last argument shows that none is
+ * lost. */
+template <class T>
+void expectLikePrintf(const std::string& conversion, T argument) {
+  char expected[1000];
+  for (const std::string flags : {"%", "%-", "%+", "% ", "%#", "%0"}) {
+    for (const char* numbers : {"", "8", "150", ".0", "12.5"}) {
+      const std::string row = flags + numbers + conversion + "|%d";
+      std::snprintf(expected, sizeof expected, row.c_str(), argument, 5);
+      EXPECT_EQ(format(row, argument, 5), expected) << row;
+    }
+    const std::string row = flags + "*" + conversion + "|" + flags + "*.*" + conversion + "|%d";
+    std::snprintf(expected, sizeof expected, row.c_str(), 20, argument, 9, 3, argument, 5);
+    EXPECT_EQ(format(row, 20, argument, 9, 3, argument, 5), expected) << row;
+  }
+}
+
+TEST(Format, ConvertsLikePrintf) {
+  for (const char* kind : {"d", "i", "o", "u", "x", "X"}) {
+    for (int64_t number : {int64_t{-1}, int64_t{300}, INT64_MIN + 5}) {
+      for (std::string length : {"", "h", "hh"}) expectLikePrintf(length + kind, static_cast<int>(number));
+      for (std::string length : {"l", "ll", "q", "j", "z", "t", "L"}) expectLikePrintf(length + kind, number);
+    }
+  }
+  for (const char* kind : {"a", "A", "e", "E", "f", "F", "g", "G"}) {
+    for (double number : {0.1, 12345.678, -1e300}) {
+      expectLikePrintf(kind, number);
+      expectLikePrintf(std::string("L") + kind, static_cast<long double>(number) / 3);
+    }
+  }
+  for (size_t length : {0u, 5u, 126u, 127u, 128u, 129u})
+    expectLikePrintf("s", std::string(length, 'x').c_str());
+  expectLikePrintf("c", 'c');
+  expectLikePrintf("p", "");
+  errno = ENOENT;
+  expectLikePrintf("m", 0);
+}
+
+TEST(Format, PrintsWhatPrintfDoesNot) {
+  const char* kNoText = nullptr;
+  int count = 77;
+  const std::pair<std::string, std::string> kRows[] = {
+      {format("100%%|%s|%c", kNoText, '\0'), "100%|(null)|\0"s},
+      /* Percent signs in arguments are text. */
+      {format("%@|%s|%@", BQSTR("%d%n%@"), "%s%%", array({BQSTR("%x")}).get()), "%d%n%@|%s%%|[\"%x\"]"},
+      {format("[%@] %d %@", static_cast<BQTypeRef>(nullptr), 7, kBQBooleanTrue), "[(null)] 7 true"},
+      /* Malformed bytes are replaced. */
+      {format("€%s|%c|%.2s|", "a\xFFz", 0xE9, "€"), "€a\uFFFDz|\uFFFD|\uFFFD\uFFFD|"},
+      /* Wide text does not depend on the locale. */
+      {format("%S|%lc%C|%6ls", L"€uro", wint_t{0x20AC}, wint_t{L'x'}, L"€"), "€uro|€x|   €"},
+      /* Counts are not written. */
+      {format("ab%n|%5hhn|%d", &count, &count, 5), "ab%n|%5hhn|5"},
+  };
+  for (const auto& [actual, expected] : kRows) EXPECT_EQ(actual, expected);
+  EXPECT_EQ(count, 77);
+  for (const std::string& row : {"%"s, "50%"s, "%5"s, "%l"s, "% y"s, "%é"s, "%1$d"s, "%***d"s, "a%\0b"s,
+                                 "%" + std::string(62, '1') + "d"}) {
+    EXPECT_EQ(format(row, 1), row) << "no conversion";
+  }
+}
+
+TEST(Format, TargetMayBeTheFormatAndInsideTheObject) {
+  const std::string filler(40, 'x');
+  auto target = mutableString("%d" + filler);
+  BQStringAppendFormat(target.get(), target.get(), 12345);
+  EXPECT_EQ(text(target), "%d" + filler + "12345" + filler);
+  BQStringTruncate(target.get(), 2);
+  BQStringAppendFormat(target.get(), BQSTR(" %@"), array({target.get(), target.get()}).get());
+  EXPECT_EQ(text(target), "%d [\"%d \", \"%d \"]");
+}
+
+TEST(Format, NumbersDoNotFollowTheLocale) {
+  const std::string directory = testing::TempDir() + "/orvane-locale", source = directory + "/source";
+  std::filesystem::create_directories(directory);
+  std::ofstream(source)
+      << "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3\nEND LC_NUMERIC\n";
+  /* Its status reports the categories that are missing. */
+  std::system(
+      ("localedef -c -i " + source + " -f ANSI_X3.4-1968 " + directory + "/comma 2>&1 | tail -1").c_str());
+  setenv("LOCPATH", directory.c_str(), 1);
+  ASSERT_NE(std::setlocale(LC_NUMERIC, "comma"), nullptr) << "Debian's package locales has what this needs";
+  EXPECT_EQ(format("%.1f|%'d|%Lg", 1.5, 1234567, 2.5L), "1.5|1234567|2.5");
+  EXPECT_EQ(BQStringGetDoubleValue(BQSTR("2.5e400")), INFINITY);
+  EXPECT_EQ(describe(real(0.5).get()), "0.5");
+  std::setlocale(LC_NUMERIC, "C");
 }
 
 }  // namespace

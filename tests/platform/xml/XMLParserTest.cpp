@@ -274,15 +274,6 @@ TEST(XMLParser, SaysWhatIsWrongAndWhere) {
   for (const auto& [document, expected] : rows) EXPECT_EQ(failure(document), expected) << document;
 }
 
-TEST(XMLParser, AcceptsMissingDataAndMissingError) {
-  const BQDictionary* error = nullptr;
-  EXPECT_EQ(BQXMLTreeCreateFromDataWithError(nullptr, &error), nullptr);
-  EXPECT_EQ(BQDictionaryGetCount(error), 4);
-  BQRelease(error);
-  EXPECT_EQ(BQXMLTreeCreateFromDataWithError(reinterpret_cast<const BQData*>(BQSTR("<a/>")), nullptr),
-            nullptr);
-}
-
 TEST(XMLParser, RefusesDeepNesting) {
   auto nested = [](size_t depth) { return repeated("<a>", depth) + "<!---->" + repeated("</a>", depth); };
   EXPECT_TRUE(parse(nested(512)));
@@ -408,22 +399,6 @@ TEST(XMLTree, CountsAndVisitsChildrenInOrder) {
   EXPECT_EQ(names, "1bc");
   EXPECT_EQ(BQTreeGetChildCount(root), 3);
   EXPECT_EQ(BQTreeGetChildCount(tree.get()), 1);
-}
-
-TEST(XMLTree, AccessorsRefuseOtherObjects) {
-  auto* noTree = reinterpret_cast<const BQTree*>(BQSTR("x"));
-  auto* noNode = reinterpret_cast<const BQXMLNode*>(BQSTR("x"));
-  for (const BQTree* tree : {noTree, static_cast<const BQTree*>(nullptr)}) {
-    EXPECT_EQ(BQXMLTreeGetNode(tree), nullptr);
-    EXPECT_EQ(BQTreeGetFirstChild(tree), nullptr);
-    EXPECT_EQ(BQTreeGetNextSibling(tree), nullptr);
-    EXPECT_EQ(BQTreeGetChildCount(tree), 0);
-  }
-  for (const BQXMLNode* node : {noNode, static_cast<const BQXMLNode*>(nullptr)}) {
-    EXPECT_EQ(BQXMLNodeGetTypeCode(node), 0);
-    EXPECT_EQ(BQXMLNodeGetString(node), nullptr);
-    EXPECT_EQ(BQXMLNodeGetInfoPtr(node), nullptr);
-  }
 }
 
 TEST(XMLTree, DescribesItsNodesShortly) {
