@@ -3,15 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "support/Values.h"
 
 namespace {
 
 using namespace support;
-using namespace std::string_literals;
-using namespace std::string_view_literals;
 using vx::VXSerializerBase;
 
 TEST(SerializerBase, PropertiesAreFoundByTextAndRemovedByNull) {
@@ -61,48 +58,6 @@ TEST(SerializerBase, TheFirstOverrideOfAClassAnswersInPlaceOfTheParents) {
     EXPECT_EQ(overridden(child, Value::retain(kBQBooleanTrue)), "-") << "a boolean is no number";
     EXPECT_EQ(overridden(child, string("x")), "-") << "no answer is an answer";
     EXPECT_EQ(overridden(child, date(0)), hasParent ? "'parent'" : "-");
-  }
-}
-
-TEST(SerializerBase, OverridesForReadingMatchTheResolvedName) {
-  const struct {
-    const char* typeNamespace; /* "-" for null */
-    const char* typeName;
-    const char* matched; /* of the elements below */
-  } rows[] = {
-      {"*", "Point", "ns:Point POINT default "},
-      {"", "point", "ns:Point POINT default "},
-      {"-", "Point", "POINT "},
-      {"urn:NS", "Point", "ns:Point "},
-      {"urn:ns", "*", "ns:Point ns:Points "},
-      {"urn:default", "", "default "},
-      {"-", "", "POINT undeclared:x "},
-      {"urn:none", "*", ""},
-      {"*", "-", ""},
-      {"*", "Poin*", ""},
-  };
-  const std::pair<const char*, const char*> elements[] = {{"ns:Point", "<ns:Point/>"},
-                                                          {"POINT", "<POINT/>"},
-                                                          {"ns:Points", "<ns:Points/>"},
-                                                          {"undeclared:x", "<undeclared:x/>"},
-                                                          {"default", "<Point/>"}};
-  auto make = [](std::string_view text) { return text == "-" ? Value() : string(text); };
-  for (const auto& row : rows) {
-    VXSerializerBase base;
-    auto returnTrue = [](VXMethodInvocationRef, const BQTree*, const BQTree*, void*) -> BQTypeRef {
-      return kBQBooleanTrue;
-    };
-    base.addDeserializationOverride(make(row.typeNamespace), make(row.typeName), returnTrue, nullptr);
-    std::string matched;
-    for (auto [label, element] : elements) {
-      vx::NamespaceMap namespaces;
-      namespaces.addValue(BQSTR("ns"), BQSTR("urn:ns"));
-      if (label == "default"sv) namespaces.addValue(BQSTR("__defaultNamespace"), BQSTR("urn:default"));
-      Value document = tree(element);
-      const BQTree* root = BQTreeGetFirstChild(document);
-      if (base.deserilizeOverride(root, namespaces, nullptr, document)) matched += label + " "s;
-    }
-    EXPECT_EQ(matched, row.matched) << row.typeNamespace << " " << row.typeName;
   }
 }
 

@@ -4,10 +4,22 @@
 
 #include <charconv>
 #include <cstdio>
-#include <vector>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
+
+#include <VX/VXDate.h>
+
+#include "support/Constants.h"
 
 namespace support {
 namespace {
+
+std::string stringNotation(const std::string& plain) {
+  std::ostringstream out;
+  out << std::quoted(plain, '\'');
+  return out.str();
+}
 
 std::string numberNotation(const BQNumber* number) {
   char out[64];
@@ -63,6 +75,60 @@ std::string dictionaryNotation(const BQDictionary* dictionary) {
 template <class T>
 const T* cast(BQTypeRef object) {
   return static_cast<const T*>(object);
+}
+
+/* Null, a boolean, a number, a date, or the very object of a public constant. */
+Value readWord(std::istream& in) {
+  std::string word;
+  for (int next; (next = in.peek()) != EOF && std::strchr(",]} ", next) == nullptr;)
+    word += static_cast<char>(in.get());
+  if (word == "-") return Value();
+  if (word.starts_with('@'))
+    return Value::adopt(
+        vxCreateDateFromISO8601(reinterpret_cast<const unsigned char*>(&word[1]), word.size() - 1));
+  if (word == "null") return Value::retain(kBQNull);
+  if (word == "true" || word == "false")
+    return Value::retain(word == "true" ? kBQBooleanTrue : kBQBooleanFalse);
+  for (const auto& [object, characters] : kConstants) {
+    if (word == characters) return Value::retain(object);
+  }
+  if (word.ends_with('d')) return real(std::stod(word));
+  return integer(std::stoll(word), word.ends_with('L') ? kBQNumberSInt64Type : kBQNumberSInt32Type);
+}
+
+/* Bytes; <00x57> is one byte 57 times. */
+Value readData(std::istream& in) {
+  std::string digits, result;
+  std::getline(in, digits, '>');
+  for (size_t i = 0; i + 1 < digits.size() && digits[i] != 'x'; i += 2)
+    result += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  if (digits.find('x') == 2) result.resize(std::stoul(digits.substr(3)), result.at(0));
+  return blob(result);
+}
+
+Value readValue(std::istream& in) {
+  auto ends = [&](char end) { return (in >> std::ws).peek() == end && in.get(); };
+  std::string name;
+  switch (char first = '\0'; in >> first, first) {
+    case '\'':
+      in.unget() >> std::quoted(name, '\'');
+      return string(name);
+    case '[':
+      for (Value result = array({});; ends(',')) {
+        if (ends(']')) return result;
+        BQArrayAppendValue(result.as<BQArray>(), readValue(in).get());
+      }
+    case '{':
+      for (Value result = dictionary({});; ends(',')) {
+        if (ends('}')) return result;
+        std::getline(in, name, ':');
+        BQDictionarySetValue(result.as<BQDictionary>(), string(name).get(), readValue(in).get());
+      }
+    case '<':
+      return readData(in);
+    default:
+      return readWord(in.unget());
+  }
 }
 
 }  // namespace
@@ -127,7 +193,7 @@ std::string notation(BQTypeRef value) {
   BQTypeID typeID = BQGetTypeID(value);
   if (value == nullptr) return "-";
   if (value == kBQNull) return "null";
-  if (typeID == BQStringGetTypeID()) return "'" + text(value) + "'";
+  if (typeID == BQStringGetTypeID()) return stringNotation(text(value));
   if (typeID == BQBooleanGetTypeID()) return value == kBQBooleanTrue ? "true" : "false";
   if (typeID == BQNumberGetTypeID()) return numberNotation(cast<BQNumber>(value));
   if (typeID == BQDateGetTypeID()) return dateNotation(cast<BQDate>(value));
@@ -137,13 +203,10 @@ std::string notation(BQTypeRef value) {
   return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get());
 }
 
-std::string withCRLF(std::string_view document) {
-  std::string result;
-  for (char character : document) {
-    if (character == '\n') result += '\r';
-    result += character;
-  }
-  return result;
+std::vector<Value> valuesOf(const std::string& notation) {
+  std::vector<Value> values;
+  for (std::istringstream in(notation); in >> std::ws, !in.eof();) values.push_back(readValue(in));
+  return values;
 }
 
 }  // namespace support

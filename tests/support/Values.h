@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <BQ/BQ.h>
 
@@ -52,12 +53,13 @@ std::string bytes(const BQData* data);
 
 /*
  * A value with the class of each part: 'text', 5, 5L (made with 64 bits), 2.5d, true, null,
- * @2005-02-28T13:45:09, <00ff>, [a, b], {name: a}; the class name for any other; "-" for no value.
+ * @2005-02-28T13:45:09, <00ff>, [a, b], {name: a}; the class name for any other; "-" for no value. In a
+ * string a backslash precedes "'" and a backslash.
  */
 std::string notation(BQTypeRef value);
 
-/* Line ends of a document written down with line feeds become CR LF. */
-std::string withCRLF(std::string_view document);
+/* Parses values in that notation, separated by blanks. Any other word is the public constant of that text. */
+std::vector<Value> valuesOf(const std::string& notation);
 
 }  // namespace support
 

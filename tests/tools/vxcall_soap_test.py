@@ -1,5 +1,7 @@
 """Calls of SOAP servers of two other makes, in both generations and both forms."""
+import datetime
 import json
+import plistlib
 
 from vxcall_case import SOAPDocumentPeer, SOAPPeer, VxcallCase, vxcall
 
@@ -163,3 +165,17 @@ class DocumentTest(SOAPCase):
             self.assertEqual(self.value(*self.OPTIONS, *call), value)
         run = vxcall(*self.OPTIONS, self.peer.url(), "refuse", "reason=no <way> & out")
         self.assert_complaint(run, 1, "fault -1: no <way> & out")
+
+    def test_server_understands_each_type_within_a_structure(self):
+        # It goes by a schema. The reply tells no types, so that the text of the answer has to tell how it was understood.
+        line = {"article": "a <b> \u00e9", "pieces": 3, "price": 2.5, "gift": True, "due": datetime.datetime(2001, 1, 1),
+                "stamp": b"\1\xff"}
+        call = {"ProtocolType": "SOAP-2001", "MethodName": "describe", "ServiceURL": self.peer.url(), "ParamOrder": ["line"],
+                "ParamValues": {"line": line}, "Properties": {"/VXSOAPMethodNamespaceURI": "urn:orders"}}
+        run = vxcall("--load", "-", input=plistlib.dumps(call, sort_keys=False))
+        self.assertEqual(run.stderr, b"")
+        answer = json.loads(run.stdout)
+        self.assertEqual(json.loads(answer["ns1:text"]), {
+            "article": "61203c623e20c3a9", "pieces": 3, "price": 2.5, "gift": True, "stamp": "01ff",
+            "due": "323030312d30312d30315430303a30303a30305a"})
+        self.assertEqual(answer["ns1:line"]["ns1:article"], "a <b> \u00e9")
