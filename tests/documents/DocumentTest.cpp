@@ -213,7 +213,7 @@ bool addTests(const std::string& path) {
   std::string line, name, word;
   for (int number = 1; std::getline(file, line); ++number) {
     std::istringstream words(line);
-    if (line.empty() || line.starts_with("# ")) continue;
+    if (line.empty() || line.starts_with('#')) continue;
     if (line.starts_with('[')) {
       size_t end = line.find(']');
       tests.emplace_back(line.substr(1, end - 1), common);

@@ -9,62 +9,6 @@
 namespace vx {
 namespace {
 
-std::string response(const std::string& head, const std::string& body) {
-  return head + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
-}
-
-std::string callOnce(const Script& script, void (*configure)(TestCall&) = nullptr) {
-  ScriptedPeer peer({script});
-  TestCall call(peer.url("/RPC2"));
-  if (configure != nullptr) configure(call);
-  return valueOf(call.invoke());
-}
-
-constexpr const char* kNoXML = "No valid XML data in response -1 -65795";
-constexpr const char* kNotText = "The server did not return a 'text/xml' response. -1 -65795";
-
-TEST(Transaction, JudgesRepliesByStatusAndType) {
-  const std::string body = replyBody("fine");
-  const std::string bare = body.substr(body.find("<methodResponse"));
-  const std::string latin =
-      "<methodResponse><params><param><value>\xE9</value></param></params></methodResponse>";
-  struct Row {
-    std::string head, body, expected, why;
-  };
-  const Row rows[] = {
-      {"HTTP/1.1 200 OK\r\nContent-Type: text/xml", body, "fine", "the usual reply"},
-      {"HTTP/1.1 202 Accepted\r\nContent-Type: application/xml", body, "fine", "any success, any XML"},
-      {"HTTP/1.1 200 OK", body, "fine", "without a type"},
-      {"HTTP/1.1 200 OK", bare, kNoXML, "without a type a declaration is needed"},
-      {"HTTP/1.1 200 OK\r\nContent-Type: text/plain", bare, kNoXML, "so it is for plain text"},
-      {"HTTP/1.1 200 OK\r\nContent-Type: text/xml", bare, "fine", "but not for XML"},
-      {"HTTP/1.1 200 OK\r\nContent-Type: text/xml; charset=\"ISO-8859-1\"", latin, "é",
-       "read as the charset says"},
-      {"HTTP/1.1 200 OK\r\nContent-Type: image/png", body, kNotText, "no XML"},
-      {"HTTP/1.1 500 Oops\r\nContent-Type: text/xml", body, "fine", "an error with a document is read"},
-      {"HTTP/1.1 500 Oops\r\nContent-Type: image/png", body, "HTTP/1.1 500 Oops -1 -65795", "others are not"},
-      {"HTTP/1.1 500 Oops\r\nContent-Type: text/html", "<html></html>", kNoXML, "HTML is taken for text"},
-      {"HTTP/1.1 503 Busy\r\nContent-Type: text/xml", body, "HTTP/1.1 503 Busy -1 -65795", "only 500 counts"},
-      {"HTTP/1.0 404 Not Found", "", "HTTP/1.0 404 Not Found -1 -65795", "the status line as it was sent"},
-      {"HTTP/1.1 304", "", "HTTP/1.1 304 -1 -65795", "a status line without a reason"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(callOnce(reply(response(row.head, row.body))), row.expected) << row.why;
-  }
-  std::string empty = callOnce(reply(response("HTTP/1.1 200 OK\r\nContent-Type: text/xml", "")));
-  EXPECT_TRUE(empty.ends_with(") -1 -65795")) << empty;
-}
-
-TEST(Transaction, ReportsWhatIsWrongWithADocument) {
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(callOnce(reply(okResponse("<?xml version=\"1.0\"?><other/>"))),
-            "Can't find a 'methodResponse' element -1 -65795");
-  std::string broken = callOnce(reply(okResponse("<?xml version=\"1.0\"?><a>\n<b></a>")));
-  EXPECT_TRUE(broken.find(" (line 2, pos ") != std::string::npos && broken.ends_with(") -1 -65795"))
-      << broken;
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("XML Parse error occurred: "), std::string::npos);
-}
-
 /* Lives for the process: what refers to itself is never freed. */
 const BQArray* arrayThatHoldsItself() {
   static BQArray* const array = BQArrayCreateMutable(2);
@@ -109,24 +53,6 @@ TEST(Transaction, FailsBeforeAnythingIsSent) {
   }
   EXPECT_EQ(failureOf(TestCall(nowhere, kVXXMLRPCProtocol, nullptr).invoke()),
             "Can't serialize request 2 -65794");
-}
-
-TEST(Transaction, ReadsAReplyByteByByteAndALargeOne) {
-  EXPECT_EQ(callOnce(Script().expectRequest().sendInPieces(kOK, 1)), "ok");
-  std::string large(300000, 'x');
-  EXPECT_EQ(callOnce(reply(okResponse(replyBody(large)))), large);
-}
-
-TEST(Transaction, EveryCutOfAReplyEndsInOneFault) {
-  const std::string prefix = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " ";
-  std::vector<Script> scripts;
-  for (size_t length = 0; length < kOK.size(); ++length)
-    scripts.push_back(replyAndClose(kOK.substr(0, length)));
-  ScriptedPeer peer(scripts);
-  for (size_t length = 0; length < kOK.size(); ++length) {
-    int error = length == 0 ? kBQStreamHTTPErrorEmptyReply : kBQStreamHTTPErrorConnectionLost;
-    EXPECT_EQ(failureOf(TestCall(peer.url()).invoke()), prefix + std::to_string(error)) << length;
-  }
 }
 
 /* The header lines of a request, without the one that tells the length. */
@@ -188,36 +114,6 @@ TEST(Transaction, TemplateGivesMethodURLAndHeaders) {
             (std::vector<std::string>{"PATCH /template HTTP/1.1", "Content-Type: text/xml", "Host: 127.0.0.1",
                                       "X-Template: kept", "user-agent: mine"}));
   EXPECT_EQ(BQHTTPMessageCopyBody(message), nullptr) << "the template itself is not changed";
-}
-
-TEST(Transaction, FollowsRedirectsUnlessToldNotTo) {
-  ScriptedPeer target({replies({kOK, kOK})});
-  const Script moved =
-      reply("HTTP/1.1 307 Moved\r\nLocation: " + target.url("/new") + "\r\nContent-Length: 0\r\n\r\n");
-  EXPECT_EQ(callOnce(moved), "ok");
-  EXPECT_EQ(callOnce(moved, [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanTrue); }), "ok");
-  EXPECT_EQ(callOnce(moved, [](TestCall& call) { call.set(kVXHTTPFollowsRedirects, kBQBooleanFalse); }),
-            "HTTP/1.1 307 Moved -1 -65795");
-  EXPECT_EQ(headersOf(target.requests().at(0))[0], "POST /new HTTP/1.1");
-}
-
-TEST(Transaction, GoesThroughAProxy) {
-  ScriptedPeer proxy({reply(kOK)});
-  TestCall call("http://unreachable.invalid/RPC2");
-  EXPECT_EQ(valueOf(call.set(kVXHTTPProxy, url(proxy.url()).get()).invoke()), "ok");
-  EXPECT_EQ(headersOf(proxy.requests().at(0))[0], "POST http://unreachable.invalid/RPC2 HTTP/1.1");
-}
-
-TEST(Transaction, BoundsTheReplyAsTheLimitSays) {
-  const int size = static_cast<int>(replyBody("ok").size());
-  const std::string tooLarge = "Stream Error " + std::to_string(kBQStreamErrorDomainHTTP) + " " +
-                               std::to_string(kBQStreamHTTPErrorReplyTooLarge);
-  const std::pair<int, std::string> rows[] = {
-      {size, "ok"}, {size - 1, tooLarge}, {1, tooLarge}, {0, "ok"}, {-1, "ok"}};
-  for (const auto& [limit, expected] : rows) {
-    ScriptedPeer peer({reply(kOK)});
-    EXPECT_EQ(valueOf(TestCall(peer.url()).set(kVXHTTPReplySizeLimit, limit).invoke()), expected) << limit;
-  }
 }
 
 TEST(Transaction, CapturesWhatWasAskedFor) {
@@ -294,46 +190,46 @@ class Machine : public Scheduled {
   HTTPClosureSource* source;
 };
 
-TEST(Machine, EndsInEachStateThatHasNoWork) {
-  const std::pair<int32_t, const char*> rows[] = {{1, "Timed Out Waiting For Open -1 -65796"},
-                                                  {4, "Timed Out -1 -65796"},
-                                                  {5, "Uknown State 2 -65794"},
-                                                  {-1, "Uknown State 2 -65794"}};
-  for (auto [state, expected] : rows) {
-    Machine machine;
-    machine.source->setState(state);
-    machine.source->perform();
-    machine.source->perform();
-    EXPECT_EQ(machine.outcomes, std::vector<std::string>{expected});
-    EXPECT_EQ(machine.source->getState(), state);
+TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
+  enum Stimulus { kPerform = -1, kTimer = -2, kOpen = 1, kBytes = 2, kOther = 4, kEnd = 16 };
+  const struct {
+    Stimulus stimulus;
+    /* The next state for each of the states 0 to 5; -1 where the row leaves it out. */
+    int32_t next[6];
+    std::vector<std::string> outcomes;
+  } rows[] = {
+      {kTimer, {4, 4, 4, 3, 4, -1}, {}},
+      {kOpen, {0, 1, 2, 3, 4, 5}, {}},
+      {kBytes, {2, 2, 2, 2, 2, 2}, {}},
+      {kEnd, {3, 3, 3, 3, 3, 3}, {}},
+      {kOther, {0, 1, 2, 3, 4, 5}, {"Unlikely state for a read stream 2 -65794"}},
+      {kPerform, {-1, 1, -1, -1, -1, -1}, {"Timed Out Waiting For Open -1 -65796"}},
+      {kPerform, {-1, -1, -1, 3, -1, -1}, {"Could not read any data 2 -65794"}},
+      {kPerform, {-1, -1, -1, -1, 4, -1}, {"Timed Out -1 -65796"}},
+      {kPerform, {-1, -1, -1, -1, -1, 5}, {"Uknown State 2 -65794"}},
+  };
+  for (const auto& row : rows) {
+    for (int32_t state = 0; state < 6; ++state) {
+      if (row.next[state] < 0) continue;
+      SCOPED_TRACE("state " + std::to_string(state) + ", stimulus " + std::to_string(row.stimulus));
+      Machine machine;
+      machine.source->setState(state);
+      for (int times = 0; times < 2; ++times) { /* a call ends once */
+        if (row.stimulus == kPerform) machine.source->perform();
+        if (row.stimulus == kTimer) machine.source->timedOut();
+        if (row.stimulus > 0)
+          machine.source->readStreamCallback(static_cast<BQStreamEventType>(row.stimulus));
+      }
+      EXPECT_EQ(machine.source->getState(), row.next[state]);
+      EXPECT_EQ(machine.outcomes, row.outcomes);
+      machine.source->readStreamCallback(kBQStreamEventHasBytesAvailable);
+      EXPECT_EQ(machine.source->getState(), row.outcomes.empty() ? 2 : row.next[state])
+          << "events after the end";
+    }
   }
 }
 
-TEST(Machine, TimerCountsOnlyBeforeTheEndOfTheReply) {
-  const int32_t expected[] = {4, 4, 4, 3, 4};
-  for (int32_t state = 0; state < 5; ++state) {
-    Machine machine;
-    machine.source->setState(state);
-    machine.source->timedOut();
-    EXPECT_EQ(machine.source->getState(), expected[state]) << state;
-  }
-}
-
-TEST(Machine, EventsSetTheStateAndUnknownOnesEndTheCall) {
-  Machine machine;
-  const std::pair<BQStreamEventType, int32_t> rows[] = {{kBQStreamEventOpenCompleted, 0},
-                                                        {kBQStreamEventHasBytesAvailable, 2},
-                                                        {kBQStreamEventEndEncountered, 3},
-                                                        {kBQStreamEventCanAcceptBytes, 3},
-                                                        {kBQStreamEventHasBytesAvailable, 3}};
-  for (auto [event, state] : rows) {
-    machine.source->readStreamCallback(event);
-    EXPECT_EQ(machine.source->getState(), state) << "events behind the end of the call are ignored";
-  }
-  EXPECT_EQ(machine.outcomes, std::vector<std::string>{"Unlikely state for a read stream 2 -65794"});
-}
-
-TEST(Transaction, BytesBehindTheEndOfACallDoNotKeepTheLoopBusy) {
+TEST(Transaction, BytesAfterTheEndOfACallDoNotKeepTheLoopBusy) {
   Gate gate;
   ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(okResponse(replyBody("late")))});
   TestCall call(peer.url());

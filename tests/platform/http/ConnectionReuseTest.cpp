@@ -29,22 +29,6 @@ TEST(ConnectionReuse, ConsecutiveRequestsShareAConnectionInWhateverMode) {
   EXPECT_EQ(peer.connectionCount(), 1u);
 }
 
-TEST(ConnectionReuse, EndsWhereTheServerSaysSo) {
-  for (const char* head : {"HTTP/1.1 200 OK\r\nConnection: close\r\n", "HTTP/1.0 200 OK\r\n"}) {
-    ScriptedPeer peer({reply(head + std::string("Content-Length: 1\r\n\r\na")), reply(kTwo)});
-    EXPECT_EQ(call(peer, 2), "a two");
-    EXPECT_EQ(peer.connectionCount(), 2u);
-  }
-}
-
-/* The reply promises that the connection stays, but it does not. */
-TEST(ConnectionReuse, ServerThatClosesAfterEachReplyIsNotNoticed) {
-  ScriptedPeer peer({replyAndClose(kOne)});
-  EXPECT_EQ(call(peer, 20),
-            "one one one one one one one one one one one one one one one one one one one one");
-  EXPECT_EQ(peer.requests().size(), 20u);
-}
-
 TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
   ScriptedPeer peer({replyAndClose(kOne)});
   EXPECT_EQ(call(peer, 1), "one");
@@ -57,36 +41,6 @@ TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
   int quiet = 0;
   for (int pass = 0; pass < 100; ++pass) quiet += isQuiet() ? 1 : 0;
   EXPECT_GE(quiet, 99);
-}
-
-/* The connection ends after the next request was sent on it, without a byte of a reply. */
-const std::pair<const char*, Script> kDropped[] = {
-    {"closed", Script().expectRequest().send(kOne).expectRequest()},
-    {"reset", Script().expectRequest().send(kOne).expectRequest().reset()},
-    {"reset before the request was read", Script().expectRequest().send(kOne).expectFirstBytes().reset()},
-};
-
-TEST(ConnectionReuse, RequestIsSentAgainWhenTheOldConnectionIsDropped) {
-  for (const auto& [why, dropped] : kDropped) {
-    for (size_t size : {10, 3'000'000}) {
-      SCOPED_TRACE(std::string(why) + ", " + std::to_string(size) + " bytes");
-      const std::string body(size, 'x');
-      ScriptedPeer peer({dropped, reply(kTwo)});
-      EXPECT_EQ(call(peer, 2, body), "one two");
-      EXPECT_EQ(peer.connectionCount(), 2u);
-      EXPECT_TRUE(peer.requests().front().ends_with("\r\n\r\n" + body));
-      EXPECT_TRUE(peer.requests().back() == peer.requests().front());
-    }
-  }
-}
-
-TEST(ConnectionReuse, RequestIsSentAgainOnlyOnce) {
-  for (const auto& [why, dropped] : kDropped) {
-    SCOPED_TRACE(why);
-    ScriptedPeer peer({dropped, Script().expectRequest().reset(), reply(kThree)});
-    EXPECT_EQ(call(peer, 2), "one (posix " + std::to_string(ECONNRESET) + ")");
-    EXPECT_EQ(peer.connectionCount(), 2u);
-  }
 }
 
 /* Two connections wait; the second is as dead as the first, and must not get the request again. */

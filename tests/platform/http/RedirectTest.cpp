@@ -8,8 +8,6 @@
 
 namespace {
 
-using namespace std::string_literals;
-
 std::string redirect(int status, const std::string& location) {
   return "HTTP/1.1 " + std::to_string(status) + " Elsewhere\r\nLocation: " + location +
          "\r\nContent-Length: 4\r\n\r\nmove";
@@ -36,36 +34,6 @@ TEST(Redirect, KeepsMethodAndBodyButFor303) {
     ASSERT_EQ(peer.requests().size(), 2u);
     EXPECT_EQ(peer.requests()[1], followed);
     EXPECT_EQ(peer.connectionCount(), 1u);
-  }
-}
-
-TEST(Redirect, IsFollowedOnlyForRedirects) {
-  for (const std::string& response : {redirect(300, "/b"), redirect(305, "/b"), redirect(201, "/b"),
-                                      "HTTP/1.1 302 Where\r\nContent-Length: 4\r\n\r\nmove"s}) {
-    ScriptedPeer peer({reply(response)});
-    EXPECT_EQ(Exchange(peer.url()).followRedirects().run().answer(), "move") << response;
-  }
-}
-
-TEST(Redirect, StopsAfterTwenty) {
-  std::vector<std::string> responses(20, redirect(302, "/again"));
-  responses.push_back(okResponse("found"));
-  ScriptedPeer twenty({replies(responses)});
-  EXPECT_EQ(Exchange(twenty.url()).followRedirects().run().answer(), "found");
-  responses.insert(responses.begin(), redirect(302, "/again"));
-  ScriptedPeer more({replies(responses)});
-  EXPECT_EQ(Exchange(more.url()).followRedirects().run().answer(), "(http 4)");
-  EXPECT_EQ(more.requests().size(), 21u);
-}
-
-TEST(Redirect, ToWhatIsNotHTTPIsAnError) {
-  for (const char* location :
-       {"ftp://host/", "file:///etc/passwd", "javascript:x", "http://", "http://h:99999/", "http://a b/"}) {
-    SCOPED_TRACE(location);
-    ScriptedPeer peer({reply(redirect(302, location))});
-    Exchange exchange(peer.url());
-    EXPECT_EQ(exchange.followRedirects().run().answer(), "(http 4)");
-    EXPECT_EQ(exchange.events(), "error");
   }
 }
 

@@ -96,12 +96,6 @@ TEST(Request, TunnelThatTheProxyRefusesIsAnError) {
   EXPECT_EQ(exchange.error(), "http 5");
 }
 
-TEST(Request, ReachesIPv6) {
-  ScriptedPeer peer({reply(okResponse("six"))}, true);
-  if (!peer.isListening()) GTEST_SKIP() << "no IPv6 here";
-  EXPECT_EQ(Exchange(peer.url()).run().answer(), "six");
-}
-
 /* No resolver asks anybody for a label of more than 63 characters. */
 const std::string kUnheardOf = std::string(64, 'a') + ".test";
 
