@@ -340,9 +340,9 @@ TEST(ContextRelease, MayUseTheObjectThatEnds) {
     ++releases;
     BQRelease(BQRetain(ending));
     auto* source = static_cast<BQRunLoopSource*>(const_cast<void*>(ending));
-    BQRunLoopAddSource(currentLoop(), source, kMode);
+    BQRunLoopAddSource(BQRunLoopGetCurrent(), source, kMode);
     BQRunLoopSourceSignal(source);
-    BQRunLoopAddTimer(currentLoop(), static_cast<BQRunLoopTimer*>(const_cast<void*>(ending)), kMode);
+    BQRunLoopAddTimer(BQRunLoopGetCurrent(), static_cast<BQRunLoopTimer*>(const_cast<void*>(ending)), kMode);
   };
   BQRunLoopSourceContext sourceContext = {};
   BQRunLoopTimerContext timerContext = {};
