@@ -1,5 +1,7 @@
 #include "transport/VXRunLoopSource.h"
 
+#include <utility>
+
 #include <BQ/BQString.h>
 
 namespace vx {
@@ -70,13 +72,25 @@ void VXRunLoopSource::_cancel(void* info, BQRunLoop* runLoop, const BQString* mo
   static_cast<VXRunLoopSource*>(info)->cancel(runLoop, mode);
 }
 
+void VXRunLoopSource::leave() {
+  if (--entries_ > 0) return;
+  if (retired_) {
+    delete this;
+  } else if (std::exchange(missed_, false)) {
+    signal();
+  }
+}
+
 /*
- * An override or a callback may run the loop again. The step that called it is not finished then, and goes on
- * when it returns.
+ * An override or a callback may run the loop again. The step that called it is not finished then, so the
+ * perform is put off until it is.
  */
 void VXRunLoopSource::_perform(void* info) {
   auto* object = static_cast<VXRunLoopSource*>(info);
-  if (object->isActive()) return;
+  if (object->isActive()) {
+    object->missed_ = true;
+    return;
+  }
   Entry entry(object);
   object->perform();
 }

@@ -19,7 +19,7 @@ class VXRunLoopSource {
 
   /* Borrowed. */
   virtual const BQString* description();
-  /* Called once for each signal, except while one of the object's own callbacks runs. */
+  /* Called once for each signal, but never while one of the object's own callbacks runs: then it waits. */
   virtual void perform() {}
   virtual void schedule(BQRunLoop* runLoop, const BQString* mode);
   virtual void cancel(BQRunLoop* runLoop, const BQString* mode);
@@ -54,9 +54,7 @@ class VXRunLoopSource {
   class Entry {
    public:
     explicit Entry(VXRunLoopSource* object) : object_(object) { ++object_->entries_; }
-    ~Entry() {
-      if (--object_->entries_ == 0 && object_->retired_) delete object_;
-    }
+    ~Entry() { object_->leave(); }
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
 
@@ -68,6 +66,8 @@ class VXRunLoopSource {
   void end() { finished_ = true; }
 
  private:
+  void leave();
+
   static const void* _retain(const void* info);
   static void _release(const void* info);
   static const BQString* _copyDescription(const void* info);
@@ -80,6 +80,8 @@ class VXRunLoopSource {
   BQRunLoopSourceContext context;
   Owned<BQRunLoopSource> source;
   int entries_ = 0;
+  /* A perform was asked for while an entry lasted. */
+  bool missed_ = false;
   bool retired_ = false;
   bool begun_ = false;
   bool finished_ = false;

@@ -1,4 +1,5 @@
-/* Runs the documents in the files *.cases, whose language xmlrpc.cases explains, through the public functions. */
+/* Runs the documents in the files *.cases, whose language xmlrpc.cases explains, through the public
+ * functions. */
 #include <fstream>
 #include <map>
 #include <regex>
