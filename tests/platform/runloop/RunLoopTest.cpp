@@ -234,7 +234,7 @@ TEST(RunLoop, ContextDecidesWhichSourcesAreEqual) {
  * signal was lost would wait for ever.
  */
 TEST(Threads, WakeALoopThatSleeps) {
-  for (int run = 0; run < 100; ++run) {
+  for (int run = 0; run < 250; ++run) {
     const BQString* mode = run % 2 == 0 ? kMode : kOtherMode;
     std::atomic<int> produced{0}, seen{0}, done{0};
     Source source([&] {
@@ -262,7 +262,7 @@ TEST(Threads, WakeALoopThatSleeps) {
 }
 
 TEST(Threads, SignalsWhileTheSourceMovesAndItsThreadEnds) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 10; ++round) {
     const bool isInvalidated = round % 2 == 0;
     Source source([] { runOnce(); });
     std::jthread signaller([&](const std::stop_token& stop) {
