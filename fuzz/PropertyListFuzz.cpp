@@ -1,6 +1,4 @@
-/* Property lists, and the invocations that are serialized as such. */
-#include <VX/VX.h>
-
+/* Property lists. */
 #include "Fuzz.h"
 
 namespace {
@@ -24,22 +22,10 @@ void checkList(const BQData* document) {
   check(BQEqual(readList(written.get()).get(), value.get()));
 }
 
-/* The serialized form of what was made from serialized bytes makes the same again. */
-void checkInvocation(const BQData* document) {
-  auto invocation = own(VXMethodInvocationCreateFromSerialization(document));
-  if (invocation == nullptr) return;
-  auto written = own(VXMethodInvocationCopySerialization(invocation.get()));
-  check(written != nullptr);
-  auto again = own(VXMethodInvocationCreateFromSerialization(written.get()));
-  check(again != nullptr);
-  check(viewOf(own(VXMethodInvocationCopySerialization(again.get())).get()) == viewOf(written.get()));
-}
-
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   auto document = own(BQDataCreate(bytes, static_cast<BQIndex>(size)));
   checkList(document.get());
-  checkInvocation(document.get());
   return 0;
 }

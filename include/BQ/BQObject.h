@@ -43,7 +43,10 @@ BQ_EXPORT BQHashCode BQHash(BQTypeRef object);
  */
 BQ_EXPORT const BQString* BQCopyDescription(BQTypeRef object);
 
-/** Writes the description of `object` and a line end to the standard error stream. */
+/**
+ * Writes the description of `object` and a line end to the standard error stream, with escapes in place of
+ * control characters as BQStringCreateForDisplay makes them; line feeds and tabs stay.
+ */
 BQ_EXPORT void BQShow(BQTypeRef object);
 
 BQ_EXTERN_C_END

@@ -27,7 +27,10 @@ BQ_EXPORT extern const BQString* const kBQStreamPropertyHTTPResponseHeader;
 BQ_EXPORT extern const BQString* const kBQStreamPropertyHTTPMaximumReplySize;
 /** A boolean: the false object switches off the verification of the server's certificate. */
 BQ_EXPORT extern const BQString* const kBQStreamPropertyTLSVerifyPeer;
-/** A string: the path of a file of certificates to trust in place of the system's. */
+/**
+ * A string: the path of a file of certificates to trust in place of the system's. A stream does not open
+ * unless it is a regular file that can be read, of 1 byte to 16 MiB.
+ */
 BQ_EXPORT extern const BQString* const kBQStreamPropertyTLSCertificateAuthorityFile;
 
 /** Called with each event that the client asked for, on the thread of the run loop. */

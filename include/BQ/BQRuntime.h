@@ -38,7 +38,11 @@ typedef struct __BQRuntimeClass {
   void (*init)(BQTypeRef object);
   /** Not called; null. */
   BQTypeRef (*copy)(BQTypeRef object);
-  /** Called when the last reference is gone, before the memory is freed. */
+  /**
+   * Called when the last reference is gone, before the memory is freed. The object cannot be kept: until
+   * then retaining and releasing it has no effect, and the functions of the library's own classes take it for
+   * no instance.
+   */
   void (*finalize)(BQTypeRef object);
   /** Equality of two instances; identity if null. */
   bool (*equal)(BQTypeRef first, BQTypeRef second);

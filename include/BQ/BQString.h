@@ -105,6 +105,13 @@ BQ_EXPORT const BQString* BQStringCreateWithFormatAndArguments(const BQString* f
 /** An immutable copy; an immutable string that owns its bytes is shared. Null for null. */
 BQ_EXPORT const BQString* BQStringCreateCopy(const BQString* string);
 
+/**
+ * The string as terminals and logs may show it: control characters, and the marks that change the direction
+ * of text, become escapes as in JSON: a backslash, "u", and four digits. With `keepsLines` line feeds and
+ * tabs stay. Null for null.
+ */
+BQ_EXPORT const BQString* BQStringCreateForDisplay(const BQString* string, bool keepsLines);
+
 /** A part of a string. Null for null and for a range that is out of bounds or cuts a character. */
 BQ_EXPORT const BQString* BQStringCreateSubstring(const BQString* string, BQRange range);
 

@@ -19,6 +19,12 @@ BQ_EXPORT const BQURL* BQURLCreateWithString(const BQString* text, const BQURL* 
 /** The text of the URL, as given if it was absolute; borrowed. Null for null. */
 BQ_EXPORT const BQString* BQURLGetString(const BQURL* url);
 
+/**
+ * The text of the URL for messages and logs, owned by the caller: "***" is in place of user and password,
+ * and of query and fragment, which may hold a token. Null for null.
+ */
+BQ_EXPORT const BQString* BQURLCopyDisplayString(const BQURL* url);
+
 /** The scheme in lower case, owned by the caller; null if there is none. */
 BQ_EXPORT const BQString* BQURLCopyScheme(const BQURL* url);
 

@@ -97,7 +97,8 @@ BQ_EXPORT extern const BQString* const kVXHTTPProxy;
 BQ_EXPORT extern const BQString* const kVXHTTPExtraHeaders;
 /**
  * "/VXHTTPCertificateAuthorityFile": a string: the path of a file of certificates (PEM) to trust
- * in place of the system's. A call whose file cannot be used fails.
+ * in place of the system's. A call fails if this is not a regular file that can be read, has no
+ * content or more than 16 MiB; one that has no usable certificates fails the TLS handshake.
  */
 BQ_EXPORT extern const BQString* const kVXHTTPCertificateAuthorityFile;
 /**
@@ -151,7 +152,10 @@ BQ_EXPORT extern const BQString* const kVXSOAPMessageHeaders;
  * if unset.
  */
 BQ_EXPORT extern const BQString* const kVXSOAPMethodNamespaceURI;
-/** "/VXSOAPBodyEncodingStyle": one of the two constants below, recognised by identity. */
+/**
+ * "/VXSOAPBodyEncodingStyle": one of the two constants below, recognised by identity. A serialized
+ * invocation keeps only the text: set the property again on the copy.
+ */
 BQ_EXPORT extern const BQString* const kVXSOAPBodyEncodingStyle;
 /** "rpc": the rpc form of the body. */
 BQ_EXPORT extern const BQString* const kVXSOAPStyleRPC;

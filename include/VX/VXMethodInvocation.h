@@ -111,7 +111,14 @@ BQ_EXPORT void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation,
  * Starts the call on a run loop, in a mode. It makes progress while that run loop runs in that
  * mode, and ends with one call of the callback. The invocation must live until then; releasing it
  * earlier ends the call without a callback. After a result it may be scheduled again, which is a
- * new call. In several modes it makes progress in each. Called on the run loop's thread.
+ * new call.
+ *
+ * A call that is scheduled in several modes before it begins makes progress in each of them. It begins
+ * when the run loop first runs in one of them. Scheduling it after that ends it with the fault "Timed Out
+ * Waiting For Open" as long as nothing of the reply's body has arrived. An override that schedules its own
+ * call and runs the loop does not enter it a second time.
+ *
+ * Called on the run loop's thread. A null run loop, as a thread has that is ending, has no effect.
  */
 BQ_EXPORT void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                                      const BQString* mode);
@@ -127,7 +134,8 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
  * override, an invocation cannot be invoked: the result is a fault.
  *
  * @return The result dictionary, owned by the caller; never null for an invocation. There is no
- *         time limit unless kVXMethodInvocationTimeoutValue sets one.
+ *         time limit unless kVXMethodInvocationTimeoutValue sets one. A thread that is ending, and the
+ *         main thread once `exit` runs the functions of `atexit`, gets a fault.
  */
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 

@@ -26,7 +26,9 @@ typedef const BQString* (*VXSerializeOverrideFunc)(VXMethodInvocationRef object,
 
 /**
  * Reads a SOAP element. Called while a document is read, with every element whose resolved name
- * matches; the first one registered that matches is the one that is called.
+ * matches; the first one registered that matches is the one that is called. It can be called more than
+ * once for an element: after it returned null, and each time that a reference leads to what holds the
+ * element.
  *
  * @param object   As above; borrowed.
  * @param element  The element; borrowed.

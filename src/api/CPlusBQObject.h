@@ -5,6 +5,9 @@
 #include <BQ/BQRuntime.h>
 
 #include <cstddef>
+#include <utility>
+
+#include "values/Owned.h"
 
 namespace vx {
 
@@ -45,21 +48,38 @@ struct HandleOf : CPlusBQObject {
   static BQTypeID typeID() { return ensureTypeID(&sRT, &sID); }
 
   BQRuntimeBase header;
+  /* Null while the handle is being finalised. */
   Object* wrapped;
 
  private:
   static void _bqDealloc(const void* instance) {
     auto* handle = static_cast<Handle*>(const_cast<void*>(instance));
-    if (handle == nullptr || handle->wrapped == nullptr) return;
-    handle->wrapped->setOwner(nullptr);
-    delete handle->wrapped;
-    handle->wrapped = nullptr;
+    /* The functions of the caller's that are called now find a handle without an object. */
+    Object* object = std::exchange(handle->wrapped, nullptr);
+    object->setOwner(nullptr);
+    delete object;
   }
 
   static inline const BQRuntimeClass sRT = {
       0,       Handle::kClassName,      nullptr, nullptr, _bqDealloc, nullptr, nullptr,
       nullptr, Handle::_bqCopyDebugDesc};
   static inline BQTypeID sID = 0;
+};
+
+/*
+ * The object of a handle for the time that a function of the interface works on it: a function of the
+ * caller's may drop the last reference meanwhile. There is none if the handle is null or is being finalised.
+ */
+template <class Handle>
+class InUse {
+ public:
+  explicit InUse(Handle* handle) : handle_(retain(handle)) {}
+
+  explicit operator bool() const { return handle_ != nullptr && handle_->wrapped != nullptr; }
+  auto* operator->() const { return handle_->wrapped; }
+
+ private:
+  const Owned<Handle> handle_;
 };
 
 }  // namespace vx

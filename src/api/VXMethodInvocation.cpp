@@ -14,6 +14,8 @@
 
 namespace {
 
+using Invocation = vx::InUse<OpaqueVXMethodInvocationRef>;
+
 BQ_DEFINE_STATIC_STRING(kVXSyncMode, "VXSYNC");
 
 /* Stores the result of a synchronous call in the slot that `info` points to. */
@@ -65,75 +67,76 @@ VXMethodInvocationRef VXMethodInvocationCreate(const BQURL* url, const BQString*
 
 void VXMethodInvocationSetParameters(VXMethodInvocationRef invocation, const BQDictionary* parameters,
                                      const BQArray* parameterOrder) {
-  if (invocation != nullptr) invocation->wrapped->setParameters(parameters, parameterOrder);
+  if (const Invocation object(invocation); object) object->setParameters(parameters, parameterOrder);
 }
 
 const BQDictionary* VXMethodInvocationCopyParameters(VXMethodInvocationRef invocation,
                                                      const BQArray** parameterOrder) {
   if (parameterOrder != nullptr) *parameterOrder = nullptr;
   const BQDictionary* parameters = nullptr;
-  if (invocation != nullptr) invocation->wrapped->getParameters(&parameters, parameterOrder);
+  if (const Invocation object(invocation); object) object->getParameters(&parameters, parameterOrder);
   return parameters;
 }
 
 void VXMethodInvocationSetProperty(VXMethodInvocationRef invocation, const BQString* key, BQTypeRef value) {
-  if (invocation != nullptr) invocation->wrapped->setProperty(key, value);
+  if (const Invocation object(invocation); object) object->setProperty(key, value);
 }
 
 BQTypeRef VXMethodInvocationCopyProperty(VXMethodInvocationRef invocation, const BQString* key) {
-  return invocation == nullptr ? nullptr : BQRetain(invocation->wrapped->getProperty(key));
+  const Invocation object(invocation);
+  return object ? BQRetain(object->getProperty(key)) : nullptr;
 }
 
 void VXMethodInvocationAddSerializationOverride(VXMethodInvocationRef invocation, BQTypeID typeID,
                                                 VXSerializeOverrideFunc function,
                                                 const VXClientContext* context) {
-  if (invocation != nullptr) invocation->wrapped->addSerializationOverride(typeID, function, context);
+  if (const Invocation object(invocation); object)
+    object->addSerializationOverride(typeID, function, context);
 }
 
 void VXMethodInvocationAddDeserializationOverride(VXMethodInvocationRef invocation,
                                                   const BQString* typeNamespace, const BQString* typeName,
                                                   VXDeserializeOverrideFunc function,
                                                   const VXClientContext* context) {
-  if (invocation == nullptr) return;
-  invocation->wrapped->addDeserializationOverride(typeNamespace, typeName, function, context);
+  const Invocation object(invocation);
+  if (object) object->addDeserializationOverride(typeNamespace, typeName, function, context);
 }
 
 void VXMethodInvocationSetCallBack(VXMethodInvocationRef invocation, VXInvocationCallbackFunc callback,
                                    const VXClientContext* context) {
-  if (invocation == nullptr) return;
-  /* The context that is dropped may hold the last reference. */
-  auto kept = vx::retain(invocation);
-  invocation->wrapped->setCallback(callback, context);
+  if (const Invocation object(invocation); object) object->setCallback(callback, context);
 }
 
 void VXMethodInvocationScheduleWithRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                            const BQString* mode) {
-  if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->wrapped->getSourceForCall();
+  const Invocation object(invocation);
+  if (!object) return;
+  vx::VXRunLoopSource* source = object->getSourceForCall();
   if (source != nullptr && source->addToRunLoop(runLoop, mode)) source->signal();
 }
 
 void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef invocation, BQRunLoop* runLoop,
                                              const BQString* mode) {
-  if (invocation == nullptr) return;
-  vx::VXRunLoopSource* source = invocation->wrapped->getSource();
+  const Invocation object(invocation);
+  if (!object) return;
+  vx::VXRunLoopSource* source = object->getSource();
   if (source != nullptr) source->removeFromRunLoop(runLoop, mode);
 }
 
 const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
-  if (invocation == nullptr) return nullptr;
-  auto kept = vx::retain(invocation);
-  vx::WebServiceMethodInvocation* call = invocation->wrapped;
+  const Invocation call(invocation);
+  if (!call) return nullptr;
+  BQRunLoop* runLoop = BQRunLoopGetCurrent();
+  if (runLoop == nullptr)
+    return createFaultResult(BQSTR("The thread is ending and cannot make calls any more"));
   if (!call->giveUpCall()) return createFaultResult(BQSTR("The invocation is being made already"));
   const BQDictionary* result = nullptr;
   VXClientContext context = {0, &result, nullptr, nullptr, nullptr};
   VXMethodInvocationSetCallBack(invocation, _syncCallback, &context);
-  BQRunLoop* runLoop = BQRunLoopGetCurrent();
   VXMethodInvocationScheduleWithRunLoop(invocation, runLoop, kVXSyncMode);
   /* An override may have set another callback, which gets the result, or taken the call off the mode. */
-  bool isInMode = true;
-  while (result == nullptr && isInMode && !call->isCallOver()) {
-    isInMode = BQRunLoopRunInMode(kVXSyncMode, 1e30, true) != kBQRunLoopRunFinished;
+  while (result == nullptr && call->waitsIn(runLoop, kVXSyncMode)) {
+    BQRunLoopRunInMode(kVXSyncMode, 1e30, true);
   }
   VXMethodInvocationUnscheduleFromRunLoop(invocation, runLoop, kVXSyncMode);
   VXMethodInvocationSetCallBack(invocation, nullptr, nullptr);
@@ -143,8 +146,9 @@ const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation) {
 }
 
 const BQData* VXMethodInvocationCopySerialization(VXMethodInvocationRef invocation) {
-  if (invocation == nullptr) return nullptr;
-  auto agreement = vx::own(invocation->wrapped->copyAgreement());
+  const Invocation object(invocation);
+  if (!object) return nullptr;
+  auto agreement = vx::own(object->copyAgreement());
   return agreement == nullptr ? nullptr : BQPropertyListCreateXMLData(agreement.get());
 }
 

@@ -7,10 +7,11 @@
 #include "diag/Switches.h"
 #include "soap/SOAPProtocolHandler.h"
 #include "transport/LibraryBundle.h"
-#include "values/Owned.h"
 #include "xmlrpc/XMLRPCProtocolHandler.h"
 
 namespace {
+
+using Handler = vx::InUse<OpaqueVXProtocolHandlerRef>;
 
 /* A handler of a protocol, recognised by identity; null for anything else. */
 vx::VXProtocolHandler* createHandler(const BQString* protocol) {
@@ -37,19 +38,20 @@ VXProtocolHandlerRef VXProtocolHandlerCreate(const void*, const BQString* protoc
 
 const BQDictionary* VXProtocolHandlerCopyRequestDictionary(VXProtocolHandlerRef handler,
                                                            const BQData* document) {
-  if (handler == nullptr || document == nullptr) return nullptr;
+  const Handler object(handler);
+  if (!object || document == nullptr) return nullptr;
   const BQString* message = nullptr;
-  const BQDictionary* request = handler->wrapped->parsePostData(document, vx::kDefaultEncoding, &message);
+  const BQDictionary* request = object->parsePostData(document, vx::kDefaultEncoding, &message);
   BQRelease(message);
   return request;
 }
 
 const BQDictionary* VXProtocolHandlerCopyReplyDictionary(VXProtocolHandlerRef handler,
                                                          const BQString* methodName, const BQData* document) {
-  if (handler == nullptr || methodName == nullptr || document == nullptr) return nullptr;
+  const Handler object(handler);
+  if (!object || methodName == nullptr || document == nullptr) return nullptr;
   const BQString* message = nullptr;
-  const BQDictionary* reply =
-      handler->wrapped->parseReplyData(methodName, document, vx::kDefaultEncoding, &message);
+  const BQDictionary* reply = object->parseReplyData(methodName, document, vx::kDefaultEncoding, &message);
   BQRelease(message);
   return reply;
 }
@@ -58,38 +60,41 @@ const BQData* VXProtocolHandlerCopyRequestDocument(VXProtocolHandlerRef handler,
                                                    const BQDictionary* parameters,
                                                    const BQArray* parameterOrder,
                                                    const BQDictionary* reserved) {
-  if (handler == nullptr || methodName == nullptr) return nullptr;
-  return handler->wrapped->createRequest(methodName, parameters, parameterOrder, reserved);
+  const Handler object(handler);
+  if (!object || methodName == nullptr) return nullptr;
+  return object->createRequest(methodName, parameters, parameterOrder, reserved);
 }
 
 const BQData* VXProtocolHandlerCopyReplyDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
                                                  BQTypeRef result) {
-  return handler == nullptr ? nullptr : handler->wrapped->createReply(request, result);
+  const Handler object(handler);
+  return object ? object->createReply(request, result) : nullptr;
 }
 
 const BQData* VXProtocolHandlerCopyFaultDocument(VXProtocolHandlerRef handler, const BQDictionary* request,
                                                  const BQDictionary* fault) {
-  return handler == nullptr ? nullptr : handler->wrapped->createFault(request, fault);
+  const Handler object(handler);
+  return object ? object->createFault(request, fault) : nullptr;
 }
 
 void VXProtocolHandlerSetProperty(VXProtocolHandlerRef handler, const BQString* key, BQTypeRef value) {
-  if (handler != nullptr) handler->wrapped->setProperty(key, value);
+  if (const Handler object(handler); object) object->setProperty(key, value);
 }
 
 BQTypeRef VXProtocolHandlerCopyProperty(VXProtocolHandlerRef handler, const BQString* key) {
-  return handler == nullptr ? nullptr : BQRetain(handler->wrapped->getProperty(key));
+  const Handler object(handler);
+  return object ? BQRetain(object->getProperty(key)) : nullptr;
 }
 
 void VXProtocolHandlerSetSerializationOverride(VXProtocolHandlerRef handler, BQTypeID typeID,
                                                VXSerializeOverrideFunc function,
                                                const VXClientContext* context) {
-  if (handler != nullptr) handler->wrapped->addSerializationOverride(typeID, function, context);
+  if (const Handler object(handler); object) object->addSerializationOverride(typeID, function, context);
 }
 
 void VXProtocolHandlerSetDeserializationOverride(VXProtocolHandlerRef handler, const BQString* typeNamespace,
                                                  const BQString* typeName, VXDeserializeOverrideFunc function,
                                                  const VXClientContext* context) {
-  if (handler != nullptr) {
-    handler->wrapped->addDeserializationOverride(typeNamespace, typeName, function, context);
-  }
+  const Handler object(handler);
+  if (object) object->addDeserializationOverride(typeNamespace, typeName, function, context);
 }

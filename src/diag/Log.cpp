@@ -19,9 +19,10 @@
 namespace vx {
 namespace {
 
-/* The text in the encoding of the output, with "." for what it lacks. */
-Owned<const BQData> outputBytes(const BQString* text) {
-  return own(BQStringCreateExternalRepresentation(text, kBQStringEncodingWestern, '.'));
+/* The text in the encoding of the output, with escapes for control characters and "." for what it lacks. */
+Owned<const BQData> outputBytes(const BQString* text, BQStringEncoding encoding = kBQStringEncodingWestern) {
+  auto shown = own(BQStringCreateForDisplay(text, true));
+  return own(BQStringCreateExternalRepresentation(shown.get(), encoding, '.'));
 }
 
 const char* charsOf(const BQData* data) {
@@ -30,12 +31,12 @@ const char* charsOf(const BQData* data) {
 
 /*
  * As one write, so that threads do not cut into each other's texts: formatted output that is longer than
- * the buffer of the C library would be several. Like a string of C the text ends at a NUL.
+ * the buffer of the C library would be several.
  */
 void writeText(std::string_view before, const BQData* text, std::string_view after) {
   std::string_view view(charsOf(text), static_cast<size_t>(BQDataGetLength(text)));
   std::string line(before);
-  line.append(view.substr(0, view.find('\0'))).append(after);
+  line.append(view).append(after);
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -69,11 +70,15 @@ void vxPrintf(const BQString* format, ...) {
 
 void vxDumpDict(const char* label, const BQDictionary* dictionary) {
   auto data = own(BQPropertyListCreateXMLData(dictionary));
-  if (data == nullptr) {
-    auto description = own(BQCopyDescription(dictionary));
-    data = own(BQStringCreateExternalRepresentation(description.get(), kBQStringEncodingUTF8, 0));
-  }
-  writeText(std::string(label) + " ---\n--------------\n", data.get(), "\n--------------\n");
+  auto text =
+      own(data != nullptr ? BQStringCreateFromExternalRepresentation(data.get(), kBQStringEncodingUTF8)
+                          : BQCopyDescription(dictionary));
+  writeText(std::string(label) + " ---\n--------------\n",
+            outputBytes(text.get(), kBQStringEncodingUTF8).get(), "\n--------------\n");
+}
+
+Owned<const BQString> onOneLine(const BQString* text) {
+  return own(BQStringCreateForDisplay(text, false));
 }
 
 const BQString* vxCreateString(const char* format, va_list arguments) {

@@ -4,7 +4,14 @@
 
 #include <BQ/BQBase.h>
 
+#include "values/Owned.h"
+
 namespace vx {
+
+/*
+ * All that is written shows control characters as escapes, but keeps line feeds and tabs. Text of a peer that
+ * belongs on one line is passed through onOneLine, so that it cannot pass for lines of ours.
+ */
 
 /*
  * Writes "VX (process id): ", the formatted text and a line end, if gVXDebug is on.
@@ -17,6 +24,9 @@ void vxPrintf(const BQString* format, ...);
 
 /* Writes a dictionary as a property list, or its description if it is none, always. */
 void vxDumpDict(const char* label, const BQDictionary* dictionary);
+
+/* The text with escapes for all of its control characters; null for null. */
+Owned<const BQString> onOneLine(const BQString* text);
 
 /* A new string, owned by the caller, from a format and arguments already started. */
 const BQString* vxCreateString(const char* format, va_list arguments);

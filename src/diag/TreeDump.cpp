@@ -50,7 +50,8 @@ void printAttributes(const BQXMLElementInfo* info, int level) {
     if (name == nullptr) {
       vxPrintf(BQSTR("%@{ null key at %d }\n"), indent, static_cast<int>(i));
     } else {
-      vxPrintf(BQSTR("%@{ %@: %@ }\n"), indent, name, BQDictionaryGetValue(info->attributes, name));
+      auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+      vxPrintf(BQSTR("%@{ %@: %@ }\n"), indent, name, onOneLine(value).get());
     }
   }
   vxPrintf(BQSTR("%@]\n"), XMLBuffer::getIndentString(level + 2));
@@ -62,7 +63,8 @@ void describe(const BQTree* tree, int level) {
   if (code != kBQXMLNodeTypeWhitespace) {
     auto name = typeName(code);
     vxPrintf(BQSTR("%@ - 0x%x: type %@, name %@\n"), XMLBuffer::getIndentString(level),
-             static_cast<unsigned>(reinterpret_cast<uintptr_t>(node)), name.get(), BQXMLNodeGetString(node));
+             static_cast<unsigned>(reinterpret_cast<uintptr_t>(node)), name.get(),
+             onOneLine(BQXMLNodeGetString(node)).get());
     const BQXMLElementInfo* info = treeGetElementInfo(tree);
     if (info != nullptr) printAttributes(info, level);
   }

@@ -40,7 +40,7 @@ const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, 
   auto order = own(BQArrayCreateMutable(0));
   for (const BQTree* child = BQTreeGetFirstChild(method); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
-    auto value = reader.parseSOAPType(child, namespaces);
+    auto value = reader.parseParameter(child, namespaces);
     if (const BQString* error = reader.takeError()) return error;
     auto name = reader.copyName(child);
     BQDictionarySetValue(parameters.get(), name.get(), value.get());
@@ -105,7 +105,7 @@ const BQDictionary* SOAPProtocolHandler::parsePostData(const BQData* data, unsig
   NamespaceMap namespaces = topNamespaces(tree.get());
   auto message = own(xmlInterrogateElements(tree.get(), namespaces, table, std::ssize(table), nullptr));
   if (message == nullptr) return BQDictionaryCreateCopy(request.getImmutableDict());
-  if (gVXDebug != 0) vxPrintf(BQSTR("#### Parse Post Error: %@"), message.get());
+  if (gVXDebug != 0) vxPrintf(BQSTR("#### Parse Post Error: %@"), onOneLine(message.get()).get());
   return nullptr;
 }
 

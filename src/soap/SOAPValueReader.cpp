@@ -1,6 +1,7 @@
 #include "soap/SOAPValueReader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <BQ/BQ.h>
 
@@ -20,8 +21,15 @@
 namespace vx {
 namespace {
 
-constexpr size_t kMaximumDepth = 512;  /* with references followed */
-constexpr long kBytesPerAttribute = 8; /* what looking at one again is charged as */
+constexpr size_t kMaximumDepth = 512; /* with references followed */
+
+/* Namespaces are compared and copied for each element that uses them. */
+constexpr size_t kLongestNamespace = 4096;
+
+/* What reading these again costs besides their bytes. */
+constexpr long kElementWeight = 96;
+constexpr long kAttributeWeight = 32;
+constexpr long kChildWeight = 8;
 
 /* The types of elements that do not tell theirs. */
 BQ_DEFINE_STATIC_STRING(arrayType, "http://www.w3.org/2001/XMLSchema|Array");
@@ -64,13 +72,48 @@ bool isInNamespace(const BQString* name, const NamespaceMap& namespaces, const B
   return BQStringEqualsIgnoringCase(uri, namespaceURI);
 }
 
-/* The bytes that reading an element looks at, apart from its child elements. */
-long bytesIn(const BQTree* element) {
-  const BQXMLElementInfo* info = treeGetElementInfo(element);
-  long bytes = info == nullptr ? 0 : kBytesPerAttribute * BQArrayGetCount(info->attributeOrder);
+/* The bytes of an element that its value and the name of it can hold. */
+long textIn(const BQTree* element) {
+  long bytes = BQStringGetLength(getElementName(element));
   for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
     if (!treeIsElement(child)) bytes += BQStringGetLength(getElementName(child));
+  }
+  return bytes;
+}
+
+/* The bytes of an element's attributes, and `each` for every one of them. */
+long weightOfAttributes(const BQTree* element, long each) {
+  const BQXMLElementInfo* info = treeGetElementInfo(element);
+  if (info == nullptr) return 0;
+  long weight = 0;
+  for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
+    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
+    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+    weight += each + BQStringGetLength(name) + BQStringGetLength(value);
+  }
+  return weight;
+}
+
+/* All that reading an element looks at, without what its child elements hold. */
+long weightOf(const BQTree* element) {
+  return kElementWeight + textIn(element) + weightOfAttributes(element, kAttributeWeight) +
+         kChildWeight * BQTreeGetChildCount(element);
+}
+
+/* The bytes of names, attributes and texts below an element. */
+long bytesBelow(const BQTree* element) {
+  long bytes = 0;
+  std::vector<const BQTree*> next = {BQTreeGetFirstChild(element)};
+  while (!next.empty()) {
+    const BQTree* tree = next.back();
+    if (tree == nullptr) {
+      next.pop_back();
+      continue;
+    }
+    next.back() = BQTreeGetNextSibling(tree);
+    next.push_back(BQTreeGetFirstChild(tree));
+    bytes += BQStringGetLength(getElementName(tree)) + weightOfAttributes(tree, 0);
   }
   return bytes;
 }
@@ -138,42 +181,68 @@ Owned<const BQString> SOAPValueReader::copyName(const BQTree* element) {
   return names_.copyOf(getElementName(element));
 }
 
-void SOAPValueReader::fail(const BQString* message) {
+/* Keeps the first message; false. */
+bool SOAPValueReader::fail(const BQString* message) {
   if (error_ == nullptr) {
     error_ = own(message);
   } else {
     BQRelease(message);
   }
+  return false;
 }
 
 /*
- * Bounds the work on a document; a failure has set the message. An element that refers to another and
- * the one that stands for it are one level of values.
+ * Bounds the work on a document. An element that refers to another and the one that it refers to are
+ * one level of values.
  */
-bool SOAPValueReader::enter(const BQTree* element) {
-  const size_t depth = inProgress_.size() - static_cast<size_t>(references_);
-  const BQString* message = depth >= kMaximumDepth ? BQSTR("Values are nested too deep") : spendOn(element);
-  if (message != nullptr) {
-    fail(message);
-    return false;
-  }
+bool SOAPValueReader::enter(const BQTree* element, const NamespaceMap& namespaces) {
+  if (depth() >= kMaximumDepth) return fail(BQSTR("Values are nested too deep"));
+  if (namespaces.longestNamespace() > kLongestNamespace) return fail(BQSTR("A namespace is too long"));
+  /* The next method of a reply does not get to look at what the last one could not afford. */
+  if (references_ > 0 && budget_.spent != nullptr) return fail(budget_.spent);
+  if (references_ > 0 && !spend({1, textIn(element)}, repeats_ > 0)) return false;
+  if (repeats_ > 0 && !spendOnRereading(element)) return false;
   inProgress_.push_back(element);
   return true;
 }
 
-/* Takes an element from the budget; a message if that is spent. */
-const BQString* SOAPValueReader::spendOn(const BQTree* element) {
-  if (references_ > 0 && --budget_.elements < 0) {
-    return BQSTR("Too many elements are read through references");
+bool SOAPValueReader::spend(Cost cost, bool isRepeated) {
+  cost_.elements += cost.elements;
+  cost_.text += cost.text;
+  if ((budget_.elements -= cost.elements) < 0) {
+    return exhaust(BQSTR("Too many elements are read through references"));
   }
-  if (repeats_ > 0 && (budget_.repeatedBytes -= bytesIn(element)) < 0) {
-    return BQSTR("Too much text is read through repeated references");
+  if (isRepeated && (budget_.text -= cost.text) < 0) {
+    return exhaust(BQSTR("Too much text is read through repeated references"));
   }
-  return nullptr;
+  return true;
+}
+
+/* The body is measured only if a message reads more again than most do. */
+bool SOAPValueReader::spendOnRereading(const BQTree* element) {
+  budget_.rereading -= weightOf(element);
+  if (budget_.rereading < 0 && !std::exchange(isBodyCredited_, true)) {
+    budget_.rereading += ReferenceBudget::kRereadingsOfBody * bytesBelow(root_);
+  }
+  return budget_.rereading >= 0 || exhaust(BQSTR("Too much is read again through references"));
+}
+
+bool SOAPValueReader::exhaust(const BQString* message) {
+  budget_.spent = message;
+  return fail(message);
+}
+
+Owned<const void> SOAPValueReader::parseParameter(const BQTree* element, NamespaceMap& namespaces) {
+  if (hasOverrides_) {
+    NamespaceMap::Scope scope(namespaces);
+    xmlGetElementNamespaces(element, &namespaces);
+    if (auto value = readByOverride(element, namespaces)) return value;
+  }
+  return parseSOAPType(element, namespaces);
 }
 
 Owned<const void> SOAPValueReader::parseSOAPType(const BQTree* element, NamespaceMap& namespaces) {
-  if (!enter(element)) return nullptr;
+  if (!enter(element, namespaces)) return nullptr;
   NamespaceMap::Scope scope(namespaces);
   xmlGetElementNamespaces(element, &namespaces);
   const BQTree* child = BQTreeGetFirstChild(element);
@@ -212,18 +281,31 @@ const BQTree* SOAPValueReader::findAnchor(const BQString* reference, const Names
 Owned<const void> SOAPValueReader::readReference(const BQString* reference, NamespaceMap& namespaces) {
   const BQTree* anchor = findAnchor(reference, namespaces);
   if (anchor == nullptr) return nullptr;
-  int repeat = readAnchors_.insert(anchor).second ? 0 : 1;
+  const auto [found, isFirst] = readings_.try_emplace(anchor);
+  Reading& reading = found->second;
+  if (reading.value != nullptr && reading.namespaces == namespaces.version() && depth() <= reading.depth) {
+    return share(reading);
+  }
+  reading = {nullptr, namespaces.version(), depth(), handler_.countReadingOverrideCalls(), cost_};
   ++references_;
-  repeats_ += repeat;
+  repeats_ += isFirst ? 0 : 1;
   Owned<const void> value;
-  if (enter(anchor)) {
+  if (enter(anchor, namespaces)) {
     xmlGetElementNamespaces(anchor, &namespaces);
     value = readSubject({anchor, namespaces});
     inProgress_.pop_back();
   }
-  repeats_ -= repeat;
+  repeats_ -= isFirst ? 0 : 1;
   --references_;
+  reading.cost = {cost_.elements - reading.cost.elements, cost_.text - reading.cost.text};
+  /* An override may answer differently each time, and its answer may be mutable. */
+  if (!failed() && reading.overrideCalls == handler_.countReadingOverrideCalls()) reading.value = value;
   return value;
+}
+
+/* The value of an earlier reading at the same depth or deeper. */
+Owned<const void> SOAPValueReader::share(const Reading& reading) {
+  return spend(reading.cost, true) ? reading.value : nullptr;
 }
 
 const BQString* SOAPValueReader::typeNameOf(const Subject& subject) {
@@ -274,8 +356,8 @@ Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subj
 /* The value, or null and perhaps the kind of a container. */
 Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, const Subject& subject,
                                                   VXTypeID* kind) {
-  if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), typeName);
-  if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", typeName);
+  if (gVXDebug != 0) vxPrintf(BQSTR("####: NOTE: couldn't short circuit for %@"), onOneLine(typeName).get());
+  if (gVXDebugVerbose != 0) _vxLogf("parseSOAPType: got a type: %@", onOneLine(typeName).get());
   const BQString* uri = nullptr;
   const BQString* local = nullptr;
   xmlNamespaceQualify(subject.namespaces, typeName, &uri, &local);

@@ -7,7 +7,7 @@
 #include <VX/VXTypes.h>
 
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "soap/AnchorTable.h"
@@ -33,8 +33,9 @@ const BQString* getSoapNodeAttribute(const BQTree* element, const NamespaceMap& 
                                      std::string_view localName);
 
 /*
- * Reads the values of one document. A value may refer to a child of the root element by its id; what
- * a hostile document does with that is bounded in depth and in number.
+ * Reads the values of one document. A value may refer to a child of the root element by its id.
+ * References to one element share its value where that cannot differ; how much hostile documents can
+ * make the reader do is bounded.
  */
 class SOAPValueReader {
  public:
@@ -43,6 +44,9 @@ class SOAPValueReader {
 
   /* The value of an element in the namespaces of its parent; null, and a message, if it cannot be read. */
   Owned<const void> parseSOAPType(const BQTree* element, NamespaceMap& namespaces);
+
+  /* The same for a parameter of a request, about which overrides are asked once more. */
+  Owned<const void> parseParameter(const BQTree* element, NamespaceMap& namespaces);
 
   /* A copy of an element's name that does not keep the document alive. */
   Owned<const BQString> copyName(const BQTree* element);
@@ -62,9 +66,25 @@ class SOAPValueReader {
     const BQString* text() const;
   };
 
+  /* What was read through references. */
+  struct Cost {
+    long elements = 0;
+    long text = 0;
+  };
+
+  /* The last reading of an element that was referred to. While it lasts, `cost` is that of all before it. */
+  struct Reading {
+    Owned<const void> value; /* null unless it can be shared */
+    uint64_t namespaces;     /* their version; the value depends on them */
+    size_t depth;
+    uint64_t overrideCalls;
+    Cost cost;
+  };
+
   Owned<const void> readSubject(const Subject& subject);
   const BQTree* findAnchor(const BQString* reference, const NamespaceMap& namespaces);
   Owned<const void> readReference(const BQString* reference, NamespaceMap& namespaces);
+  Owned<const void> share(const Reading& reading);
   Owned<const void> readByOverride(const BQTree* element, const NamespaceMap& namespaces);
   Owned<const void> readScalar(VXTypeID kind, const Subject& subject);
   Owned<const void> readBySlowPath(const BQString* typeName, const Subject& subject, VXTypeID* kind);
@@ -73,9 +93,12 @@ class SOAPValueReader {
   Owned<const void> parseSOAPArray(const Subject& subject);
   Owned<const void> parseSOAPDictionary(const Subject& subject);
   const BQString* typeNameOf(const Subject& subject);
-  bool enter(const BQTree* element);
-  const BQString* spendOn(const BQTree* element);
-  void fail(const BQString* message);
+  size_t depth() const { return inProgress_.size() - static_cast<size_t>(references_); }
+  bool enter(const BQTree* element, const NamespaceMap& namespaces);
+  bool spend(Cost cost, bool isRepeated);
+  bool spendOnRereading(const BQTree* element);
+  bool exhaust(const BQString* message);
+  bool fail(const BQString* message);
 
   const BQTree* const root_;
   SOAPProtocolHandler& handler_;
@@ -85,7 +108,9 @@ class SOAPValueReader {
   TypeCache types_;
   NameCache names_;
   std::vector<const BQTree*> inProgress_;
-  std::unordered_set<const BQTree*> readAnchors_;
+  std::unordered_map<const BQTree*, Reading> readings_;
+  Cost cost_; /* of all that was read through references so far */
+  bool isBodyCredited_ = false;
   /* How many of the elements in progress were reached by reference, and by a further reference. */
   int references_ = 0;
   int repeats_ = 0;

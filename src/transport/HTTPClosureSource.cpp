@@ -150,8 +150,7 @@ void HTTPClosureSource::joinModes() {
     BQReadStreamScheduleWithRunLoop(readStream.get(), place.runLoop, place.mode.get());
     BQRunLoopAddTimer(place.runLoop, timer.get(), place.mode.get());
   }
-  bool isThere = BQRunLoopContainsSource(runLoop.get(), platformSource(), runLoopMode.get());
-  if (!isThere) cancel(runLoop.get(), runLoopMode.get());
+  if (!isIn(runLoop.get(), runLoopMode.get())) cancel(runLoop.get(), runLoopMode.get());
 }
 
 const BQString* HTTPClosureSource::createRequest() {

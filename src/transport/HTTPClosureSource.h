@@ -29,7 +29,7 @@ class HTTPClosureSource : public ClosureSource {
   HTTPClosureSource(WebServiceMethodInvocation* invocation, const BQURL* url);
 
   void perform() override;
-  /* What the call waits for goes where the source goes. */
+  /* Schedules the stream and the timer in every mode of the source, and takes them off with it. */
   void schedule(BQRunLoop* runLoop, const BQString* mode) override;
   void cancel(BQRunLoop* runLoop, const BQString* mode) override;
   void finish() override;

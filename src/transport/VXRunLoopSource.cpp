@@ -7,11 +7,8 @@ namespace vx {
 VXRunLoopSource::VXRunLoopSource()
     : context{0, this, _retain, _release, _copyDescription, _equal, _hash, _schedule, _cancel, _perform} {}
 
-VXRunLoopSource::~VXRunLoopSource() {
-  if (source != nullptr) BQRunLoopSourceInvalidate(source.get());
-}
-
 void VXRunLoopSource::retire() {
+  BQRunLoopSourceInvalidate(source.get());
   if (entries_ == 0) {
     delete this;
   } else {
@@ -35,6 +32,10 @@ BQRunLoopSource* VXRunLoopSource::getSourceCreatingIfNecessary() {
 bool VXRunLoopSource::addToRunLoop(BQRunLoop* runLoop, const BQString* mode) {
   BQRunLoopAddSource(runLoop, getSourceCreatingIfNecessary(), mode);
   return true;
+}
+
+bool VXRunLoopSource::isIn(BQRunLoop* runLoop, const BQString* mode) const {
+  return BQRunLoopContainsSource(runLoop, source.get(), mode);
 }
 
 bool VXRunLoopSource::removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode) {
@@ -69,8 +70,13 @@ void VXRunLoopSource::_cancel(void* info, BQRunLoop* runLoop, const BQString* mo
   static_cast<VXRunLoopSource*>(info)->cancel(runLoop, mode);
 }
 
+/*
+ * An override or a callback may run the loop again. The step that called it is not finished then, and goes on
+ * when it returns.
+ */
 void VXRunLoopSource::_perform(void* info) {
   auto* object = static_cast<VXRunLoopSource*>(info);
+  if (object->isActive()) return;
   Entry entry(object);
   object->perform();
 }

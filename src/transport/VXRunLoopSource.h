@@ -10,8 +10,7 @@ namespace vx {
 
 class VXRunLoopSource {
  protected:
-  /* Takes the platform's source off its run loops, which would call a destroyed object. */
-  virtual ~VXRunLoopSource();
+  virtual ~VXRunLoopSource() = default;
 
  public:
   VXRunLoopSource();
@@ -20,17 +19,17 @@ class VXRunLoopSource {
 
   /* Borrowed. */
   virtual const BQString* description();
+  /* Called once for each signal, except while one of the object's own callbacks runs. */
   virtual void perform() {}
   virtual void schedule(BQRunLoop* runLoop, const BQString* mode);
   virtual void cancel(BQRunLoop* runLoop, const BQString* mode);
   /* The platform's source, borrowed, made when it is first asked for. */
   BQRunLoopSource* getSourceCreatingIfNecessary();
-  /* The platform's source, borrowed; null if it was not made. */
-  BQRunLoopSource* platformSource() const { return source.get(); }
 
   /* Both return true. */
   bool addToRunLoop(BQRunLoop* runLoop, const BQString* mode);
   bool removeFromRunLoop(BQRunLoop* runLoop, const BQString* mode);
+  bool isIn(BQRunLoop* runLoop, const BQString* mode) const;
 
   /* Whether the source has started on what it was made for. */
   bool hasBegun() const { return begun_; }
@@ -43,9 +42,10 @@ class VXRunLoopSource {
   void signal() { BQRunLoopSourceSignal(source.get()); }
 
   /*
-   * Destroys the object; if it is in one of its own callbacks, when that returns. The owner calls
-   * this in place of the destructor, since a callback of the caller's may drop the last reference
-   * to the invocation.
+   * Takes the object off its run loops and destroys it; if one of its own callbacks is running, when that
+   * returns. The owner calls this in place of the destructor, for two reasons: a callback of the caller's may
+   * drop the last reference to the invocation; and what the destructor releases may call a function of the
+   * caller's that runs the loop.
    */
   void retire();
 

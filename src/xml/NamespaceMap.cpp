@@ -1,6 +1,10 @@
 #include "xml/NamespaceMap.h"
 
+#include <algorithm>
+
 #include <BQ/BQDictionary.h>
+
+#include "xml/Text.h"
 
 namespace vx {
 
@@ -10,6 +14,7 @@ void NamespaceMap::addValue(const BQString* prefix, const BQString* namespaceURI
   if (prefix == nullptr || namespaceURI == nullptr) return;
   changes_.push_back({retain(prefix), retain(getValue(prefix)), version_});
   version_ = ++lastVersion_;
+  longestNamespace_ = std::max(longestNamespace_, textOf(namespaceURI).size());
   BQDictionarySetValue(namespaces_.get(), prefix, namespaceURI);
 }
 

@@ -43,6 +43,9 @@ class NamespaceMap {
   /* Changes with the content, and comes back with it. */
   uint64_t version() const { return version_; }
 
+  /* The length of the longest namespace that was ever added. */
+  size_t longestNamespace() const { return longestNamespace_; }
+
  private:
   struct Change {
     Owned<const BQString> prefix;
@@ -56,6 +59,7 @@ class NamespaceMap {
   std::vector<Change> changes_;
   uint64_t version_ = 0;
   uint64_t lastVersion_ = 0;
+  size_t longestNamespace_ = 0;
 };
 
 }  // namespace vx

@@ -33,12 +33,12 @@ VX: findNamedElement: Ignoring type 6||
          - 0x: type kBQXMLNodeTypeElement, name l|
             [ -- 2 ATTRIBUTES --|
               { type: x:y }|
-              { a: 1 & < }|
+              { a: 1 & <\u000a }|
             ]|
            - 0x: type kBQXMLNodeTypeElement, name i|
        - 0x: type kBQXMLNodeTypeElement, name e:Fault|
          - 0x: type kBQXMLNodeTypeElement, name faultstring|
-           - 0x: type kBQXMLNodeTypeCDATASection, name (8e)|
+           - 0x: type kBQXMLNodeTypeCDATASection, name (8e)\u000a\u007f\u009b\u202e|
            - 0x: type kBQXMLNodeTypeText, name .|
            - 0x: type kBQXMLNodeTypeEntityReference, name LT|
            - 0x: type kBQXMLNodeTypeElement, name b|
@@ -79,8 +79,8 @@ void setVariables(bool isDebugging, bool isVerbose) {
   };
   read(rpc, "<a>" + std::string(50000, 'x') + "<methodResponse/></a>");
   read(soap, open +
-                 "<m><l type='x:y' a='1 &amp; &lt;'><i/></l></m><e:Fault><faultstring>"
-                 "<![CDATA[\u00e9]]>\u65e5&LT;<b/></faultstring></e:Fault>" +
+                 "<m><l type='x:y' a='1 &amp; &lt;&#10;'><i/></l></m><e:Fault><faultstring>"
+                 "<![CDATA[\u00e9\n\x7f\u009b\u202e]]>\u65e5&LT;<b/></faultstring></e:Fault>" +
                  close);
   Value::adopt(VXProtocolHandlerCopyRequestDictionary(soap, blob(open + close)));
   read(rpc, "<");

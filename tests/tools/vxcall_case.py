@@ -15,6 +15,11 @@ sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), ".."
 from peer_process import Peer, SOAPDocumentPeer, SOAPPeer  # noqa: E402
 
 VXCALL = os.environ["VXCALL"]
+# What a terminal obeys or reorders, and how it is shown instead.
+CONTROLS = "\u0085\u009b2J\x7f\u061c\u200e\u202e\u2069"
+ESCAPED = "".join(c if c in "2J" else "\\u%04x" % ord(c) for c in CONTROLS)
+# Nothing that is printed holds these, nor the password of the tests.
+UNSHOWN = "[\x00-\x08\x0b-\x1f\x7f-\x9f\u061c\u200e\u200f\u202a-\u202e\u2066-\u2069]|s3cret"
 
 
 def vxcall(*arguments, **options):
@@ -101,5 +106,6 @@ class VxcallCase(unittest.TestCase):
         line = run.stderr.decode()
         self.assertEqual((run.returncode, run.stdout or b""), (status, b""), line)
         self.assertRegex(line, r"\Avxcall: [^\n]*\n\Z")
+        self.assertNotRegex(line, UNSHOWN)
         for fragment in fragments:
             self.assertIn(fragment, line)

@@ -6,8 +6,9 @@ import signal
 import struct
 import subprocess
 import termios
+import xmlrpc.client
 
-from vxcall_case import VXCALL, VxcallCase, vxcall
+from vxcall_case import CONTROLS, ESCAPED, UNSHOWN, VXCALL, VxcallCase, reply, vxcall
 
 
 class OutputTest(VxcallCase):
@@ -40,12 +41,18 @@ class OutputTest(VxcallCase):
                 self.assertEqual(run.stdout, b"7\n" if status == 0 else b"")
                 self.assertIn(complaint, run.stderr)
 
-    def test_output_is_plain_on_a_terminal_too(self):
-        master, slave = pty.openpty()
-        run = vxcall(self.peer.url(), "echo", "a", stdout=slave)
-        os.close(slave)
-        self.assertEqual((run.returncode, os.read(master, 1000)), (0, b'"a"\r\n'))
-        os.close(master)
+    def test_keeps_its_bytes_but_on_a_terminal_commands_nothing(self):
+        server = self.raw_server(reply(xmlrpc.client.dumps((CONTROLS,), methodresponse=True)))
+        for arguments, raw in [(["m"], False), (["-o", "full", "m"], False), (["-o", "plist", "m"], True),
+                               (["--print-request", "m", CONTROLS], True), (["--save", "-", "m", CONTROLS], True)]:
+            master, slave = pty.openpty()
+            vxcall(server.url, *arguments, stdout=slave)
+            os.close(slave)
+            shown = os.read(master, 4096).decode()
+            self.assertIn(ESCAPED, shown)
+            self.assertNotRegex(shown.replace("\r", ""), UNSHOWN)
+            os.close(master)
+            self.assertIn(CONTROLS if raw else ESCAPED, vxcall(server.url, *arguments).stdout.decode(), arguments)
 
 
 class Terminal:

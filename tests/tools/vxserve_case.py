@@ -33,8 +33,9 @@ def request(body):
 class Server:
     """A vxserve on a free port."""
 
-    def __init__(self, *arguments):
-        self.process = subprocess.Popen([VXSERVE, "--port", "0", *map(str, arguments)], stdin=subprocess.DEVNULL,
+    def __init__(self, *arguments, descriptors=None):
+        limit = ["prlimit", "--nofile=%d" % descriptors] if descriptors else []
+        self.process = subprocess.Popen([*limit, VXSERVE, "--port", "0", *map(str, arguments)], stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         # A test that fails before it stops its server must not leave it behind.
         atexit.register(self.process.kill)

@@ -3,7 +3,6 @@ import concurrent.futures
 import contextlib
 import resource
 import socket
-import time
 import xmlrpc.client
 
 from vxserve_case import ServerCase, add_document, document, read_response, request, slow_document
@@ -142,19 +141,6 @@ class ConnectionsTest(ServerCase):
             connections[-1].sendall(request(ADD))
             self.assertIn(b"<i4>3</i4>", connections[-1].recv(65536))
 
-    def test_slow_calls_hold_nobody_up(self):
-        with contextlib.ExitStack() as stack:
-            waiting = [stack.enter_context(self.server.connect()) for _ in range(50)]
-            for connection in waiting:
-                connection.sendall(request(slow_document(1.5)))
-            start = time.monotonic()
-            for _ in range(20):
-                self.assert_serves()
-            self.assertLess(time.monotonic() - start, 1)
-            for connection in waiting:
-                self.assertIn(b"done", connection.recv(65536))
-            self.assertGreaterEqual(time.monotonic() - start, 1.4)
-
 
 class DeadlineTest(ServerCase):
     options = ("--deadline", 1)
@@ -165,17 +151,26 @@ class DeadlineTest(ServerCase):
             (b"", b""), (b"POST /RP", b"C"), (head, b"a: b\r\n"), (head + b"Content-Length: 5000\r\n\r\n", b"x"),
             (head + b"Transfer-Encoding: chunked\r\n\r\n", b"1\r\nx\r\n"), (request(ADD), b""),
         ]:
-            began = time.monotonic()
             with self.server.connect() as connection, contextlib.suppress(ConnectionError):
                 connection.settimeout(0.05)
                 connection.sendall(start)
-                while time.monotonic() - began < 10:
+                for _ in range(200):
                     with contextlib.suppress(TimeoutError):
                         if connection.recv(4096) == b"":
                             break
                     connection.sendall(drop)
-            self.assertTrue(0.5 < time.monotonic() - began < 5, start)
+                else:
+                    self.fail(start)
         self.assert_serves()
+
+    def test_ends_replies_that_are_read_slowly(self):
+        with self.server.connect() as connection, contextlib.suppress(ConnectionError):
+            connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 65536)
+            connection.sendall(request(document("echo", "x" * 8000000)))
+            for _ in range(100):
+                self.assertNotEqual(connection.recv(10000), b"")
+                self.server.post(slow_document(0.05))
+            self.fail("the reply is still being sent")
 
     def test_lets_slow_calls_and_busy_connections_be(self):
         with self.server.connect() as connection, connection.makefile("rb") as stream:

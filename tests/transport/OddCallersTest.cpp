@@ -1,5 +1,6 @@
 /* Callers whose functions call back into the library, or whose values are not what they should be. */
 #include <cmath>
+#include <cstdlib>
 
 #include "Call.h"
 
@@ -41,8 +42,8 @@ struct OddCall {
   void schedule(const BQString* mode) {
     VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
   }
-  void takeOff() {
-    VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), BQSTR("VXSYNC"));
+  void takeOff(const BQString* mode = BQSTR("VXSYNC")) {
+    VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
   }
   std::string invoke() { return outcomeOf(call.invoke()); }
 };
@@ -65,6 +66,14 @@ const struct {
     {"sets other parameters", [](OddCall& odd) { odd.call.setParameters(Value()); }, "ok", ""},
     {"schedules itself", [](OddCall& odd) { odd.schedule(BQSTR("VXSYNC")); },
      "Timed Out Waiting For Open -1 -65796", ""},
+    {"schedules itself and runs the loop",
+     [](OddCall& odd) {
+       odd.schedule(BQSTR("elsewhere"));
+       for (int i = 0; i < 3; ++i) BQRunLoopRunInMode(BQSTR("elsewhere"), 0, true);
+       odd.takeOff(BQSTR("elsewhere"));
+       odd.inner = std::to_string(odd.acts);
+     },
+     "ok", "1"},
     {"sets another callback",
      [](OddCall& odd) {
        VXClientContext context = {0, &odd.inner, nullptr, nullptr, nullptr};
@@ -88,6 +97,13 @@ const struct {
        odd.inner = outcomeOf(other.invoke());
      },
      "ok", "Stream Error 1 111"},
+    {"calls another that takes itself off the mode",
+     [](OddCall& odd) {
+       OddCall other(kVXXMLRPCProtocol, "http://127.0.0.1:1/");
+       other.act = [](OddCall& self) { self.takeOff(); };
+       odd.inner = other.invoke();
+     },
+     "ok", kTakenAway},
     {"runs the loop",
      [](OddCall&) {
        for (int i = 0; i < 3; ++i) BQRunLoopRunInMode(BQSTR("VXSYNC"), 0, true);
@@ -123,10 +139,12 @@ TEST(OddCallers, OverridesMayCallBackIntoTheLibrary) {
   }
 }
 
-/* The containers that are being written lose what they hold, which nothing else holds. */
+/* The containers that are being written lose what they hold, which nothing else holds; the handler is
+ * released. */
 TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
   struct Writing {
     Value items = manyTexts();
+    Value handler;
     int left;
   };
   auto empty = [](VXMethodInvocationRef, BQTypeRef, void* info) -> const BQString* {
@@ -135,14 +153,14 @@ TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
     auto* items = writing->items.as<BQArray>();
     BQDictionaryRemoveAllValues(Value::retain(BQArrayGetValueAtIndex(items, 9)).as<BQDictionary>());
     BQArrayRemoveAllValues(items);
+    writing->handler = Value();
     return nullptr;
   };
   for (const BQString* protocol : kProtocols) {
     for (int when = 1; when <= 19; ++when) {
-      Writing writing{.left = when};
+      Writing writing{.handler = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol)), .left = when};
       VXClientContext context = {0, &writing, nullptr, nullptr, nullptr};
-      Value handle = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
-      auto* handler = handle.as<OpaqueVXProtocolHandlerRef>();
+      auto* handler = writing.handler.as<OpaqueVXProtocolHandlerRef>();
       VXProtocolHandlerSetSerializationOverride(handler, BQStringGetTypeID(), empty, &context);
       Value document = Value::adopt(VXProtocolHandlerCopyRequestDocument(
           handler, BQSTR("m"), dictionary({{"p", writing.items}}), array({string("p")}), nullptr));
@@ -150,6 +168,15 @@ TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
       EXPECT_LE(writing.left, when == 19 ? 1 : 0);
     }
   }
+}
+
+/* The run loop of the thread is gone by then. */
+TEST(OddCallers, CallsAtTheExitOfTheProcessSayWhatIsWrong) {
+  const auto run = [] {
+    std::atexit([] { std::fputs(outcomeOf(TestCall("http://127.0.0.1:1/").invoke()).c_str(), stderr); });
+    std::exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "The thread is ending");
 }
 
 TEST(OddCallers, OverridesMayReturnNonsense) {

@@ -1,14 +1,12 @@
 #include "transport/ClosureSource.h"
 
-#include <memory>
-
 #include "Call.h"
 #include "api/base/WebServiceMethodInvocation.h"
 
 namespace vx {
 namespace {
 
-/* An invocation without a protocol or a transport, which may be destroyed by its result. */
+/* An invocation without a protocol or a transport. */
 class TestInvocation : public WebServiceMethodInvocation {
  public:
   TestInvocation() {
@@ -21,14 +19,12 @@ class TestInvocation : public WebServiceMethodInvocation {
   VXRunLoopSource* createRunLoopSource() override { return new ClosureSource(this); }
 
   std::vector<std::string>* failures = nullptr;
-  bool endsWithItsResult = false;
 
  private:
   static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
     auto* invocation = static_cast<TestInvocation*>(info);
     invocation->failures->push_back(failureOf(result));
     BQRelease(result);
-    if (invocation->endsWithItsResult) delete invocation;
   }
 };
 
@@ -47,16 +43,6 @@ TEST(Source, WithoutATransportDeliversOneFaultAndStrayPassesNone) {
     EXPECT_TRUE(invocation.getSource()->isFinished());
     EXPECT_EQ(failures, std::vector<std::string>{"ClosureSource::perform not overridden 2 -65794"});
   }
-}
-
-TEST(Source, LeavesTheLoopWithAnInvocationThatItsResultDestroys) {
-  std::vector<std::string> failures;
-  auto invocation = std::make_unique<TestInvocation>();
-  invocation->failures = &failures;
-  invocation->endsWithItsResult = true;
-  EXPECT_EQ(run(invocation.release()->getSource()), kBQRunLoopRunHandledSource);
-  EXPECT_EQ(failures.size(), 1u);
-  EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunFinished);
 }
 
 }  // namespace

@@ -220,18 +220,6 @@ TEST(Transaction, BoundsTheReplyAsTheLimitSays) {
   }
 }
 
-TEST(Transaction, TrustsTheAuthorityOfItsPropertyAlone) {
-  auto failure = [](const BQString* file) {
-    ScriptedPeer peer({Script().expectFirstBytes().send("HTTP/1.1 400 Bad Request\r\n\r\n").waitForClose()});
-    TestCall call("https://127.0.0.1:" + std::to_string(peer.port()) + "/");
-    return failureOf(call.set(kVXHTTPCertificateAuthorityFile, file).invoke());
-  };
-  const std::string tls = "Stream Error " + std::to_string(kBQStreamErrorDomainTLS) + " ";
-  EXPECT_EQ(failure(nullptr), tls + std::to_string(kBQStreamTLSErrorHandshake)) << "the peer speaks no TLS";
-  EXPECT_EQ(failure(BQSTR("/no/such/file.pem")), tls + std::to_string(kBQStreamTLSErrorCertificate));
-  EXPECT_EQ(failure(BQSTR("")), "Can't issue read stream open 2 -65794");
-}
-
 TEST(Transaction, CapturesWhatWasAskedFor) {
   const std::pair<const BQString*, const char*> rows[] = {
       {kVXDebugOutgoingHeaders, "\"Content-Type\": \"text/xml\""},

@@ -1,7 +1,5 @@
 #include "common/ParseComplaint.h"
 
-#include "common/Text.h"
-
 namespace tools {
 namespace {
 
@@ -31,7 +29,7 @@ std::string describeParseError(const CLI::ParseError& error, const CLI::App& app
   if (const CLI::Option* option = optionInFront(message, " = ", app)) {
     return nameOf(*option) + " takes no value";
   }
-  return singleLine(message);
+  return message;
 }
 
 }  // namespace tools

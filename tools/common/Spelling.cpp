@@ -56,6 +56,13 @@ std::string suggestionFor(std::string_view misspelt, const std::vector<std::stri
   return word.empty() ? "" : "; did you mean " + std::string(word) + "?";
 }
 
+std::string nameInArgument(std::string_view argument) {
+  auto isInName = [](unsigned char c) { return c == '-' || std::isalnum(c) != 0; };
+  bool isShort = argument.starts_with('-') && !argument.starts_with("--");
+  const auto* end = std::find_if_not(argument.begin(), argument.end(), isInName);
+  return isShort ? std::string(argument.substr(0, 2)) : std::string(argument.begin(), end);
+}
+
 std::string suggestOption(std::string_view argument, const CLI::App& app) {
   std::string_view misspelt = argument.substr(0, argument.find('='));
   misspelt.remove_prefix(std::min(misspelt.size(), misspelt.find_first_not_of('-')));

@@ -22,7 +22,10 @@ std::string_view nearestWord(std::string_view misspelt, const std::vector<std::s
 /* "; did you mean WORD?", or nothing. */
 std::string suggestionFor(std::string_view misspelt, const std::vector<std::string_view>& words);
 
-/* The same for an argument that looks like an option and is none, abbreviated or misspelt. */
+/* What an argument names that looks like an option, without a value, which may be secret. */
+std::string nameInArgument(std::string_view argument);
+
+/* A suggestion for such an argument, whose name is abbreviated or misspelt. */
 std::string suggestOption(std::string_view argument, const CLI::App& app);
 
 }  // namespace tools

@@ -20,19 +20,34 @@ std::string_view textOf(BQTypeRef string) {
   return {BQStringGetUTF8Ptr(text), static_cast<size_t>(BQStringGetLength(text))};
 }
 
-std::string singleLine(std::string_view text) {
-  std::string line(text);
-  std::replace_if(
-      line.begin(), line.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-  return line;
+std::string maskURL(std::string_view url, bool isMalformed) {
+  size_t scheme = url.find("://");
+  bool hasScheme = scheme != std::string_view::npos && url.find_first_of(":/?#@") == scheme;
+  size_t start = hasScheme ? scheme + 3 : 0;
+  size_t authorityEnd = isMalformed ? url.size() : std::min(url.size(), url.find_first_of("/?#", start));
+  size_t at = url.substr(0, authorityEnd).rfind('@');
+  std::string masked(url.substr(0, start));
+  if (at != std::string_view::npos) {
+    masked.append("***@");
+    start = at + 1;
+  }
+  size_t queryStart = url.find_first_of("?#", start);
+  masked.append(url.substr(start, queryStart - start));
+  if (queryStart != std::string_view::npos) masked.append(1, url[queryStart]).append("***");
+  return masked;
 }
 
-std::string shortened(std::string_view text) {
+std::string maskAnyURL(std::string_view text) {
+  return text.find("://") == std::string_view::npos ? std::string(text) : maskURL(text, true);
+}
+
+std::string shortened(std::string_view wholeText) {
+  std::string text = maskAnyURL(wholeText);
   constexpr size_t kShown = 40;
-  if (text.size() <= kShown) return singleLine(text);
+  if (text.size() <= kShown) return text;
   size_t end = kShown;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return singleLine(text.substr(0, end)) + "...";
+  return text.substr(0, end) + "...";
 }
 
 }  // namespace tools

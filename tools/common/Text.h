@@ -16,10 +16,17 @@ BQRef<const BQString> makeString(std::string_view text);
 /* The text of a string, borrowed; empty for null and for an object of another class. */
 std::string_view textOf(BQTypeRef string);
 
-/* The text as one line that a terminal can show: every control character becomes a blank. */
-std::string singleLine(std::string_view text);
+/*
+ * A URL or a part of one with *** for its user and password, its query and its fragment. In a text that
+ * failed to parse as a URL, a password may hold any delimiter; there everything up to the last @ counts as
+ * one.
+ */
+std::string maskURL(std::string_view url, bool isMalformed = false);
 
-/* Enough of a text to know it by, as such a line. */
+/* A text that may be a URL, such as a misplaced argument, with its secrets masked if it is one. */
+std::string maskAnyURL(std::string_view text);
+
+/* Enough of such a text to know it by. */
 std::string shortened(std::string_view text);
 
 }  // namespace tools

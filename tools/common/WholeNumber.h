@@ -8,6 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "common/Text.h"
+
 namespace tools {
 
 /* Without the text that a check adds to the help, which names the values by itself. */
@@ -19,7 +21,7 @@ CLI::Validator wholeNumber(Number least, Number most = std::numeric_limits<Numbe
     auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error == std::errc() && stop == end && value >= least && value <= most) return std::string();
     std::string complaint = "'";
-    complaint.append(text).append("' is no whole number from ").append(std::to_string(least));
+    complaint.append(maskURL(text, true)).append("' is no whole number from ").append(std::to_string(least));
     return complaint.append(" to ").append(std::to_string(most));
   };
   return CLI::Validator(check, "");

@@ -60,12 +60,12 @@ std::string_view adviceFor(BQStreamError error) {
 /* Whom the call connects to. */
 std::string peerOf(const Invocation& invocation) {
   auto proxy = Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), kVXHTTPProxy));
-  if (!proxy) return invocation.url;
-  return "the proxy " + std::string(textOf(BQURLGetString(static_cast<const BQURL*>(proxy.get()))));
+  if (!proxy) return maskURL(invocation.url);
+  return "the proxy " + maskURL(textOf(BQURLGetString(static_cast<const BQURL*>(proxy.get()))));
 }
 
 std::string describeStreamError(BQStreamError error, const Invocation& invocation) {
-  const std::string& url = invocation.url;
+  const std::string url = maskURL(invocation.url);
   auto description = BQAdopt(BQStreamErrorCopyDescription(error));
   std::string reason = continued(std::string(textOf(description.get()))).append(adviceFor(error));
   switch (error.domain) {
@@ -129,7 +129,7 @@ std::string describeTimeout(const Invocation& invocation) {
       Value::adopt(VXMethodInvocationCopyProperty(invocation.handle.get(), kVXMethodInvocationTimeoutValue));
   int32_t seconds = 0;
   BQNumberGetValue(static_cast<const BQNumber*>(limit.get()), kBQNumberSInt32Type, &seconds);
-  return "timed out: " + invocation.url + " did not answer within " + std::to_string(seconds) +
+  return "timed out: " + maskURL(invocation.url) + " did not answer within " + std::to_string(seconds) +
          (seconds == 1 ? " second" : " seconds") + "; --timeout SECONDS sets the limit";
 }
 
@@ -148,13 +148,13 @@ std::string describeTransportFailure(const BQDictionary* failure, const Invocati
   if (is(error, kBQStreamErrorDomainCustom, kTimedOut)) {
     line = describeTimeout(invocation);
   } else if (is(error, kBQStreamErrorDomainCustom, kUnusableReply)) {
-    line = describeUnusableReply(message, invocation.url, failure);
+    line = describeUnusableReply(message, maskURL(invocation.url), failure);
   } else if (error.domain == kMessageDomain) {
-    line = "the call of " + invocation.url + " failed: " + continued(message);
+    line = "the call of " + maskURL(invocation.url) + " failed: " + continued(message);
   } else {
     line = describeStreamError(error, invocation);
   }
-  return singleLine(line);
+  return line;
 }
 
 /* In XML-RPC an empty string arrives like that. */
@@ -164,14 +164,14 @@ bool holdsNoAnswer(const BQDictionary* result, const Invocation& invocation) {
 }
 
 std::string describeMissingAnswer(const Invocation& invocation) {
-  return singleLine("the reply of " + invocation.url +
-                    " is no answer to a SOAP call; is the path of the URL right? --verbose shows it");
+  return "the reply of " + maskURL(invocation.url) +
+         " is no answer to a SOAP call; is the path of the URL right? --verbose shows it";
 }
 
 std::string describeServerFault(const BQDictionary* fault) {
   std::string_view text = textOf(BQDictionaryGetValue(fault, kVXFaultString));
   std::string line = "fault " + std::to_string(integerAt(fault, kVXFaultCode));
-  if (!text.empty()) line += ": " + singleLine(text);
+  if (!text.empty()) line.append(": ").append(text);
   return line;
 }
 

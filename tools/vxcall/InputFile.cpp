@@ -42,7 +42,7 @@ std::string readInput(const std::string& path) {
 }
 
 std::string nameOfInput(const std::string& path) {
-  return path == "-" ? "standard input" : singleLine(path);
+  return path == "-" ? "standard input" : maskAnyURL(path);
 }
 
 }  // namespace tools::vxcall

@@ -24,7 +24,7 @@ namespace {
 CLI::Validator oneOf(std::vector<std::string_view> values) {
   auto check = [values = std::move(values)](const std::string& text) {
     if (std::find(values.begin(), values.end(), text) != values.end()) return std::string();
-    std::string complaint = "'" + text + "' is none of ";
+    std::string complaint = "'" + maskURL(text, true) + "' is none of ";
     for (std::string_view value : values) complaint.append(value).append(value == values.back() ? "" : ", ");
     return complaint + suggestionFor(text, values);
   };
@@ -98,7 +98,7 @@ void excludeContradictions(CLI::App& app) {
 }
 
 UsageError noOption(const std::string& argument, const CLI::App& app) {
-  std::string shown = singleLine(argument), suggestion = suggestOption(argument, app);
+  std::string shown = nameInArgument(argument), suggestion = suggestOption(argument, app);
   std::string help = "; vxcall --help shows the options (a value like that is written string:" + shown + ")";
   return UsageError("there is no option " + shown + (suggestion.empty() ? help : suggestion));
 }

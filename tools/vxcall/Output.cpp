@@ -5,6 +5,7 @@
 #include <BQ/BQ.h>
 
 #include "Json.h"
+#include "common/Terminal.h"
 #include "common/Text.h"
 
 namespace tools::vxcall {
@@ -23,7 +24,7 @@ std::string describeKind(BQTypeRef value) {
 }  // namespace
 
 std::string formatJson(BQTypeRef value) {
-  return jsonFromValue(value).dump(2) + "\n";
+  return escapeControls(jsonFromValue(value).dump(2)) + "\n";
 }
 
 std::string describeUnlistable(BQTypeRef value, const ValuePath& path) {

@@ -11,7 +11,7 @@
 
 namespace tools::vxcall {
 
-/* Any value as JSON, two blanks per level, with a line end. */
+/* Any value as JSON, two blanks per level, with a line end; what could command a terminal is escaped. */
 std::string formatJson(BQTypeRef value);
 
 /* A value as an XML property list; empty for null. Nothing if it holds what such a list cannot hold. */

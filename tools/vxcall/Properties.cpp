@@ -33,7 +33,8 @@ constexpr std::string_view kTokenCharacters =
 Header parseHeader(const std::string& text) {
   size_t colon = text.find(':');
   if (colon == std::string::npos || colon == 0 || text.find_first_not_of(kTokenCharacters) != colon) {
-    throw UsageError("'" + singleLine(text) + "' is not a header; write NAME: VALUE");
+    /* The text may be a password whose name was forgotten. */
+    throw UsageError("the value of --header is not a header; write NAME: VALUE");
   }
   if (text.find_first_of("\r\n") != std::string::npos) {
     throw UsageError("the header " + text.substr(0, colon) + " has a line break");
@@ -90,9 +91,12 @@ void setDocumentProperties(const Options& options, const SetProperty& set) {
 /* Absolute, since a saved call may be loaded in another directory. */
 void setCertificateAuthority(const std::string& file, const SetProperty& set) {
   if (access(file.c_str(), R_OK) != 0) {
-    throw UsageError("cannot read " + singleLine(file) + ": " + std::strerror(errno));
+    throw UsageError("cannot read " + file + ": " + std::strerror(errno));
   }
   std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) {
+    throw UsageError("cannot trust " + file + ": not a regular file");
+  }
   std::filesystem::path path = std::filesystem::absolute(file, error);
   set(kVXHTTPCertificateAuthorityFile, makeString(error ? file : path.string()).get());
 }

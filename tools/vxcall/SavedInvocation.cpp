@@ -12,6 +12,13 @@
 namespace tools::vxcall {
 namespace {
 
+/* The library knows the style by the object, not by the text that a file has. */
+void restoreStyle(VXMethodInvocationRef invocation) {
+  auto style = Value::adopt(VXMethodInvocationCopyProperty(invocation, kVXSOAPBodyEncodingStyle));
+  if (!BQEqual(style.get(), kVXSOAPStyleRPC)) return;
+  VXMethodInvocationSetProperty(invocation, kVXSOAPBodyEncodingStyle, kVXSOAPStyleRPC);
+}
+
 /* The library's constant for the protocol that a file names, which it has made sure of. */
 const BQString* protocolNamed(std::string_view name) {
   for (const BQString* protocol : {kVXSOAP1999Protocol, kVXSOAP2001Protocol}) {
@@ -38,6 +45,7 @@ Invocation loadInvocation(const std::string& path) {
     throw UsageError(nameOfInput(path) + " holds no saved call; --save makes one");
   }
   parseEndpoint(invocation.url);
+  restoreStyle(handle.get());
   return invocation;
 }
 

@@ -5,7 +5,19 @@
 
 #include <cstdio>
 
+#include "common/Terminal.h"
+
 namespace tools::vxcall {
+namespace {
+
+bool writeText(std::FILE* file, const std::string& text) {
+  const bool isTerminal = isatty(fileno(file)) != 0;
+  const std::string escaped = isTerminal ? escapeControls(text) : "";
+  const std::string& shown = isTerminal ? escaped : text;
+  return std::fwrite(shown.data(), 1, shown.size(), file) == shown.size() && std::fflush(file) == 0;
+}
+
+}  // namespace
 
 void occupyStandardStreams() {
   for (int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -16,14 +28,14 @@ void occupyStandardStreams() {
 }
 
 bool writeOutput(const std::string& text) {
-  return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+  return writeText(stdout, text);
 }
 
 bool writeFile(const std::string& path, const std::string& text) {
   if (path == "-") return writeOutput(text);
   std::FILE* file = std::fopen(path.c_str(), "wbe");
   if (file == nullptr) return false;
-  bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+  bool written = writeText(file, text);
   return std::fclose(file) == 0 && written;
 }
 

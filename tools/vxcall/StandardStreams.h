@@ -13,10 +13,13 @@ namespace tools::vxcall {
  */
 void occupyStandardStreams();
 
-/* Writes all of a text to standard output; errno says why it could not. */
+/*
+ * Writes all of a text to standard output; errno says why it could not. A terminal gets it with its control
+ * characters escaped, a file or a pipe byte for byte.
+ */
 bool writeOutput(const std::string& text);
 
-/* Writes all of a text to a file, or to standard output for "-"; errno says why it could not. */
+/* The same to a file, or to standard output for "-". */
 bool writeFile(const std::string& path, const std::string& text);
 
 }  // namespace tools::vxcall

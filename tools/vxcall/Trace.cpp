@@ -9,6 +9,7 @@
 #include <VX/VXMethodInvocation.h>
 
 #include "RequestDocument.h"
+#include "common/Terminal.h"
 #include "common/Text.h"
 #include "common/Value.h"
 
@@ -38,7 +39,7 @@ std::string requestLineOf(const Invocation& invocation) {
   Value method = property(kVXPostingMethod), version = property(kVXHTTPVersion),
         proxy = property(kVXHTTPProxy);
   std::string line(method ? textOf(method.get()) : "POST");
-  line.append(" ").append(targetOf(invocation.url, bool(proxy))).append(" ");
+  line.append(" ").append(maskURL(targetOf(invocation.url, bool(proxy)))).append(" ");
   return line.append(textOf(version ? version.get() : kBQHTTPVersion1_1));
 }
 

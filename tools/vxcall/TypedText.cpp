@@ -21,7 +21,7 @@ namespace tools::vxcall {
 namespace {
 
 UsageError notA(std::string_view text, std::string_view kind) {
-  return UsageError("'" + singleLine(text) + "' is not " + std::string(kind));
+  return UsageError("'" + maskAnyURL(text) + "' is not " + std::string(kind));
 }
 
 /* The number readers of the standard library take no plus sign. */

@@ -17,9 +17,10 @@
 #include "Output.h"
 #include "RequestDocument.h"
 #include "SavedInvocation.h"
+#include "Secrets.h"
 #include "StandardStreams.h"
 #include "Trace.h"
-#include "common/Text.h"
+#include "common/Terminal.h"
 #include "common/UsageError.h"
 
 namespace tools::vxcall {
@@ -28,7 +29,7 @@ namespace {
 enum ExitStatus { kExitResult = 0, kExitFault = 1, kExitUsage = 2, kExitFailure = 3 };
 
 void complain(const std::string& line) {
-  std::fprintf(stderr, "vxcall: %s\n", line.c_str());
+  tools::complain("vxcall", line);
 }
 
 ExitStatus complainOfWriting(const std::string& name) {
@@ -42,7 +43,7 @@ ExitStatus print(const std::string& text, ExitStatus status) {
 
 ExitStatus save(const Invocation& invocation, const std::string& path) {
   if (writeFile(path, serializeInvocation(invocation))) return kExitResult;
-  return complainOfWriting(path == "-" ? "standard output" : singleLine(path));
+  return complainOfWriting(path == "-" ? "standard output" : path);
 }
 
 ExitStatus printRequest(const Invocation& invocation) {
@@ -57,7 +58,10 @@ Result performCalls(const Invocation& invocation, const Options& options) {
   Result result;
   for (long i = 0; i < options.repeat; ++i) {
     result = call.perform();
-    if (options.verbose) std::fputs(traceOf(result.get(), invocation).c_str(), stderr);
+    if (options.verbose) {
+      result = maskCapturedHeaders(result.get());
+      std::fputs(escapeControls(traceOf(result.get(), invocation)).c_str(), stderr);
+    }
     if (!result || VXMethodResultIsFault(result.get())) break;
   }
   return result;

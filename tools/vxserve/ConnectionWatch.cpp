@@ -48,6 +48,12 @@ void ConnectionWatch::endLateConnections() {
   for (Connection* connection : connections_) {
     if (!connection->isExpecting() || connection->expectedSince() > latest) continue;
     connection->expectNothing();
+    /* Otherwise the system would keep the rest of the reply, megabytes perhaps, for as long as the peer
+     * reads. */
+    linger none = {1, 0};
+    if (connection->isReplying()) {
+      setsockopt(connection->descriptor(), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    }
     shutdown(connection->descriptor(), SHUT_RDWR);
   }
 }

@@ -1,4 +1,4 @@
-/* Ends connections whose requests take too long to arrive. */
+/* Ends connections whose peers take too long to send a request or to take its reply. */
 #ifndef VXSERVE_CONNECTION_WATCH_H
 #define VXSERVE_CONNECTION_WATCH_H
 
@@ -18,26 +18,34 @@ class Connection {
  public:
   explicit Connection(int descriptor) : descriptor_(descriptor) {}
 
-  /* From now on the peer has the time of the deadline to send what is due. */
-  void expect() { since_ = Clock::now().time_since_epoch().count(); }
-  /* Nothing is due. */
+  /* From now on the peer has the time of the deadline to send a request, or to take the reply. */
+  void expectRequest() { expect(false); }
+  void expectReader() { expect(true); }
+  /* It is the server's turn. */
   void expectNothing() { since_ = kNever; }
 
   Clock::time_point expectedSince() const { return Clock::time_point(Clock::duration(since_.load())); }
   bool isExpecting() const { return since_ != kNever; }
+  bool isReplying() const { return isReplying_; }
   int descriptor() const { return descriptor_; }
 
  private:
   static constexpr Clock::rep kNever = -1;
 
+  void expect(bool isReplying) {
+    isReplying_ = isReplying;
+    since_ = Clock::now().time_since_epoch().count();
+  }
+
   int descriptor_;
+  std::atomic<bool> isReplying_ = false;
   std::atomic<Clock::rep> since_ = Clock::now().time_since_epoch().count();
 };
 
 /*
- * A limit on silence would not do: a peer that sends one byte now and then would never reach it. So
- * a thread of the watch looks at all connections now and then, and shuts those down that are late;
- * the server then finds them at their end.
+ * The HTTP library can limit only silence, which a peer avoids that moves one byte now and then. A thread of
+ * the watch regularly checks all connections and shuts down those that are late; the server then finds them
+ * at their end.
  */
 class ConnectionWatch {
  public:

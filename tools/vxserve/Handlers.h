@@ -9,9 +9,8 @@
 namespace tools::vxserve {
 
 /*
- * The calling thread's handler for an endpoint, borrowed: a handler is for one thread at a time, and
- * reusing it spares every request the making of one. The first call of the process must return
- * before other threads call.
+ * The calling thread's handler for an endpoint, borrowed. Each thread has its own, since a handler is for one
+ * thread at a time; it is reused because making one for every request costs time.
  */
 VXProtocolHandlerRef handlerOf(const Endpoint& endpoint);
 

@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <string_view>
 #include <thread>
 
 struct MHD_Connection;
@@ -15,21 +16,23 @@ namespace tools::vxserve {
 class Request;
 
 /*
- * A held request costs neither a thread nor the polling of its connection, which is suspended; a
- * thread of this queue resumes each when its time has come.
+ * A held request occupies no thread of the server: its connection is suspended. A thread of this queue
+ * resumes each when its time has come, or within a second after its peer has closed the connection, or its
+ * half of it: the system does not tell the two apart.
  */
 class HeldRequests {
  public:
-  HeldRequests();
+  /* `most` is how many may be held at a time, since each keeps a connection open that others want. */
+  explicit HeldRequests(size_t most);
   ~HeldRequests();
   HeldRequests(const HeldRequests&) = delete;
   HeldRequests& operator=(const HeldRequests&) = delete;
 
-  /* Suspends the connection for that many seconds. Called on its thread, from the access handler. */
-  void hold(Request& request, MHD_Connection* connection, double seconds);
-
-  /* Resumes those whose peers have closed their connections, and marks them as cut short. */
-  void dropAbandoned();
+  /*
+   * Suspends the connection for that many seconds. Called on its thread, from the access handler. False if
+   * too many are held already; the request is then marked as cut short.
+   */
+  bool hold(Request& request, MHD_Connection* connection, double seconds);
 
   /* Resumes all, and marks them as cut short, and so every one that is held later. */
   void cutShort();
@@ -39,13 +42,16 @@ class HeldRequests {
   struct Held {
     Request* request;
     MHD_Connection* connection;
+    Time since;
   };
   /* By the time at which they are due. */
   using Queue = std::multimap<Time, Held>;
 
   void run();
-  Queue::iterator resume(Queue::iterator held, bool cut);
+  void dropAbandoned();
+  Queue::iterator resume(Queue::iterator held, std::string_view interruption);
 
+  const size_t most_;
   std::mutex mutex_;
   std::condition_variable changed_;
   Queue held_;

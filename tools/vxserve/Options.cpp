@@ -8,7 +8,6 @@
 
 #include "common/ParseComplaint.h"
 #include "common/Spelling.h"
-#include "common/Text.h"
 #include "common/UsageError.h"
 #include "common/WholeNumber.h"
 
@@ -47,7 +46,7 @@ void addOptions(CLI::App& app, Options& options) {
   app.add_option("--max-body", options.maximumBody, "The largest body of a request (default 67108864)")
       ->check(wholeNumber(size_t{1}, std::numeric_limits<size_t>::max() / 2))
       ->type_name("BYTES");
-  app.add_option("--deadline", options.deadlineSeconds, "The time a request may take to arrive (default 30)")
+  app.add_option("--deadline", options.deadlineSeconds, "The time per request and per reply (default 30)")
       ->check(wholeNumber(1U, 86400U))
       ->type_name("SECONDS");
   app.add_flag("--log", options.log, "Print a line for each request on standard error");
@@ -74,7 +73,7 @@ std::optional<Options> parseOptions(int argc, const char* const* argv) {
   }
   if (!app.remaining().empty()) {
     std::string argument = app.remaining().front(), suggestion = suggestOption(argument, app);
-    throw UsageError("there is no option " + singleLine(argument) +
+    throw UsageError("there is no option " + nameInArgument(argument) +
                      (suggestion.empty() ? "; vxserve --help lists the options" : suggestion));
   }
   return options;

@@ -66,12 +66,12 @@ void Request::answer() {
 }
 
 bool Request::isDocument() const {
-  return refusal_ == 0 && !wasCutShort_;
+  return refusal_ == 0 && interruption_.empty();
 }
 
 unsigned Request::status() const {
   if (refusal_ != 0) return refusal_;
-  return wasCutShort_ ? unsigned{kUnavailable} : answer_.status;
+  return interruption_.empty() ? answer_.status : unsigned{kUnavailable};
 }
 
 const BQData* Request::takeDocument() {
@@ -88,7 +88,7 @@ std::string_view Request::words() const {
     case kContentTooLarge:
       return "The body is longer than this server takes; its option --max-body says how long that is.\n";
     case kUnavailable:
-      return "The server is stopping.\n";
+      return interruption_;
     default:
       return "The answer could not be written.\n";
   }

@@ -39,8 +39,8 @@ class Request {
   /* Makes the answer, once all of the body is there. */
   void answer();
 
-  /* The stop of the server ended the time for which the answer was to be held back. */
-  void cutShort() { wasCutShort_ = true; }
+  /* Answers with the words, borrowed, that say why the document is not held back as long as it should be. */
+  void cutShort(std::string_view words) { interruption_ = words; }
 
   /* What to send. */
   unsigned status() const;
@@ -69,7 +69,7 @@ class Request {
   unsigned refusal_ = 0;
   bool refusedAtOnce_ = false;
   bool isAnswered_ = false;
-  bool wasCutShort_ = false;
+  std::string_view interruption_;
   BQRef<BQData> body_;
   uint64_t received_ = 0;
   Answer answer_;

@@ -93,7 +93,7 @@ struct Callbacks {
 
   /* Called when the first line of a request is there, which is the first that is heard of it. */
   static void* requestLineArrived(void*, const char*, MHD_Connection* connection) {
-    recordOf(connection)->expect();
+    recordOf(connection)->expectRequest();
     return nullptr;
   }
 
@@ -125,7 +125,9 @@ struct Callbacks {
 Server::Server(const Options& options, const ListenSocket& socket)
     : maximumBody_(options.maximumBody),
       logs_(options.log),
+      connectionLimit_(raiseDescriptorLimit()),
       watch_(std::chrono::seconds(options.deadlineSeconds)),
+      held_(connectionLimit_ / 2),
       daemon_(startDaemon(options, socket)) {}
 
 Server::~Server() = default;
@@ -140,8 +142,7 @@ Server::Daemon Server::startDaemon(const Options& options, const ListenSocket& s
   std::vector<MHD_OptionItem> items = {
       {MHD_OPTION_LISTEN_SOCKET, socket.descriptor(), nullptr},
       {MHD_OPTION_CONNECTION_MEMORY_LIMIT, static_cast<intptr_t>(kConnectionMemory), nullptr},
-      {MHD_OPTION_CONNECTION_LIMIT, static_cast<intptr_t>(raiseDescriptorLimit()), nullptr},
-      {MHD_OPTION_CONNECTION_TIMEOUT, static_cast<intptr_t>(options.deadlineSeconds), nullptr},
+      {MHD_OPTION_CONNECTION_LIMIT, static_cast<intptr_t>(connectionLimit_), nullptr},
       {MHD_OPTION_NOTIFY_CONNECTION, reinterpret_cast<intptr_t>(&Callbacks::connectionChanged), this},
       {MHD_OPTION_URI_LOG_CALLBACK, reinterpret_cast<intptr_t>(&Callbacks::requestLineArrived), this},
       {MHD_OPTION_NOTIFY_COMPLETED, reinterpret_cast<intptr_t>(&Callbacks::requestCompleted), this},
@@ -171,7 +172,7 @@ Request* Server::beginRequest(MHD_Connection* connection, const char* method, co
 }
 
 void Server::endRequest(MHD_Connection* connection, Request* request, bool wasSent) {
-  recordOf(connection)->expect();
+  recordOf(connection)->expectRequest();
   if (logs_) {
     writeLog({textOfAddress(peerOf(connection)), request->protocol(), request->method(),
               request->outcome() + (wasSent ? "" : ",closed"), request->age()});
@@ -184,12 +185,12 @@ bool Server::finish(Request& request, MHD_Connection* connection) {
   if (request.isAnswered()) return send(request, connection);
   recordOf(connection)->expectNothing();
   request.answer();
-  if (request.delay() == 0) return send(request, connection);
-  held_.hold(request, connection, request.delay());
-  return true;
+  if (request.delay() > 0 && held_.hold(request, connection, request.delay())) return true;
+  return send(request, connection);
 }
 
 bool Server::send(Request& request, MHD_Connection* connection) {
+  recordOf(connection)->expectReader();
   Response response = request.isDocument() ? makeDocumentResponse(request.takeDocument())
                                            : makeWordsResponse(request.words(), request.status());
   if (isStopping_) MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONNECTION, "close");

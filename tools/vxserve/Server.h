@@ -35,8 +35,6 @@ class Server {
   /* Accepts no more connections, and closes each behind the request that it is on. */
   void beginStop();
   bool isIdle() const { return requests_ == 0; }
-  /* Drops what is held back for peers that are gone. */
-  void dropAbandoned() { held_.dropAbandoned(); }
   /* Answers what is held back at once. */
   void cutShort() { held_.cutShort(); }
 
@@ -51,12 +49,12 @@ class Server {
   Daemon startDaemon(const Options& options, const ListenSocket& socket);
   Request* beginRequest(MHD_Connection* connection, const char* method, const char* path);
   void endRequest(MHD_Connection* connection, Request* request, bool wasSent);
-  bool addBody(Request& request, const char* bytes, size_t length);
   bool finish(Request& request, MHD_Connection* connection);
   bool send(Request& request, MHD_Connection* connection);
 
   size_t maximumBody_;
   bool logs_;
+  unsigned connectionLimit_;
   std::atomic<bool> isStopping_ = false;
   std::atomic<long> requests_ = 0;
   ConnectionWatch watch_;

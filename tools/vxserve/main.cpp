@@ -11,6 +11,7 @@
 #include "Options.h"
 #include "Server.h"
 #include "common/LibraryMute.h"
+#include "common/Terminal.h"
 #include "common/UsageError.h"
 
 namespace tools::vxserve {
@@ -23,7 +24,7 @@ constexpr std::chrono::seconds kGrace(10);
 constexpr std::chrono::seconds kLastGrace(1);
 
 void complain(const std::string& line) {
-  std::fprintf(stderr, "vxserve: %s\n", line.c_str());
+  tools::complain("vxserve", line);
 }
 
 /* The signals that stop the server, taken by one thread only. */
@@ -52,13 +53,10 @@ class StopSignals {
   sigset_t signals_;
 };
 
-/* Waits until no request runs that somebody waits for, at most for that time; another signal ends the wait.
- */
+/* Waits until no request runs, at most for that time; another signal ends the wait. */
 void drain(Server& server, const StopSignals& signals, std::chrono::seconds time) {
   auto end = std::chrono::steady_clock::now() + time;
-  while (!server.isIdle() && std::chrono::steady_clock::now() < end && !signals.waitShortly()) {
-    server.dropAbandoned();
-  }
+  while (!server.isIdle() && std::chrono::steady_clock::now() < end && !signals.waitShortly()) continue;
 }
 
 ExitStatus serve(const Options& options) {

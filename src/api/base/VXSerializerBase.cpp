@@ -85,6 +85,11 @@ bool VXSerializerBase::hasDeserializationOverrides() const {
          (parentSerializer != nullptr && parentSerializer->hasDeserializationOverrides());
 }
 
+uint64_t VXSerializerBase::countReadingOverrideCalls() const {
+  return readingOverrideCalls +
+         (parentSerializer != nullptr ? parentSerializer->countReadingOverrideCalls() : 0);
+}
+
 const BQString* VXSerializerBase::seriailizeOverride(const void* value) {
   if (value == nullptr) return nullptr;
   Owned<const BQString> result;
@@ -115,8 +120,9 @@ BQTypeRef VXSerializerBase::deserilizeOverride(const BQTree* tree, const Namespa
   for (const DeserializationOverride& entry : deserializationOverrides) {
     if (!wildcardMatches(uri, entry.typeNamespace.get()) || !wildcardMatches(local, entry.typeName.get()))
       continue;
-    return entry.function == nullptr ? nullptr
-                                     : entry.function(handleOf(owner), tree, root, entry.context.info);
+    if (entry.function == nullptr) return nullptr;
+    ++readingOverrideCalls;
+    return entry.function(handleOf(owner), tree, root, entry.context.info);
   }
   return nullptr;
 }

@@ -6,6 +6,7 @@
 #include <VX/VXClientContext.h>
 #include <VX/VXOverride.h>
 
+#include <cstdint>
 #include <vector>
 
 #include "values/Owned.h"
@@ -43,6 +44,9 @@ class VXSerializerBase {
   /* Whether any override for writing, or for reading, is registered here or at a parent. */
   bool hasSerializationOverrides() const;
   bool hasDeserializationOverrides() const;
+
+  /* How many functions were called to read an element, here and at a parent. */
+  uint64_t countReadingOverrideCalls() const;
 
   /* The text of the override for a value, owned by the caller, or null. */
   const BQString* seriailizeOverride(const void* value);
@@ -83,6 +87,7 @@ class VXSerializerBase {
   Owned<BQDictionary> properties;
   std::vector<SerializationOverride> serializationOverrides;
   std::vector<DeserializationOverride> deserializationOverrides;
+  uint64_t readingOverrideCalls = 0;
   BQTypeRef owner = nullptr;
   VXSerializerBase* parentSerializer = nullptr;
 };

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <BQ/BQ.h>
-#include <VX/VXConstants.h>
 
 #include "api/base/AgreementKeys.h"
 #include "transport/VXRunLoopSource.h"
@@ -12,15 +11,6 @@
 #include "values/DictIterator.h"
 
 namespace vx {
-namespace {
-
-/* A style counts by identity, which a text that was read does not have. */
-BQTypeRef restoreProperty(BQTypeRef key, BQTypeRef value) {
-  bool isRPCStyle = BQEqual(key, kVXSOAPBodyEncodingStyle) && BQEqual(value, kVXSOAPStyleRPC);
-  return isRPCStyle ? kVXSOAPStyleRPC : value;
-}
-
-}  // namespace
 
 WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agreement) {
   auto* url = getAgreementEntry<BQString>(agreement, kAgreementServiceURL, BQStringGetTypeID());
@@ -29,15 +19,13 @@ WebServiceMethodInvocation::WebServiceMethodInvocation(const BQDictionary* agree
   params = retain(getAgreementEntry<BQDictionary>(agreement, kAgreementParamValues, BQDictionaryGetTypeID()));
   auto* stored = getAgreementEntry<BQDictionary>(agreement, kAgreementProperties, BQDictionaryGetTypeID());
   for (DictIterator entries(stored); entries.hasNext();) {
-    BQTypeRef key = entries.nextKey();
-    setProperty(static_cast<const BQString*>(key), restoreProperty(key, entries.valueFor(key)));
+    auto* key = static_cast<const BQString*>(entries.nextKey());
+    setProperty(key, entries.valueFor(key));
   }
 }
 
 WebServiceMethodInvocation::~WebServiceMethodInvocation() {
-  serviceURL = nullptr;
-  paramOrder = nullptr;
-  params = nullptr;
+  /* First, since what is released may call a function of the caller's that runs the loop. */
   dropSource();
   releaseContext(&clientContext);
 }
@@ -52,7 +40,8 @@ const BQURL* WebServiceMethodInvocation::getServiceURL() {
 
 void WebServiceMethodInvocation::setParameters(const BQDictionary* parameters,
                                                const BQArray* parameterOrder) {
-  params = retain(parameters);
+  /* Released last: a function of the caller's that this calls may set other parameters. */
+  const auto former = std::exchange(params, retain(parameters));
   if (parameterOrder != nullptr) {
     paramOrder = retain(parameterOrder);
   } else {
@@ -88,6 +77,10 @@ bool WebServiceMethodInvocation::giveUpCall() {
   if (source->isActive()) return false;
   dropSource();
   return true;
+}
+
+bool WebServiceMethodInvocation::waitsIn(BQRunLoop* runLoop, const BQString* mode) const {
+  return !isCallOver() && source->isIn(runLoop, mode);
 }
 
 bool WebServiceMethodInvocation::isCallOver() const {

@@ -43,8 +43,8 @@ class WebServiceMethodInvocation : public VXSerializerBase {
 
   /* Ends a call that is under way, without a callback. False if this is called from inside the call. */
   bool giveUpCall();
-  /* Whether there is no call that will still give a result. */
-  bool isCallOver() const;
+  /* Whether the call will still give a result, and a run of that mode brings it about. */
+  bool waitsIn(BQRunLoop* runLoop, const BQString* mode) const;
 
   /* Replaces the callback and its context. Both may be null. */
   void setCallback(VXInvocationCallbackFunc function, const VXClientContext* context);
@@ -66,6 +66,7 @@ class WebServiceMethodInvocation : public VXSerializerBase {
   Owned<const BQDictionary> params;
 
  private:
+  bool isCallOver() const;
   void dropSource();
 
   VXInvocationCallbackFunc callback = nullptr;

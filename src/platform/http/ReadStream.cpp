@@ -106,7 +106,8 @@ void BQReadStream::schedule(BQRunLoop* runLoop, const BQString* mode) {
   auto isMode = [mode](const auto& other) { return BQEqual(other.get(), mode); };
   if (std::any_of(modes_.begin(), modes_.end(), isMode)) return;
   runLoop_ = Ref<BQRunLoop>::retain(runLoop);
-  modes_.push_back(Ref<const BQString>::adopt(BQStringCreateCopy(mode)));
+  /* Not the caller's own: that may be a constant of a plug-in, and the engine keeps the name for longer. */
+  modes_.push_back(Ref<const BQString>::adopt(bq::makeText(bq::textOf(mode))));
   if (transfer_ == nullptr) return;
   joinMode(modes_.back().get());
   signalIfPending();

@@ -1,5 +1,9 @@
 #include "platform/http/StreamProperties.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cerrno>
 
 #include <BQ/BQBoolean.h>
@@ -25,6 +29,7 @@ namespace bq {
 namespace {
 
 constexpr int64_t kDefaultProxyPort = 80;
+constexpr off_t kLargestAuthorityFile = off_t{16} << 20;
 constexpr BQStreamError kUnusable = {kBQStreamErrorDomainPOSIX, EINVAL};
 
 bool isUsableHost(std::string_view host) {
@@ -54,6 +59,19 @@ std::string readProxy(const BQDictionary* dictionary) {
   auto text = Ref<const BQString>::adopt(makeReceivedText(url));
   auto parsed = Ref<const BQURL>::adopt(BQURLCreateWithString(text.get(), nullptr));
   return parsed && BQURLGetPortNumber(parsed.get()) == port ? url : std::string();
+}
+
+/*
+ * libcurl reads the file when it connects, and would wait for the writer of a FIFO. The files of /proc and
+ * /sys that can block or never end are regular, but have no size or a huge one.
+ */
+BQStreamError checkAuthorityFile(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0 || faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0) {
+    return {kBQStreamErrorDomainPOSIX, errno};
+  }
+  bool isUsable = S_ISREG(status.st_mode) && status.st_size > 0 && status.st_size <= kLargestAuthorityFile;
+  return isUsable ? kNoError : kUnusable;
 }
 
 /* False for a number that is no size. */
@@ -102,9 +120,8 @@ BQStreamError StreamProperties::readInto(TransferOptions& options) const {
   options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
   options.connection.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
   const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());
-  if (file != nullptr && textOf(file).empty()) return kUnusable;
   options.connection.certificateAuthorityFile = textOf(file);
-  return kNoError;
+  return file == nullptr ? kNoError : checkAuthorityFile(options.connection.certificateAuthorityFile);
 }
 
 }  // namespace bq

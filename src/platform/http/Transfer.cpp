@@ -211,7 +211,7 @@ bool Transfer::isLeftOut(std::string_view name) const {
   auto is = [name](std::string_view other) { return equalsIgnoringCase(name, other); };
   if (is("Content-Length") || is("Transfer-Encoding")) return true;
   if (isBodyDropped_ && equalsIgnoringCase(name.substr(0, 8), "Content-")) return true;
-  return !isAtOrigin_ && (is("Host") || is("Authorization") || is("Cookie"));
+  return !isAtOrigin_ && (is("Host") || is("Authorization") || is("Proxy-Authorization") || is("Cookie"));
 }
 
 void Transfer::configureHeaders() {

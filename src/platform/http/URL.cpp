@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include <algorithm>
 #include <string>
 
 #include "platform/http/CurlURL.h"
@@ -185,6 +186,23 @@ const BQURL* BQURLCreateWithString(const BQString* text, const BQURL* base) {
 const BQString* BQURLGetString(const BQURL* url) {
   url = bq::asURL(url);
   return url == nullptr ? nullptr : url->text.get();
+}
+
+const BQString* BQURLCopyDisplayString(const BQURL* url) {
+  url = bq::asURL(url);
+  if (url == nullptr) return nullptr;
+  std::string_view text = bq::textOf(url->text.get());
+  bq::Pieces pieces;
+  bq::takeApart(text, pieces);
+  /* A URL that lost its slashes has the password in what is then its path. */
+  std::string_view named = pieces.authority.empty() ? pieces.path : pieces.authority;
+  auto start = static_cast<size_t>(named.data() - text.data());
+  size_t host = named.rfind('@');
+  size_t end = std::min(text.find_first_of("?#"), text.size());
+  std::string shown(text.substr(0, end));
+  if (host != std::string_view::npos) shown.replace(start, host, "***");
+  if (end + 1 < text.size()) shown.append(text, end, 1).append("***");
+  return bq::makeText(shown);
 }
 
 const BQString* BQURLCopyScheme(const BQURL* url) {

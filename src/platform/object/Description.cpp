@@ -86,7 +86,7 @@ class Describer {
       case kDictionaryTypeID:
         return addDictionary(static_cast<const BQDictionary*>(object));
       default:
-        return addInstance(object, describerOf(classOf(baseOf(object)->typeID)));
+        return addInstance(object, describerOf(classOf(typeIDOf(object))));
     }
   }
 
@@ -102,7 +102,7 @@ class Describer {
     Ref<const BQString> text;
     if (describer != nullptr) text = Ref<const BQString>::adopt(describer(object));
     if (text) return BQStringAppend(out_, text.get());
-    BQStringAppendFormat(out_, BQSTR("<%s %p>"), classOf(baseOf(object)->typeID)->className, object);
+    BQStringAppendFormat(out_, BQSTR("<%s %p>"), classOf(typeIDOf(object))->className, object);
   }
 
  private:
@@ -115,11 +115,11 @@ class Describer {
     for (size_t i = 0; i < text.size(); ++i) {
       const char* escape = escapeOf(text[i]);
       if (escape == nullptr) continue;
-      add(text.substr(start, i - start));
+      appendForDisplay(out_, text.substr(start, i - start), false);
       add(escape);
       start = i + 1;
     }
-    add(text.substr(start));
+    appendForDisplay(out_, text.substr(start), false);
     add("\"");
   }
 
@@ -217,7 +217,7 @@ void appendFormattingDescription(MutableString* out, BQTypeRef object) {
     auto text = Ref<const BQString>::adopt(BQCopyDescription(object)); /* `out` may be in the container */
     return BQStringAppend(out, text.get());
   }
-  const BQRuntimeClass* runtimeClass = object == nullptr ? nullptr : classOf(baseOf(object)->typeID);
+  const BQRuntimeClass* runtimeClass = object == nullptr ? nullptr : classOf(typeIDOf(object));
   if (runtimeClass != nullptr && runtimeClass->copyFormattingDesc != nullptr) {
     Describer(out).addInstance(object, runtimeClass->copyFormattingDesc);
   } else {
@@ -237,5 +237,6 @@ const BQString* BQCopyDescription(BQTypeRef object) {
 
 void BQShow(BQTypeRef object) {
   auto text = bq::Ref<const BQString>::adopt(BQCopyDescription(object));
-  std::fprintf(stderr, "%s\n", BQStringGetUTF8Ptr(text.get()));
+  auto shown = bq::Ref<const BQString>::adopt(BQStringCreateForDisplay(text.get(), true));
+  std::fprintf(stderr, "%s\n", BQStringGetUTF8Ptr(shown.get()));
 }

@@ -28,6 +28,13 @@ inline constexpr uint16_t kImmortal = kBQRuntimeImmortal;
 inline constexpr uint16_t kInArena = 0x2;
 inline constexpr uint16_t kClassFlag = 0x100;
 
+/*
+ * Added to the type of an object that is being finalised. A function of the program that is called meanwhile
+ * may still have a pointer to the object: to the functions of its class it no longer is an instance, so that
+ * none of them can keep it, and its references are not counted.
+ */
+inline constexpr uint16_t kFinalizing = 0x8000;
+
 /* The depth to which nested containers are compared and described. */
 inline constexpr int kMaximumDepth = 512;
 
@@ -67,6 +74,11 @@ void finalizeObject(BQTypeRef object) {
 
 inline const BQRuntimeBase* baseOf(BQTypeRef object) {
   return static_cast<const BQRuntimeBase*>(object);
+}
+
+/* The class, also of an object that is being finalised. */
+inline BQTypeID typeIDOf(BQTypeRef object) {
+  return static_cast<BQTypeID>(baseOf(object)->typeID & ~kFinalizing);
 }
 
 inline bool isInstance(BQTypeRef object, BQTypeID typeID) {

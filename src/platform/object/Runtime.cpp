@@ -46,6 +46,12 @@ uint32_t dropReference(BQRuntimeBase* base) {
   return __atomic_fetch_sub(&base->retainCount, 1, __ATOMIC_ACQ_REL);
 }
 
+void markFinalizing(BQTypeRef object) {
+  BQRuntimeBase* base = mutableBase(object);
+  base->typeID |= kFinalizing;
+  base->flags |= kImmortal;
+}
+
 void destroyNow(BQTypeRef object, const BQRuntimeClass* runtimeClass) {
   runtimeClass->finalize(object);
   std::free(const_cast<void*>(object));
@@ -83,7 +89,7 @@ class Destruction {
     while (!waiting->empty()) {
       BQTypeRef object = waiting->back();
       waiting->pop_back();
-      destroyNow(object, classOf(baseOf(object)->typeID));
+      destroyNow(object, classOf(typeIDOf(object)));
     }
     --state.depth;
     state.waiting = nullptr;
@@ -98,6 +104,7 @@ void destroy(BQTypeRef object) {
   } else if (baseOf(object)->typeID == kStringTypeID) {
     destroyNow(object, runtimeClass);
   } else {
+    markFinalizing(object);
     Destruction::run(object, runtimeClass);
   }
 }
@@ -181,7 +188,7 @@ BQIndex BQGetRetainCount(BQTypeRef object) {
 }
 
 BQTypeID BQGetTypeID(BQTypeRef object) {
-  return object == nullptr ? 0 : baseOf(object)->typeID;
+  return object == nullptr ? 0 : bq::typeIDOf(object);
 }
 
 const BQString* BQCopyTypeIDDescription(BQTypeID typeID) {
@@ -193,13 +200,13 @@ const BQString* BQCopyTypeIDDescription(BQTypeID typeID) {
 bool BQEqual(BQTypeRef first, BQTypeRef second) {
   if (first == second) return true;
   if (first == nullptr || second == nullptr || baseOf(first)->typeID != baseOf(second)->typeID) return false;
-  const BQRuntimeClass* runtimeClass = bq::classOf(baseOf(first)->typeID);
+  const BQRuntimeClass* runtimeClass = bq::classOf(bq::typeIDOf(first));
   return runtimeClass->equal != nullptr && runtimeClass->equal(first, second);
 }
 
 BQHashCode BQHash(BQTypeRef object) {
   if (object == nullptr) return 0;
-  const BQRuntimeClass* runtimeClass = bq::classOf(baseOf(object)->typeID);
+  const BQRuntimeClass* runtimeClass = bq::classOf(bq::typeIDOf(object));
   if (runtimeClass->hash != nullptr) return runtimeClass->hash(object);
   return reinterpret_cast<BQHashCode>(object) >> 4;
 }

@@ -13,9 +13,12 @@ namespace bq {
 
 struct RunLoopMode {
   RunLoopMode(BQRunLoop& owner, const BQString* modeName)
-      : loop(owner), name(Ref<const BQString>::adopt(BQStringCreateCopy(modeName))) {}
+      : loop(owner),
+        name(Ref<const BQString>::adopt(
+            BQStringCreateWithUTF8(BQStringGetUTF8Ptr(modeName), BQStringGetLength(modeName)))) {}
 
   BQRunLoop& loop;
+  /* Not the caller's: that may be a constant of a plug-in that is unloaded while the mode is kept. */
   const Ref<const BQString> name;
   /* Under the lock of the loop; the rest belongs to the loop's thread. */
   SourceSet sources;

@@ -82,6 +82,9 @@ inline bool equalIgnoringCase(std::string_view first, std::string_view second) {
 /* Appends text that is known to be well-formed. */
 void appendText(MutableString* string, std::string_view text);
 
+/* Appends well-formed text as BQStringCreateForDisplay gives it. */
+void appendForDisplay(MutableString* string, std::string_view text, bool keepsLines);
+
 /* The mutable string behind a pointer; null for anything else. */
 inline MutableString* asMutableString(BQString* string) {
   bool isMutable = isString(string) && (string->base.flags & kStringMutable) != 0;

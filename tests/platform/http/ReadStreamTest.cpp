@@ -150,14 +150,19 @@ TEST(ReadStream, ClientGetsOnlyTheEventsOfItsMask) {
 
 TEST(ReadStream, ClientInfoIsRetainedAndReleasedOnce) {
   Exchange exchange("http://127.0.0.1/");
-  int references = 0;
+  static int references;
+  references = 0;
   BQStreamClientContext context{};
-  context.info = &references;
-  context.retain = [](void* info) {
-    ++*static_cast<int*>(info);
-    return info;
+  context.info = exchange.stream();
+  context.retain = [](void* stream) {
+    ++references;
+    return stream;
   };
-  context.release = [](void* info) { --*static_cast<int*>(info); };
+  context.release = [](void* info) {
+    --references;
+    auto* stream = static_cast<BQReadStream*>(info); /* perhaps being finalised */
+    BQReadStreamUnscheduleFromRunLoop(stream, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+  };
   auto ignore = [](BQReadStream*, BQStreamEventType, void*) {};
   const struct {
     uint32_t events;
@@ -175,6 +180,7 @@ TEST(ReadStream, ClientInfoIsRetainedAndReleasedOnce) {
     EXPECT_EQ(BQReadStreamSetClient(exchange.stream(), row.events, row.callBack, &context), row.isTaken);
     EXPECT_EQ(references, row.references);
   }
+  BQReadStreamScheduleWithRunLoop(exchange.stream(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   exchange.releaseStream();
   EXPECT_EQ(references, 0);
 }

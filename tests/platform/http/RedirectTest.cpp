@@ -75,7 +75,7 @@ TEST(Redirect, ToAnotherHostLosesHostAndSecrets) {
   ScriptedPeer peer({reply(redirect(307, target.url("/x")))});
   Exchange exchange(peer.url());
   exchange.header("Host", "first").header("Authorization", "secret").header("Cookie", "secret");
-  exchange.header("X-Other", "kept").followRedirects().run();
+  exchange.header("Proxy-Authorization", "secret").header("X-Other", "kept").followRedirects().run();
   EXPECT_EQ(exchange.body(), "there");
   EXPECT_EQ(target.requests().at(0), "POST /x HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(target.port()) +
                                          "\r\nX-Other: kept\r\nContent-Length: 10\r\n\r\n<request/>");
@@ -102,6 +102,7 @@ TEST(Redirect, TargetIsResolvedAndComparedWithItsOrigin) {
       {"https://h/a", "https://h:443/b", "https://h:443/b", true},
       {"http://h/a", "http://i/a", "http://i/a", false},
       {"http://u:p@h/a", "/b", "http://u:p@h/b", true},
+      {"http://u:p@h/a", "//i/b", "http://i/b", false},
       {"http://h/a", "/\xC3\xA9", "http://h/%c3%a9", true},
       {"http://h/a", "\x01", "", false},
   };

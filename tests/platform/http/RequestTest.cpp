@@ -1,6 +1,9 @@
 /* What is sent. */
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 
 #include "platform/http/Exchange.h"
@@ -9,6 +12,7 @@
 namespace {
 
 using values::integer;
+using values::string;
 
 std::string sentBy(Exchange& exchange, const ScriptedPeer& peer) {
   exchange.run();
@@ -136,9 +140,20 @@ TEST(Request, UnusableOnesAreRefusedWhenOpened) {
     Exchange exchange("http://127.0.0.1/");
     expectRefusal(exchange.property(kBQStreamPropertyHTTPProxy, proxy(host, port).get()), "http 5");
   }
-  Exchange unlimited("http://127.0.0.1/"), untrusting("http://127.0.0.1/");
+  Exchange unlimited("http://127.0.0.1/");
   EXPECT_FALSE(unlimited.property(kBQStreamPropertyHTTPMaximumReplySize, integer(-1).get()).open());
-  EXPECT_FALSE(untrusting.property(kBQStreamPropertyTLSCertificateAuthorityFile, BQSTR("")).open());
+  const std::string fifo = testing::TempDir() + "request-test-" + std::to_string(getpid());
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const std::pair<std::string, const char*> authorities[] = {
+      {"", "posix 2"},   {"/no/such/file", "posix 2"}, {"/dev/zero", "posix 22"},
+      {"/", "posix 22"}, {fifo, "posix 22"},           {"/proc/self/maps", "posix 22"}};
+  for (const auto& [file, error] : authorities) {
+    SCOPED_TRACE(file);
+    Exchange exchange("http://127.0.0.1/");
+    auto path = string(file);
+    expectRefusal(exchange.property(kBQStreamPropertyTLSCertificateAuthorityFile, path.get()), error);
+  }
+  unlink(fifo.c_str());
 }
 
 }  // namespace

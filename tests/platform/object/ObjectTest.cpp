@@ -22,6 +22,7 @@ struct Probe {
 };
 
 void finalizeProbe(BQTypeRef object) {
+  BQRelease(BQRetain(object)); /* must not finalise it again */
   const Probe* probe = static_cast<const Probe*>(object);
   if (probe->destroyed != nullptr) ++*probe->destroyed;
   BQRelease(probe->held);

@@ -81,4 +81,27 @@ TYPED_TEST(Lifetime, MayEndInsideACallback) {
   }
 }
 
+/* Sources and timers whose contexts use them while they are finalised. */
+TEST(ContextRelease, MayUseTheObjectThatEnds) {
+  static BQTypeRef ending;
+  static int releases;
+  releases = 0;
+  const auto use = [](const void*) {
+    ++releases;
+    BQRelease(BQRetain(ending));
+    auto* source = static_cast<BQRunLoopSource*>(const_cast<void*>(ending));
+    BQRunLoopAddSource(currentLoop(), source, kMode);
+    BQRunLoopSourceSignal(source);
+    BQRunLoopAddTimer(currentLoop(), static_cast<BQRunLoopTimer*>(const_cast<void*>(ending)), kMode);
+  };
+  BQRunLoopSourceContext sourceContext = {};
+  BQRunLoopTimerContext timerContext = {};
+  sourceContext.release = timerContext.release = use;
+  BQRelease(ending = BQRunLoopSourceCreate(0, &sourceContext));
+  BQRelease(ending = BQRunLoopTimerCreate(
+                0, 1, 0, 0, [](BQRunLoopTimer*, void*) {}, &timerContext));
+  EXPECT_EQ(releases, 2);
+  EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
+}
+
 }  // namespace

@@ -8,7 +8,6 @@ The path of the URL chooses how it misbehaves: see MISBEHAVIOURS.
 """
 import argparse
 import datetime
-import os
 import socketserver
 import ssl
 import sys
@@ -21,7 +20,6 @@ GOOD_REPLY = xmlrpc.client.dumps((1,), methodresponse=True)
 MISBEHAVIOURS = {
     # path: (status and reason, content type or None, body)
     "/status/404": ("404 Not Found", "text/html", "<html/>"),
-    "/status/503": ("503 Out To Lunch", "text/plain", "later"),
     "/image": ("200 OK", "image/png", "\x89PNG"),
     "/garbage": ("200 OK", "text/xml", '<?xml version="1.0"?><methodResponse><params></methodResponse>'),
     "/other-document": ("200 OK", "text/xml", '<?xml version="1.0"?><catalogue/>'),
@@ -36,13 +34,11 @@ MISBEHAVIOURS = {
 
 
 class Counters:
-    """What the server has seen, and the memory of a caller that names its process."""
+    """What the server has seen."""
 
     def __init__(self):
         self.lock = threading.Lock()
         self.connections = 0
-        self.probes = 0
-        self.samples = {}
 
 
 class Handler(xmlrpc.server.SimpleXMLRPCRequestHandler):
@@ -155,21 +151,6 @@ class Methods:
     def connections(self):
         with self.counters.lock:
             return self.counters.connections
-
-    def probe(self, pid):
-        """Samples a calling process' memory and descriptors on the calls 1000 and 10000."""
-        with self.counters.lock:
-            self.counters.probes += 1
-            calls = self.counters.probes
-        if calls in (1000, 10000):
-            with open("/proc/%d/status" % pid) as status:
-                resident = [int(line.split()[1]) for line in status if line.startswith("RssAnon:")][0]
-            descriptors = len(os.listdir("/proc/%d/fd" % pid))
-            self.counters.samples[str(calls)] = {"kilobytes": resident, "descriptors": descriptors}
-        return calls
-
-    def samples(self):
-        return self.counters.samples
 
 
 def main():
