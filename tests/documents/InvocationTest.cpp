@@ -42,34 +42,4 @@ TEST(Invocation, WritesAndReadsWithItsSettings) {
   }
 }
 
-BQTypeRef decline(VXMethodInvocationRef, const BQTree*, const BQTree*, void* calls) {
-  ++*static_cast<int*>(calls);
-  return nullptr;
-}
-
-TEST(Override, ThatDeclinesIsAskedOnceMoreAboutAParameterOfARequest) {
-  const struct {
-    const char* content;
-    int callsForReply, callsForRequest;
-  } rows[] = {
-      {"<m><v>5</v></m>", 1, 2},
-      {"<m><w><v>5</v></w></m>", 2, 2},
-      {"<m><a href='#1'/><b href='#1'/></m><r id='1'><v>5</v></r>", 2, 2},
-  };
-  for (const auto& row : rows) {
-    Value held = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
-    auto* handler = held.as<OpaqueVXProtocolHandlerRef>();
-    int calls = 0;
-    VXClientContext context = {0, &calls, nullptr, nullptr, nullptr};
-    VXProtocolHandlerSetDeserializationOverride(handler, BQSTR("*"), BQSTR("v"), decline, &context);
-    Value document = blob("<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body>" +
-                          std::string(row.content) + "</e:Body></e:Envelope>");
-    Value reply = Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("m"), document));
-    EXPECT_EQ(std::exchange(calls, 0), row.callsForReply) << row.content;
-    EXPECT_NE(notation(reply.get()).find("v: '5'"), std::string::npos) << "the library reads it";
-    Value::adopt(VXProtocolHandlerCopyRequestDictionary(handler, document));
-    EXPECT_EQ(calls, row.callsForRequest) << row.content;
-  }
-}
-
 }  // namespace
