@@ -1,12 +1,12 @@
 """
 Runs the command lines of a table.
 
-A row is: NAME | COMMAND | EXIT STATUS | OUTPUT | COMPLAINT. Bash runs the command, after the beginning that the last
-line with "$ " gives; <<a, b>> makes one command with each. OUTPUT is compared as JSON if it is that. COMPLAINT has a part of
-each line on standard error, with " ... " between the lines. After "~" OUTPUT is but parts of what is printed, and
-COMPLAINT parts of a trace.
+A row is: NAME | COMMAND | EXIT STATUS | OUTPUT | COMPLAINT. Bash runs the command in a folder of its own, after the
+beginning that the last line with "$ " gives (the first part of a word if it ends in "_"); <<a, b>> makes one command with each. OUTPUT is compared as JSON if it is
+that. COMPLAINT has a part of each line on standard error, with " ... " between the lines. After "~" OUTPUT is but
+parts of what is printed, and COMPLAINT parts of a trace.
 """
-import json
+import concurrent.futures
 import os
 import re
 import socket
@@ -16,16 +16,17 @@ import tempfile
 import unittest
 import xmlrpc.client
 
-import toolcase
-from toolcase import CONTROLS, UNSHOWN, VXCALL, VXSERVE, Peer, Process, make_certificate, reply, response, soap_peer
+from toolcase import (CONTROLS, UNSHOWN, VXCALL, VXSERVE, Peer, Process, make_certificate, parsed, reply, response,
+                      soap_peer)
 
-ENVELOPE = """<?xml version="1.0"?><e:Envelope xmlns:e="http://schemas.xmlsoap.org/soap/envelope/" xmlns:i="http://www.w3.org/2001/
-XMLSchema-instance" xmlns:s="http://schemas.xmlsoap.org/soap/encoding/"><e:Body><mResponse>%s</mResponse></e:Body></e:Envelope>
-""".replace("\n", "")
+EXAMPLES = os.environ["EXAMPLES"]
+ENVELOPE = """<?xml version="1.0"?><e:Envelope xmlns:e="http://schemas.xmlsoap.org/soap/envelope/"
+xmlns:i="http://www.w3.org/2001/XMLSchema-instance" xmlns:s="http://schemas.xmlsoap.org/soap/encoding/"><e:Body>
+<mResponse>%s</mResponse></e:Body></e:Envelope>"""
 VALUE = "<?xml version='1.0'?><methodResponse><params><param><value>%s</value></param></params></methodResponse>"
 ANSWERS = {
     "/401": reply("", "401 Who"), "/404": reply("", "404 Not Found"), "/hang-up": b"",
-    "/garbage": reply("<?xml version='1.0'?><methodResponse><params></methodResponse>"),
+    "/no": response(xmlrpc.client.Fault(7, "no")),
     "/redirect": reply("", "307 Temporary Redirect", "Location: /RPC2\r\n"),
     "/fault": response(xmlrpc.client.Fault(7, "one\ntwo\x7f" + CONTROLS)),
     "/fault-like-transport": response(xmlrpc.client.Fault(-65794, "/BQStreamFault")),
@@ -42,7 +43,7 @@ def rows():
     with open(os.environ["CASES"] + ".cases", encoding="utf-8") as table:
         for line in map(str.strip, table):
             if line.startswith("$ "):
-                beginning = line[2:] + " "
+                beginning = line[2:] if line.endswith("_") else line[2:] + " "
             elif line and not line.startswith("#"):
                 name, command, *expected = map(str.strip, re.split(r"\s\|(?=\s|$)", line))
                 status, output, complaint = (expected + ["", ""])[:3]
@@ -70,32 +71,37 @@ class CasesTest(unittest.TestCase):
         peer = Peer({**ANSWERS, "/to-tls": reply("", "307 Moved", "Location: %s\r\n" % tls.url())})
         closed = socket.socket()
         closed.bind(("127.0.0.1", 0))
-        serve, soap = Process(VXSERVE, "--port", 0), soap_peer()
-        for stop in (tls.stop, peer.stop, closed.close, serve.stop, soap.stop):
+        example, serve, soap = Process(EXAMPLES + "/example_server", 0), Process(VXSERVE, "--port", 0), soap_peer()
+        for stop in (tls.stop, peer.stop, closed.close, example.stop, serve.stop, soap.stop):
             cls.addClassCleanup(stop)
-        cls.folder = folder.name
         cls.environment = {
             **os.environ, "PATH": ":".join([os.path.dirname(VXCALL), os.path.dirname(VXSERVE), os.environ["PATH"]]),
             "LC_ALL": "C.UTF-8", "peer": peer.url(""), "tls": tls.url(), "ca": certificate[0], "soap": soap.url(),
+            "examples": EXAMPLES, "example": example.url("/"),
             "serve": serve.url(""), "port": str(serve.port), "closed": "http://127.0.0.1:%d/" % closed.getsockname()[1]}
 
     def test_every_row(self):
-        for name, *row in rows():
-            with self.subTest(name, command=row[0]):
-                self.check(*row)
+        table = list(rows())
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            for (name, command, *expected), ended in zip(table, pool.map(lambda row: self.run_row(row[1]), table)):
+                with self.subTest(name, command=command):
+                    self.check(ended, *expected)
 
-    def check(self, command, status, output, complaint):
-        # `timeout` ends a tool that goes on, whatever bash has made of it.
-        run = subprocess.run(["timeout", "60", "bash", "-c", command], cwd=self.folder, env=self.environment,
-                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
-        printed, errors = run.stdout.decode(), run.stderr.decode()
+    def run_row(self, command):
+        with tempfile.TemporaryDirectory() as folder:
+            # `timeout` ends a tool that goes on, whatever bash has made of it.
+            return subprocess.run(["timeout", "60", "bash", "-c", command], cwd=folder, env=self.environment, check=False,
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def check(self, ended, status, output, complaint):
+        printed, errors = ended.stdout.decode(), ended.stderr.decode()
         output, complaint = (string.Template(text).safe_substitute(self.environment) for text in (output, complaint))
-        self.assertEqual(run.returncode, status, errors)
+        self.assertEqual(ended.returncode, status, errors)
         self.assertNotRegex(errors.replace("\r", ""), UNSHOWN)
         if output.startswith("~"):
             self.assert_parts(output[1:], printed)
         else:
-            self.assertEqual(*(toolcase.parsed(text) for text in (printed, output)), errors)
+            self.assertEqual(parsed(printed), parsed(output), errors)
         if complaint.startswith("~"):
             return self.assert_parts(complaint[1:], errors)
         lines, parts = errors.splitlines(), list(filter(None, complaint.split(" ... ")))

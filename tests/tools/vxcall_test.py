@@ -1,12 +1,9 @@
 """vxcall as a process among others: terminals, signals, secrets on the wire and in files."""
-import fcntl
 import os
 import pty
 import signal
-import struct
 import subprocess
 import tempfile
-import termios
 import unittest
 
 from toolcase import CONTROLS, ESCAPED, UNSHOWN, VXCALL, Peer, reply, response, vxcall
@@ -42,12 +39,11 @@ class RequestTest(VxcallCase):
                     peer = self.peer()
                     call = [*options, peer.url() + "?q=%20&r", "méthode.a", *parameters]
                     direct = vxcall(*call)
-                    saved = vxcall("--save", file.name, *call)
-                    self.assertEqual((saved.returncode, saved.stdout, saved.stderr), (0, "", ""))
-                    for loaded in (vxcall("--load", file.name), vxcall("--load", file.name, "--async")):
-                        self.assertEqual((loaded.returncode, loaded.stdout, loaded.stderr),
-                                         (direct.returncode, direct.stdout, direct.stderr))
-                    self.assertEqual(peer.requests, peer.requests[:1] * 3)
+                    self.assertEqual(vxcall("--save", file.name, *call).returncode, 0)
+                    loaded = vxcall("--load", file.name)
+                    self.assertEqual((loaded.returncode, loaded.stdout, loaded.stderr),
+                                     (direct.returncode, direct.stdout, direct.stderr))
+                    self.assertEqual(peer.requests, peer.requests[:1] * 2)
 
     def test_is_repeated_on_one_connection(self):
         for options in ([], ["--async"]):
@@ -75,7 +71,6 @@ class Terminal:
 
     def __init__(self, *arguments):
         self.master, slave = pty.openpty()
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
         self.seen = ""
         self.process = subprocess.Popen([VXCALL, *arguments], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                         stderr=slave, start_new_session=True)
