@@ -2,9 +2,9 @@
 Runs the command lines of a table.
 
 A row is: NAME | COMMAND | EXIT STATUS | OUTPUT | COMPLAINT. Bash runs the command in a folder of its own, after the
-beginning that the last line with "$ " gives (the first part of a word if it ends in "_"); <<a, b>> makes one command with each. OUTPUT is compared as JSON if it is
-that. COMPLAINT has a part of each line on standard error, with " ... " between the lines. After "~" OUTPUT is but
-parts of what is printed, and COMPLAINT parts of a trace.
+beginning that the last line with "$ " gives (the first part of a word if it ends in "_"). A row with <<a, b>> makes one
+command with each. OUTPUT is compared as JSON if it is that. COMPLAINT has a part of each line on standard
+error, with " ... " between the lines. After "~" OUTPUT is but parts of what is printed, and COMPLAINT parts of a trace.
 """
 import concurrent.futures
 import os

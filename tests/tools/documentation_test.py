@@ -45,7 +45,6 @@ class DocumentationTest(unittest.TestCase):
             path = os.path.join(MAN, name + ".1")
             with open(path, encoding="utf-8") as page:
                 options = MAN_OPTION.findall(page.read())
-            self.assertGreater(len(options), 5)
             self.assertEqual(sorted(options), sorted(OPTION.findall(run(program, "--help").stdout)))
             formatted = run("groff", "-mdoc", "-Tascii", "-ww", path)
             self.assertEqual((formatted.returncode, formatted.stderr), (0, ""))
