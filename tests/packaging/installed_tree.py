@@ -8,9 +8,9 @@ import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
-sys.path.insert(0, str(ROOT / "tests" / "support" / "python"))
+sys.path.insert(0, str(ROOT / "tests/support"))
 
-from peer_process import Peer  # noqa: E402
+from peers import Peer  # noqa: E402
 
 BUILD, CMAKE, CPACK, CC, CXX, LIBDIR, VERSION = (
     os.environ[name] for name in ("BUILD", "CMAKE", "CPACK", "CC", "CXX", "LIBDIR", "VERSION"))
@@ -44,32 +44,32 @@ class InstalledTreeCase(unittest.TestCase):
         cls.peer = Peer()
         cls.addClassCleanup(cls.peer.stop)
 
-    def assert_calls(self, program, **environment):
-        self.assertEqual(run(program, self.peer.url(), **environment), "5\n")
-
-    def assert_echoes(self, program, **environment):
-        self.assertEqual(run(program, self.peer.url(), "é & <b>", **environment), "é & <b>\n")
+    def assert_works(self, name, program, **environment):
+        """Whether an example does what its name says."""
+        arguments, output = {"call": ([], "5\n"), "call_in_c": (["é & <b>"], "é & <b>\n"),
+                             "call_with_ctypes": ([], "5\n"), "vxcall": (["add", "40", "2"], "42\n")}[name]
+        self.assertEqual(run(*program, self.peer.url(), *arguments, **environment), output)
 
     def pkg_config(self, *options):
         return run("pkg-config", *options, PKG_CONFIG_PATH=str(self.prefix / LIBDIR / "pkgconfig")).split()
 
-    def build_with_cmake(self, *options):
-        """The folder with the consumer's programs."""
+    def check_cmake_package(self):
         folder = self.scratch / "consumer"
         run(CMAKE, "-G", "Ninja", "-S", ROOT / "tests/packaging/consumer", "-B", folder, "-DCMAKE_PREFIX_PATH=%s" % self.prefix,
-            "-DCMAKE_C_COMPILER=%s" % CC, "-DCMAKE_CXX_COMPILER=%s" % CXX, "-DEXAMPLES=%s" % EXAMPLES, *options)
+            "-DCMAKE_C_COMPILER=%s" % CC, "-DCMAKE_CXX_COMPILER=%s" % CXX, "-DEXAMPLES=%s" % EXAMPLES)
         run(CMAKE, "--build", folder)
-        return folder
+        for name in ("call", "call_in_c"):
+            self.assert_works(name, [folder / name])
 
-    def build_with_pkg_config(self):
-        """Programs in C and C++, by name. The flags are the modules' alone."""
+    def check_pkg_config_modules(self):
+        """The flags are the modules' alone."""
+        self.assertEqual(self.pkg_config("--modversion", "orvane", "orvane-bq"), [VERSION, VERSION])
         compilers = {"call_in_c": [CC, *STRICT_C, EXAMPLES / "call_in_c.c"],
                      "call": [CXX, "-std=c++17", EXAMPLES / "call.cpp"]}
-        programs = {}
         for name, command in compilers.items():
-            programs[name] = self.scratch / ("pkg_config_" + name)
-            run(*command, "-o", programs[name], *self.pkg_config("--cflags", "--libs", "orvane"))
-        return programs
+            program = self.scratch / ("pkg_config_" + name)
+            run(*command, "-o", program, *self.pkg_config("--cflags", "--libs", "orvane"))
+            self.assert_works(name, [program], **self.library_path())
 
     def library_path(self):
         return {"LD_LIBRARY_PATH": str(self.prefix / LIBDIR)}
