@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "support/LoopbackServer.h"
+#include "LoopbackServer.h"
 
 namespace bench {
 

@@ -1,4 +1,4 @@
-#include "support/LoopbackServer.h"
+#include "LoopbackServer.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
