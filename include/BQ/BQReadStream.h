@@ -33,7 +33,10 @@ BQ_EXPORT extern const BQString* const kBQStreamPropertyTLSVerifyPeer;
  */
 BQ_EXPORT extern const BQString* const kBQStreamPropertyTLSCertificateAuthorityFile;
 
-/** Called with each event that the client asked for, on the thread of the run loop. */
+/**
+ * Called with each event that the client asked for, on the thread of the run loop. A run of the loop from
+ * inside the callback reports no further event of this stream.
+ */
 typedef void (*BQReadStreamClientCallBack)(BQReadStream* stream, BQStreamEventType event, void* info);
 
 /** What a client registers besides its function. Each function may be null. */
