@@ -54,8 +54,8 @@ BQ_EXPORT BQTypeID BQFileDescriptorGetTypeID(void);
 
 /**
  * The calling thread's run loop, made on first use, destroyed with the thread; borrowed. Sources
- * that are on it then are released without a call to their cancel function. Null while the thread
- * ends: for functions of `atexit` and destructors that run after the run loop's own.
+ * that are on it then are released without a call to their cancel function. Null after that, for
+ * destructors and functions of `atexit` that run later.
  */
 BQ_EXPORT BQRunLoop* BQRunLoopGetCurrent(void);
 

@@ -134,8 +134,8 @@ BQ_EXPORT void VXMethodInvocationUnscheduleFromRunLoop(VXMethodInvocationRef inv
  * override, an invocation cannot be invoked: the result is a fault.
  *
  * @return The result dictionary, owned by the caller; never null for an invocation. There is no
- *         time limit unless kVXMethodInvocationTimeoutValue sets one. A thread that is ending, and the
- *         main thread once `exit` runs the functions of `atexit`, gets a fault.
+ *         time limit unless kVXMethodInvocationTimeoutValue sets one. A thread whose run loop is gone,
+ *         as it may be for functions of `atexit`, gets a fault.
  */
 BQ_EXPORT const BQDictionary* VXMethodInvocationInvoke(VXMethodInvocationRef invocation);
 

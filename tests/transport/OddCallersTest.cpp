@@ -170,10 +170,9 @@ TEST(OddCallers, OverridesMayEmptyWhatIsBeingWritten) {
   }
 }
 
-/* The run loop of the thread is gone by then. */
 TEST(OddCallers, CallsAtTheExitOfTheProcessSayWhatIsWrong) {
   const auto run = [] {
-    BQRunLoopGetCurrent();
+    BQRunLoopGetCurrent(); /* which is gone when the function is called */
     std::atexit([] { std::fputs(outcomeOf(TestCall("http://127.0.0.1:1/").invoke()).c_str(), stderr); });
     std::exit(0);
   };
