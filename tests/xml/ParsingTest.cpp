@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "platform/text/EncodingTable.h"
 #include "support/Values.h"
 #include "xml/TreeAccess.h"
 
@@ -73,6 +74,18 @@ TEST(Parsing, ADocumentWithoutDeclarationIsReadInTheEncodingGiven) {
     EXPECT_EQ(parse(blob(declared), true, given).name, "a") << "UTF-16 with a declaration";
   }
   EXPECT_EQ(parse(blob("<a/>"), true, 0x7777).message, none) << "the declaration cannot be written";
+}
+
+TEST(Parsing, ADocumentIsReadInEveryEncodingThatTheHeaderNames) {
+  auto encoded = [](const char* text, BQStringEncoding encoding) {
+    return Value::adopt(BQStringCreateExternalRepresentation(string(text), encoding, 0));
+  };
+  for (const bq::EncodingRecord& encoding : bq::allEncodings()) {
+    EXPECT_EQ(parse(encoded("<a>text</a>", encoding.number), true, encoding.number).name, "a text")
+        << encoding.name.bytes;
+    std::string own = "<?xml version='1.0' encoding='"s + encoding.name.bytes + "'?><a>text</a>";
+    EXPECT_EQ(parse(encoded(own.c_str(), encoding.number), true, encoding.number).name, "a text") << own;
+  }
 }
 
 TEST(Parsing, FailureGivesTheDescriptionAndWhereItFailed) {

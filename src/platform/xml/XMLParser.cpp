@@ -75,8 +75,14 @@ bool XMLParser::readPlain() {
   return isPlain;
 }
 
+/* The plain reader checks every byte itself; expat is given checked text only. */
 bool XMLParser::readWithExpat() {
   begin();
+  if (auto bad = text_->findBadByte()) {
+    failure_ = {BQSTR("not well-formed (NUL or malformed UTF-8)"), bad->line,
+                static_cast<int64_t>(bad->offset), kBQXMLTreeStatusBadEncoding};
+    return false;
+  }
   prepareExpat();
   return feedAll();
 }
