@@ -24,11 +24,14 @@ constexpr size_t kPiece = size_t{64} << 20;
 constexpr size_t kLargestKept = size_t{1} << 20;
 
 /*
- * Entities are expanded nowhere but inside the parser, in attribute values, before they are put back
- * as written. What a document may make of itself in that way is little.
+ * Entities are expanded only inside the parser, in attribute values, before the references are put back as
+ * written. These bound the growth of a document by that.
  */
 constexpr float kMaximumAmplification = 4;
 constexpr unsigned long long kAmplificationThreshold = 1 << 20;
+
+/* The parser recurses into an entity for each that it refers to, and so through a chain of them. */
+constexpr size_t kMaximumReferringEntities = 64;
 
 /* The parser looks at every declared attribute again for each element that could have it. */
 constexpr size_t kMaximumDeclaredAttributes = 64;
@@ -95,6 +98,7 @@ bool XMLParser::readWithExpat() {
 void XMLParser::prepareExpat() {
   failure_.reset();
   declaredAttributes_ = 0;
+  referringEntities_ = 0;
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
     if (expat_ == nullptr) failAllocation(0);
@@ -112,6 +116,7 @@ void XMLParser::prepareExpat() {
   XML_SetCharacterDataHandler(expat, characterData);
   XML_SetCdataSectionHandler(expat, startCDATASection, endCDATASection);
   XML_SetSkippedEntityHandler(expat, skippedEntity);
+  XML_SetEntityDeclHandler(expat, entityDeclaration);
   XML_SetAttlistDeclHandler(expat, attributeDeclaration);
   XML_SetExternalEntityRefHandler(expat, externalEntity);
 }
@@ -184,6 +189,16 @@ void XMLParser::endCDATASection(void* self) {
 
 void XMLParser::skippedEntity(void* self, const XML_Char* name, int isParameterEntity) {
   if (isParameterEntity == 0) parserOf(self)->addEntityReference(name);
+}
+
+/* Character references in the value are already decoded: an ampersand in it begins a reference. */
+void XMLParser::entityDeclaration(void* self, const XML_Char*, int, const XML_Char* value, int length,
+                                  const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*) {
+  XMLParser* parser = parserOf(self);
+  if (value == nullptr) return; /* of an entity in a file, which is never opened */
+  bool refers = std::string_view(value, static_cast<size_t>(length)).find('&') != std::string_view::npos;
+  if (!refers || ++parser->referringEntities_ <= kMaximumReferringEntities) return;
+  parser->stop(BQSTR("too many entities that refer to others"), XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
 }
 
 void XMLParser::attributeDeclaration(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
