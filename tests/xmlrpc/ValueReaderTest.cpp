@@ -51,6 +51,7 @@ TEST(ValueReader, ReadsEachKind) {
       {"<i4>010</i4>", "8"},
       {"<int>4294967296</int>", "4294967296L"},
       {"<Int> -5 </Int>", "-5"},
+      {"<int>\n<![CDATA[5]]></int>", "5"},
       {"<i4/>", "0"},
       {"<i4>1<!-- dropped -->2</i4>", "12"},
       {"<i4>1&undeclared;2</i4>", "1"}, /* the first piece alone */

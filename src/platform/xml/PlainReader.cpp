@@ -134,7 +134,7 @@ bool PlainReader::readAttribute() {
 bool PlainReader::readText() {
   const char* start = next_;
   skipBlanks();
-  if (peek() == '<') return true; /* such text makes no node */
+  if (peek() == '<' && !builder_.keepsLeafText()) return true; /* such text makes no node */
   next_ = start;
   for (;;) {
     while (next_ != end_ && may(*next_, kInText)) ++next_;

@@ -10,6 +10,7 @@
 #include <BQ/BQData.h>
 #include <BQ/BQNumber.h>
 
+#include "platform/xml/LeafText.h"
 #include "platform/xml/StartTag.h"
 
 namespace bq {
@@ -47,13 +48,14 @@ XMLParser::XMLParser() {
   hashSalt_ = random() | static_cast<unsigned long>(random()) << 32 | 1;
 }
 
-const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** error) {
+const BQTree* XMLParser::parse(std::string_view bytes, bool keepsLeafText, const BQDictionary** error) {
   DocumentText text(bytes);
   if (text.error() != nullptr) {
     if (error != nullptr) *error = makeErrorDictionary({text.error(), 1, 0, kBQXMLTreeStatusBadEncoding});
     return nullptr;
   }
   text_ = &text;
+  keepsLeafText_ = keepsLeafText;
   bool parsed = readPlain() || readWithExpat();
   if (!parsed) {
     if (error != nullptr) *error = makeError();
@@ -67,7 +69,7 @@ void XMLParser::begin() {
   arena_ = Arena::create();
   names_.clear();
   infos_.clear();
-  builder_.begin(*arena_);
+  builder_.begin(*arena_, keepsLeafText_);
 }
 
 bool XMLParser::readPlain() {
@@ -263,6 +265,14 @@ void XMLParser::trim(size_t documentSize) {
   attributeTexts_ = {};
 }
 
+const BQTree* createTree(const BQData* data, bool keepsLeafText, const BQDictionary** error) {
+  thread_local XMLParser parser;
+  if (error != nullptr) *error = nullptr;
+  bool isData = isInstance(data, kDataTypeID);
+  const char* bytes = isData ? reinterpret_cast<const char*>(BQDataGetBytePtr(data)) : "";
+  return parser.parse({bytes, isData ? static_cast<size_t>(BQDataGetLength(data)) : 0}, keepsLeafText, error);
+}
+
 }  // namespace bq
 
 BQ_DEFINE_STRING(kBQXMLTreeErrorDescription, "kBQXMLTreeErrorDescription");
@@ -271,9 +281,5 @@ BQ_DEFINE_STRING(kBQXMLTreeErrorLocation, "kBQXMLTreeErrorLocation");
 BQ_DEFINE_STRING(kBQXMLTreeErrorStatusCode, "kBQXMLTreeErrorStatusCode");
 
 const BQTree* BQXMLTreeCreateFromDataWithError(const BQData* data, const BQDictionary** error) {
-  thread_local bq::XMLParser parser;
-  if (error != nullptr) *error = nullptr;
-  bool isData = bq::isInstance(data, bq::kDataTypeID);
-  const char* bytes = isData ? reinterpret_cast<const char*>(BQDataGetBytePtr(data)) : "";
-  return parser.parse({bytes, isData ? static_cast<size_t>(BQDataGetLength(data)) : 0}, error);
+  return bq::createTree(data, false, error);
 }

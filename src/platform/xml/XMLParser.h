@@ -31,7 +31,7 @@ class XMLParser {
   XMLParser();
 
   /* The tree, owned by the caller. Null if there is none; then `*error`, if asked for, says why. */
-  const BQTree* parse(std::string_view bytes, const BQDictionary** error);
+  const BQTree* parse(std::string_view bytes, bool keepsLeafText, const BQDictionary** error);
 
  private:
   struct Failure {
@@ -76,6 +76,7 @@ class XMLParser {
   std::unique_ptr<XML_ParserStruct, FreeParser> expat_;
   unsigned long hashSalt_;
   const DocumentText* text_ = nullptr;
+  bool keepsLeafText_ = false;
   Arena* arena_ = nullptr;
   NameTable names_;
   ElementInfoTable infos_;
