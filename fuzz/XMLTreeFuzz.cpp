@@ -91,11 +91,15 @@ std::string textOfDocument(const BQTree* tree) {
   return text;
 }
 
-/* A comment, which leaves a plain document to the real parser. None where it might not be one. */
+/*
+ * A comment, which leaves a plain document to the real parser. None where it might not be one: in UTF-16,
+ * UTF-32 and EBCDIC.
+ */
 std::string unusualEnd(std::string_view document) {
-  bool mayBeWide = document.find('\0') != std::string_view::npos || document.starts_with('\xFE') ||
-                   document.starts_with('\xFF');
-  return mayBeWide ? "" : "<!---->";
+  bool isASCII =
+      document.find('\0') == std::string_view::npos &&
+      (document.empty() || std::string_view("\xFE\xFF\x4C").find(document[0]) == std::string_view::npos);
+  return isASCII ? "<!---->" : "";
 }
 
 }  // namespace

@@ -19,17 +19,21 @@ BQ_EXPORT extern const BQString* const kBQXMLTreeErrorStatusCode;
 typedef enum BQXMLTreeStatus {
   /** Elements are nested deeper than 512 levels. */
   kBQXMLTreeStatusTooDeep = 1001,
-  /** The declared encoding is not known, or the bytes are malformed in it. */
+  /**
+   * The encoding is not known, or the bytes are malformed in it, contain NUL, or begin with two
+   * byte-order marks.
+   */
   kBQXMLTreeStatusBadEncoding = 1002
 } BQXMLTreeStatus;
 
 /**
- * Parses a document in the encoding that its declaration or byte-order mark names (UTF-8 without
- * either). The tree, owned by the caller, holds elements, texts, CDATA sections and entity
- * references; comments, processing instructions and the document type are dropped, as is text of
- * white space alone between two tags. Predefined entities and character references arrive decoded.
- * No entity is ever expanded and nothing is ever loaded: a reference in an attribute value stays as
- * it is written, "&name;". Attributes that only the document type supplies are left out.
+ * Parses a document in the encoding that its byte-order mark, its first bytes (UTF-16, UTF-32 and
+ * EBCDIC) or its declaration shows (UTF-8 without any). The tree, owned by the caller, holds elements,
+ * texts, CDATA sections and entity references; comments, processing instructions and the document type
+ * are dropped, as is text of white space alone between tags and CDATA sections. Predefined entities and
+ * character references arrive decoded. No entity is ever expanded and nothing is ever loaded: a
+ * reference in an attribute value stays as it is written, "&name;". Attributes that only the document
+ * type supplies are left out.
  *
  * Null if the document is not well-formed or `data` is null; then `*error`, if asked for, is a
  * dictionary with the keys above, owned by the caller. Any thread.

@@ -28,7 +28,7 @@ BQIndex findDeclaration(const BQData* data) {
   return kNoDeclaration;
 }
 
-/* The document behind a declaration made for the encoding; null if that cannot be written in it. */
+/* The document after a declaration made for the encoding; null if that cannot be written in it. */
 Owned<const BQData> withDeclaration(const BQData* data, BQStringEncoding encoding) {
   const BQString* name = BQStringConvertEncodingToIANACharSetName(encoding);
   if (name == nullptr) name = BQSTR("UTF-8");
@@ -42,13 +42,17 @@ Owned<const BQData> withDeclaration(const BQData* data, BQStringEncoding encodin
   return own(static_cast<const BQData*>(whole));
 }
 
-/* Whether the first bytes show the encoding, which the parser then goes by: a byte-order mark, or UTF-16. */
+/*
+ * Returns true if the first bytes show the encoding, which the parser then uses: a byte-order mark, or a
+ * declaration in UTF-16, UTF-32 or EBCDIC.
+ */
 bool showsEncoding(const BQData* data) {
   using namespace std::string_view_literals;
   std::string_view bytes(reinterpret_cast<const char*>(BQDataGetBytePtr(data)),
                          static_cast<size_t>(BQDataGetLength(data)));
-  constexpr std::string_view kSigns[] = {"\xEF\xBB\xBF"sv, "\xFE\xFF"sv, "\xFF\xFE"sv, "\0<\0?"sv,
-                                         "<\0?\0"sv};
+  constexpr std::string_view kSigns[] = {"\xEF\xBB\xBF"sv,   "\xFE\xFF"sv,       "\xFF\xFE"sv,
+                                         "\0\0\xFE\xFF"sv,   "\0<\0?"sv,         "<\0?\0"sv,
+                                         "\0\0\0<\0\0\0?"sv, "<\0\0\0?\0\0\0"sv, "\x4C\x6F\xA7\x94"sv};
   return std::any_of(std::begin(kSigns), std::end(kSigns),
                      [bytes](std::string_view sign) { return bytes.starts_with(sign); });
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/text/EncodingTable.h"
 #include "support/Values.h"
 #include "xml/TreeAccess.h"
 
@@ -45,6 +46,19 @@ TEST(Parsing, ReadsADocumentWithoutDeclarationInTheEncodingGivenOrNotAtAll) {
   }
   for (const char* document : {"", "text", "<?xm l?><a/>", "<a><?xm"})
     EXPECT_EQ(parse(blob(document), false, kBQStringEncodingUTF8), none) << document;
+}
+
+TEST(Parsing, ReadsADocumentInEveryEncodingThatTheHeaderNames) {
+  auto encoded = [](const std::string& text, BQStringEncoding encoding) {
+    return Value::adopt(BQStringCreateExternalRepresentation(string(text), encoding, 0));
+  };
+  for (const bq::EncodingRecord& encoding : bq::allEncodings()) {
+    const std::string own = "<?xml version='1.0' encoding='"s + encoding.name.bytes + "'?>";
+    for (const std::string& declaration : {""s, own}) {
+      EXPECT_EQ(parse(encoded(declaration + "<a>text</a>", encoding.number), true, encoding.number), "a 'text'")
+          << encoding.name.bytes << declaration;
+    }
+  }
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 
 #include "platform/plist/Base64.h"
 #include "platform/plist/DateText.h"
+#include "platform/xml/LeafText.h"
 
 namespace bq {
 namespace {
@@ -36,17 +37,18 @@ bool isElement(const BQTree* tree, std::string_view name) {
   return typeOf(tree) == kBQXMLNodeTypeElement && stringOf(tree) == name;
 }
 
-/* The only child; null if there are none or several. */
-const BQTree* onlyChild(const BQTree* tree) {
-  const BQTree* child = BQTreeGetFirstChild(tree);
-  return BQTreeGetNextSibling(child) == nullptr ? child : nullptr;
-}
-
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kWhitespace = " \t\r\n";
   size_t start = text.find_first_not_of(kWhitespace);
   if (start == std::string_view::npos) return {};
   return text.substr(start, text.find_last_not_of(kWhitespace) - start + 1);
+}
+
+/* The first child of an element in which white space has no meaning. */
+const BQTree* firstChild(const BQTree* element) {
+  const BQTree* child = BQTreeGetFirstChild(element);
+  bool isBlank = typeOf(child) == kBQXMLNodeTypeText && trimmed(stringOf(child)).empty();
+  return isBlank ? BQTreeGetNextSibling(child) : child;
 }
 
 /* A number that is the whole text, white space around it and a plus sign aside. */
@@ -76,8 +78,9 @@ const PropertyListReader::Kind PropertyListReader::kKinds[] = {
 PropertyListReader::Value PropertyListReader::readDocument(const BQTree* document) {
   const BQTree* root = BQTreeGetFirstChild(document);
   if (!isElement(root, "plist")) return fail(BQSTR("the document is no property list but <%@>"), root);
-  const BQTree* value = onlyChild(root);
-  if (value == nullptr) return fail(BQSTR("<%@> must hold one value"), root);
+  const BQTree* value = firstChild(root);
+  if (value == nullptr || BQTreeGetNextSibling(value) != nullptr)
+    return fail(BQSTR("<%@> must hold one value"), root);
   return readValue(value);
 }
 
@@ -94,8 +97,7 @@ PropertyListReader::Value PropertyListReader::readValue(const BQTree* element) {
 PropertyListReader::Value PropertyListReader::readDictionary(const BQTree* element) {
   std::vector<Value> objects;
   std::vector<BQTypeRef> keys, values;
-  for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
-       child = BQTreeGetNextSibling(child)) {
+  for (const BQTree* child = firstChild(element); child != nullptr; child = BQTreeGetNextSibling(child)) {
     if (!isElement(child, "key"))
       return fail(BQSTR("<%@> with something else where a key must stand"), element);
     Value key = readString(child);
@@ -115,8 +117,7 @@ PropertyListReader::Value PropertyListReader::readDictionary(const BQTree* eleme
 PropertyListReader::Value PropertyListReader::readArray(const BQTree* element) {
   std::vector<Value> objects;
   std::vector<BQTypeRef> values;
-  for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
-       child = BQTreeGetNextSibling(child)) {
+  for (const BQTree* child = firstChild(element); child != nullptr; child = BQTreeGetNextSibling(child)) {
     Value value = readValue(child);
     if (!value) return nullptr;
     values.push_back(value.get());
@@ -148,12 +149,12 @@ PropertyListReader::Value PropertyListReader::readReal(const BQTree* element) {
 }
 
 PropertyListReader::Value PropertyListReader::readTrue(const BQTree* element) {
-  if (BQTreeGetFirstChild(element) != nullptr) return fail(BQSTR("<%@> must be empty"), element);
+  if (firstChild(element) != nullptr) return fail(BQSTR("<%@> must be empty"), element);
   return Value::retain(kBQBooleanTrue);
 }
 
 PropertyListReader::Value PropertyListReader::readFalse(const BQTree* element) {
-  if (BQTreeGetFirstChild(element) != nullptr) return fail(BQSTR("<%@> must be empty"), element);
+  if (firstChild(element) != nullptr) return fail(BQSTR("<%@> must be empty"), element);
   return Value::retain(kBQBooleanFalse);
 }
 
@@ -207,7 +208,7 @@ static const BQString* copyParserMessage(const BQDictionary* error) {
 
 BQTypeRef BQPropertyListCreateFromXMLData(const BQData* data, const BQString** error) {
   const BQDictionary* parserError = nullptr;
-  auto tree = bq::Ref<const BQTree>::adopt(BQXMLTreeCreateFromDataWithError(data, &parserError));
+  auto tree = bq::Ref<const BQTree>::adopt(bq::createTree(data, true, &parserError));
   auto keptError = bq::Ref<const BQDictionary>::adopt(parserError);
   bq::PropertyListReader reader;
   bq::PropertyListReader::Value value = tree ? reader.readDocument(tree.get()) : nullptr;

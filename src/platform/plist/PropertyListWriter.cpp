@@ -128,15 +128,10 @@ bool PropertyListWriter::writeDictionary(const BQDictionary* dictionary, size_t 
   return true;
 }
 
-/*
- * A text of white space alone is no text to the parser, unless a CDATA section stands beside it: an
- * empty one does.
- */
 bool PropertyListWriter::writeString(std::string_view element, BQTypeRef object) {
   auto* string = static_cast<const BQString*>(object);
   std::string_view text(BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string)));
   open(element);
-  if (!text.empty() && text.find_first_not_of(" \t\r\n") == std::string_view::npos) text_ += "<![CDATA[]]>";
   if (!appendEscaped(text)) return false;
   close(element);
   return true;

@@ -87,17 +87,21 @@ void appendUTF8Character(std::string& out, char32_t character) {
 }
 
 bool isWellFormedUTF8(const char* bytes, size_t length) {
+  return measureWellFormedUTF8(bytes, length) == length;
+}
+
+size_t measureWellFormedUTF8(const char* bytes, size_t length) {
   size_t position = countASCIIPrefix(bytes, length);
   while (position < length) {
     const size_t size = measureUTF8Character(bytes + position, length - position);
-    if (size == 0) return false;
+    if (size == 0) break;
     position += size;
-    /* Text that left ASCII tends to stay outside of it: the fast scan pays only behind an ASCII byte. */
+    /* Text that left ASCII tends to stay outside it: the fast scan pays only after an ASCII byte. */
     if (position < length && static_cast<uint8_t>(bytes[position]) < 0x80) {
       position += countASCIIPrefix(bytes + position, length - position);
     }
   }
-  return true;
+  return position;
 }
 
 }  // namespace bq

@@ -8,6 +8,9 @@
 
 namespace bq {
 
+/* How many bytes come before the first character that is malformed or cut short. */
+size_t measureWellFormedUTF8(const char* bytes, size_t length);
+
 /* How many bytes at the start are ASCII. */
 size_t countASCIIPrefix(const char* bytes, size_t length);
 

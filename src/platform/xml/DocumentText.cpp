@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/text/EncodingUTF8.h"
 #include "platform/text/StringImpl.h"
 
 namespace bq {
@@ -12,26 +13,19 @@ using namespace std::string_view_literals;
 constexpr std::string_view kUTF8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view kWhitespace = " \t\r\n";
 
-/* What shows the encoding of a document in its first bytes; UTF-32 goes first, it begins like UTF-16. */
+/* Shows the encoding of a document by its first bytes. UTF-32 goes first: it begins like UTF-16. */
 struct Signature {
   std::string_view bytes;
-  BQStringEncoding encoding;
-  const char* name;
+  std::string_view name;
 };
 constexpr Signature kSignatures[] = {
-    {"\x00\x00\xFE\xFF"sv, kBQStringEncodingUTF32, "UTF-32"},
-    {"\xFF\xFE\x00\x00"sv, kBQStringEncodingUTF32, "UTF-32"},
-    {"\xFE\xFF"sv, kBQStringEncodingUTF16, "UTF-16"},
-    {"\xFF\xFE"sv, kBQStringEncodingUTF16, "UTF-16"},
-    {"\x00<"sv, kBQStringEncodingUTF16BE, "UTF-16BE"},
-    {"<\x00"sv, kBQStringEncodingUTF16LE, "UTF-16LE"},
+    {"\x00\x00\xFE\xFF"sv, "UTF-32"}, {"\xFF\xFE\x00\x00"sv, "UTF-32"}, {"\x00\x00\x00<"sv, "UTF-32BE"},
+    {"<\x00\x00\x00"sv, "UTF-32LE"},  {"\xFE\xFF"sv, "UTF-16"},         {"\xFF\xFE"sv, "UTF-16"},
+    {"\x00<"sv, "UTF-16BE"},          {"<\x00"sv, "UTF-16LE"},
 };
 
-const Signature* findSignature(std::string_view bytes) {
-  auto matches = [bytes](const Signature& signature) { return bytes.starts_with(signature.bytes); };
-  auto found = std::find_if(std::begin(kSignatures), std::end(kSignatures), matches);
-  return found == std::end(kSignatures) ? nullptr : found;
-}
+/* "<?xm" in every encoding of the EBCDIC family. */
+constexpr std::string_view kEBCDICStart = "\x4C\x6F\xA7\x94";
 
 Ref<const BQString> decoded(std::string_view bytes, BQStringEncoding encoding) {
   return Ref<const BQString>::adopt(
@@ -44,15 +38,21 @@ BQStringEncoding encodingOfName(std::string_view name) {
 }
 
 /*
- * Where UTF-16 that begins with a byte-order mark goes on in the other byte order: a declaration put
- * in front of a document of which only "UTF-16" was known. Such a mark is no character otherwise.
+ * The encoding that the declaration of a document in EBCDIC names. The whole family has letters, digits
+ * and the hyphen in the same places, but not the quotation mark.
  */
-size_t findSwappedMark(std::string_view bytes) {
-  constexpr size_t kSearched = 512;
-  for (size_t i = 2; i + 1 < std::min(bytes.size(), kSearched); i += 2) {
-    if (bytes[i] == bytes[1] && bytes[i + 1] == bytes[0]) return i;
-  }
-  return bytes.size();
+std::string declaredEBCDIC(std::string_view bytes) {
+  constexpr size_t kSearched = 256;
+  constexpr std::string_view kName = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-",
+                             kKeyword = "encoding";
+  Ref<const BQString> start = decoded(bytes.substr(0, kSearched), encodingOfName("IBM037"));
+  std::string_view text = start ? viewOf(start.get()) : "";
+  text = text.substr(0, text.find("?>"));
+  size_t keyword = text.find(kKeyword);
+  if (keyword == std::string_view::npos) return "IBM037";
+  text.remove_prefix(keyword + kKeyword.size());
+  text.remove_prefix(std::min(text.find_first_of(kName), text.size()));
+  return std::string(text.substr(0, text.find_first_not_of(kName)));
 }
 
 }  // namespace
@@ -67,24 +67,36 @@ std::string_view DocumentText::from(size_t position) const {
   return text_.substr(std::min(start, text_.size()));
 }
 
+std::optional<DocumentText::BadByte> DocumentText::findBadByte() const {
+  size_t bad = std::min(measureWellFormedUTF8(text_.data(), text_.size()), text_.find('\0'));
+  if (bad >= text_.size()) return std::nullopt;
+  std::string_view before = text_.substr(0, bad);
+  return BadByte{textStart_ + bad, 1 + std::count(before.begin(), before.end(), '\n')};
+}
+
 void DocumentText::decode(std::string_view bytes) {
+  auto matches = [bytes](const Signature& signature) { return bytes.starts_with(signature.bytes); };
+  auto signature = std::find_if(std::begin(kSignatures), std::end(kSignatures), matches);
   if (bytes.starts_with(kUTF8Mark)) {
     textStart_ = kUTF8Mark.size();
     text_ = bytes.substr(textStart_);
-  } else if (const Signature* signature = findSignature(bytes)) {
-    if (signature->encoding == kBQStringEncodingUTF16) return convertUTF16(bytes);
-    convert(bytes, signature->encoding, signature->name);
+  } else if (signature != std::end(kSignatures)) {
+    convert(bytes, signature->name);
+  } else if (bytes.starts_with(kEBCDICStart)) {
+    convert(bytes, declaredEBCDIC(bytes));
   } else {
     std::string_view name = XMLDeclaration(bytes).encoding();
     if (name.empty() || name == "UTF-8" || name == "utf-8") {
       text_ = bytes;
     } else {
-      convert(bytes, encodingOfName(name), name);
+      convert(bytes, name);
     }
   }
+  if (text_.starts_with(kUTF8Mark)) fail(BQSTR("The document begins with two byte-order marks"), "");
 }
 
-void DocumentText::convert(std::string_view bytes, BQStringEncoding encoding, std::string_view name) {
+void DocumentText::convert(std::string_view bytes, std::string_view name) {
+  BQStringEncoding encoding = encodingOfName(name);
   if (encoding == kBQStringEncodingInvalidId) return fail(BQSTR("The encoding \"%.80s\" is not known"), name);
   if (encoding == kBQStringEncodingUTF8) {
     text_ = bytes;
@@ -96,18 +108,6 @@ void DocumentText::convert(std::string_view bytes, BQStringEncoding encoding, st
   /* A declaration that could be read in ASCII can name an encoding that is nothing like it. */
   if (!text_.starts_with('<') && bytes.starts_with('<'))
     fail(BQSTR("The document is not in the encoding \"%.80s\""), name);
-}
-
-void DocumentText::convertUTF16(std::string_view bytes) {
-  size_t swapped = findSwappedMark(bytes);
-  if (swapped == bytes.size()) return convert(bytes, kBQStringEncodingUTF16, "UTF-16");
-  Ref<const BQString> first = decoded(bytes.substr(0, swapped), kBQStringEncodingUTF16);
-  Ref<const BQString> second = decoded(bytes.substr(swapped), kBQStringEncodingUTF16);
-  if (!first || !second) return fail(BQSTR("The bytes are not text in the encoding \"%.80s\""), "UTF-16");
-  BQString* joined = BQStringCreateMutableCopy(first.get());
-  BQStringAppend(joined, second.get());
-  converted_ = Ref<const BQString>::adopt(joined);
-  text_ = viewOf(joined);
 }
 
 void DocumentText::fail(const BQString* format, std::string_view name) {

@@ -4,6 +4,7 @@
 
 #include <BQ/BQString.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -15,9 +16,9 @@ namespace bq {
 class DocumentText {
  public:
   /*
-   * Finds the encoding: that of a byte-order mark or of the first bytes if they are UTF-16, else the
-   * declared one, else UTF-8. Bytes that are UTF-8 are used where they are, so they must outlive
-   * the text; whether they are well-formed is left to the parser. Others are converted.
+   * Finds the encoding: that of a byte-order mark, or of the first bytes if they show UTF-16, UTF-32 or
+   * EBCDIC, else the declared one, else UTF-8. Bytes in UTF-8 are used in place, so they must outlive the
+   * text. Others are converted.
    */
   explicit DocumentText(std::string_view bytes);
 
@@ -25,8 +26,19 @@ class DocumentText {
   const BQString* error() const { return error_.get(); }
 
   /*
+   * The offset in the data and the line of the first byte that is NUL or not well-formed UTF-8; nothing if
+   * there is none. Only then may expat see the text: it takes NUL for half of a UTF-16 character and
+   * changes the encoding.
+   */
+  struct BadByte {
+    size_t offset;
+    int64_t line;
+  };
+  std::optional<BadByte> findBadByte() const;
+
+  /*
    * The text in UTF-8 is the head and the tail. There is a head, with the declaration, only if it has
-   * to be changed or a byte-order mark stands between the two.
+   * to be changed or a byte-order mark follows it.
    */
   std::string_view head() const { return head_; }
   std::string_view tail() const { return text_.substr(tailStart_); }
@@ -39,8 +51,7 @@ class DocumentText {
 
  private:
   void decode(std::string_view bytes);
-  void convert(std::string_view bytes, BQStringEncoding encoding, std::string_view name);
-  void convertUTF16(std::string_view bytes);
+  void convert(std::string_view bytes, std::string_view name);
   void fail(const BQString* format, std::string_view name);
   void split();
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/text/EncodingUTF8.h"
+#include "platform/xml/StartTag.h"
 
 namespace bq {
 namespace {
@@ -52,15 +53,6 @@ bool isAllowed(char32_t c) {
 
 bool isUTF8(std::string_view encoding) {
   return encoding == "UTF-8" || encoding == "utf-8";
-}
-
-/* NUL if it is none of the predefined ones. */
-char predefinedEntity(std::string_view name) {
-  if (name == "amp") return '&';
-  if (name == "lt") return '<';
-  if (name == "gt") return '>';
-  if (name == "quot") return '"';
-  return name == "apos" ? '\'' : '\0';
 }
 
 }  // namespace
@@ -142,7 +134,7 @@ bool PlainReader::readAttribute() {
 bool PlainReader::readText() {
   const char* start = next_;
   skipBlanks();
-  if (peek() == '<') return true; /* such text makes no node */
+  if (peek() == '<' && !builder_.keepsLeafText()) return true; /* such text makes no node */
   next_ = start;
   for (;;) {
     while (next_ != end_ && may(*next_, kInText)) ++next_;

@@ -9,18 +9,22 @@
 
 namespace bq {
 
-/* Walks the attributes of a start tag that is known to be well-formed. */
+/* Walks the attributes of a start tag. Any bytes are accepted; those of no tag have values without meaning.
+ */
 class StartTag {
  public:
   /* `tag` begins with "<". */
   explicit StartTag(std::string_view tag);
 
-  /* The value of the next attribute, between its quotes. */
+  /* The value of the next attribute, between its quotes; empty if there is none. */
   std::string_view nextValue();
 
  private:
   std::string_view rest_;
 };
+
+/* The character of a predefined entity; NUL for any other name. */
+char predefinedEntity(std::string_view name);
 
 /*
  * The text of a value in which references to entities stay as written: "&name;". Characters that are

@@ -16,13 +16,14 @@ bool isBlank(std::string_view text) {
 
 }  // namespace
 
-void TreeBuilder::begin(Arena& arena) {
+void TreeBuilder::begin(Arena& arena, bool keepsLeafText) {
   arena_ = &arena;
+  keepsLeafText_ = keepsLeafText;
   treeTypeID_ = BQTreeGetTypeID();
   nodeTypeID_ = BQXMLNodeGetTypeID();
   textLength_ = 0;
   textIsBlank_ = true;
-  textFollowsContent_ = false;
+  keepsBlanksAfter_ = false;
   depth_ = 0;
   BQTree* document = nullptr;
   levels_[0].nextChild = &document;
@@ -39,7 +40,9 @@ bool TreeBuilder::startElement(const BQString* name, const BQXMLElementInfo* inf
 }
 
 void TreeBuilder::endElement() {
-  finishText(false);
+  const Level& level = levels_[depth_];
+  finishText(keepsLeafText_ && level.nextChild == &level.position->firstChild);
+  keepsBlanksAfter_ = false;
   --depth_;
 }
 
@@ -51,7 +54,7 @@ void TreeBuilder::appendText(std::string_view text) {
 }
 
 void TreeBuilder::startCDATASection() {
-  finishText(true);
+  finishText(keepsLeafText_);
 }
 
 void TreeBuilder::endCDATASection() {
@@ -85,13 +88,13 @@ void TreeBuilder::appendTextNode(BQXMLNodeTypeCode type) {
   textIsBlank_ = true;
 }
 
-void TreeBuilder::finishText(bool beforeContent) {
+void TreeBuilder::finishText(bool keepsBlanks) {
   if (textLength_ != 0) {
-    if (!textIsBlank_ || beforeContent || textFollowsContent_) appendTextNode(kBQXMLNodeTypeText);
+    if (!textIsBlank_ || keepsBlanks || keepsBlanksAfter_) appendTextNode(kBQXMLNodeTypeText);
     textLength_ = 0;
     textIsBlank_ = true;
   }
-  textFollowsContent_ = beforeContent;
+  keepsBlanksAfter_ = keepsBlanks;
 }
 
 }  // namespace bq

@@ -17,8 +17,14 @@ inline constexpr size_t kMaximumElementDepth = 512;
 
 class TreeBuilder {
  public:
-  /* Begins a document, whose memory the arena gives. */
-  void begin(Arena& arena);
+  /*
+   * Begins a document, whose memory the arena gives. Text of white space alone makes a node beside a
+   * reference to an entity; with `keepsLeafText` also beside a CDATA section and as all that an element
+   * holds.
+   */
+  void begin(Arena& arena, bool keepsLeafText);
+
+  bool keepsLeafText() const { return keepsLeafText_; }
 
   /* False, without effect, if the element is nested too deep. */
   bool startElement(const BQString* name, const BQXMLElementInfo* info);
@@ -42,7 +48,7 @@ class TreeBuilder {
 
   BQTree* append(BQXMLNodeTypeCode type, const BQString* string, const BQXMLElementInfo* info);
   void appendTextNode(BQXMLNodeTypeCode type);
-  void finishText(bool beforeContent);
+  void finishText(bool keepsBlanks);
 
   Arena* arena_ = nullptr;
   BQTypeID treeTypeID_ = 0;
@@ -52,8 +58,9 @@ class TreeBuilder {
   std::vector<char> text_;
   size_t textLength_ = 0;
   bool textIsBlank_ = true;
-  /* Whether a CDATA section or an entity reference stands in front of it. */
-  bool textFollowsContent_ = false;
+  /* True if what comes before it makes a node of it even if it is blank. */
+  bool keepsBlanksAfter_ = false;
+  bool keepsLeafText_ = false;
 
   size_t depth_ = 0;
   std::array<Level, kMaximumElementDepth + 1> levels_{};

@@ -64,11 +64,15 @@ void XMLDeclaration::read(std::string_view document) {
   if (end == std::string_view::npos) return;
   length_ = end + kEnd.size();
   std::string_view text = document.substr(0, length_);
+  bool inCapitals = text.substr(2, 3) == "XML";
   replace(text, 0, kStart);
   size_t position = kStart.size();
   Attribute attribute;
   while (readAttribute(text, position, attribute)) {
     std::string name = lowered(attribute.name);
+    bool isCapital = std::none_of(attribute.name.begin(), attribute.name.end(),
+                                  [](char c) { return c >= 'a' && c <= 'z'; });
+    if (name != attribute.name && !(inCapitals && isCapital)) break;
     replace(text, attribute.nameStart, name);
     if (name == "encoding") encoding_ = attribute.value;
     if (name == "standalone" && attribute.value == "yes") {

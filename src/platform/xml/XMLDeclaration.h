@@ -11,8 +11,9 @@ namespace bq {
 class XMLDeclaration {
  public:
   /*
-   * Looks for a declaration at the very start of a document in ASCII or a superset of it. Letters of
-   * either case count. A declaration that is not well-formed is read up to the fault.
+   * Looks for a declaration at the very start of a document in ASCII or a superset of it. "xml" may be in
+   * any case; in "<?XML" the keywords may be in capitals too. A declaration that is not well-formed is read
+   * up to the fault.
    */
   explicit XMLDeclaration(std::string_view document);
 

@@ -10,6 +10,7 @@
 #include <BQ/BQData.h>
 #include <BQ/BQNumber.h>
 
+#include "platform/xml/LeafText.h"
 #include "platform/xml/StartTag.h"
 
 namespace bq {
@@ -24,11 +25,14 @@ constexpr size_t kPiece = size_t{64} << 20;
 constexpr size_t kLargestKept = size_t{1} << 20;
 
 /*
- * Entities are expanded nowhere but inside the parser, in attribute values, before they are put back
- * as written. What a document may make of itself in that way is little.
+ * Entities are expanded only inside the parser, in attribute values, before the references are put back as
+ * written. These bound the growth of a document by that.
  */
 constexpr float kMaximumAmplification = 4;
 constexpr unsigned long long kAmplificationThreshold = 1 << 20;
+
+/* The parser recurses into an entity for each that it refers to, and so through a chain of them. */
+constexpr size_t kMaximumReferringEntities = 64;
 
 /* The parser looks at every declared attribute again for each element that could have it. */
 constexpr size_t kMaximumDeclaredAttributes = 64;
@@ -44,13 +48,14 @@ XMLParser::XMLParser() {
   hashSalt_ = random() | static_cast<unsigned long>(random()) << 32 | 1;
 }
 
-const BQTree* XMLParser::parse(std::string_view bytes, const BQDictionary** error) {
+const BQTree* XMLParser::parse(std::string_view bytes, bool keepsLeafText, const BQDictionary** error) {
   DocumentText text(bytes);
   if (text.error() != nullptr) {
     if (error != nullptr) *error = makeErrorDictionary({text.error(), 1, 0, kBQXMLTreeStatusBadEncoding});
     return nullptr;
   }
   text_ = &text;
+  keepsLeafText_ = keepsLeafText;
   bool parsed = readPlain() || readWithExpat();
   if (!parsed) {
     if (error != nullptr) *error = makeError();
@@ -64,7 +69,7 @@ void XMLParser::begin() {
   arena_ = Arena::create();
   names_.clear();
   infos_.clear();
-  builder_.begin(*arena_);
+  builder_.begin(*arena_, keepsLeafText_);
 }
 
 bool XMLParser::readPlain() {
@@ -75,8 +80,14 @@ bool XMLParser::readPlain() {
   return isPlain;
 }
 
+/* The plain reader checks every byte itself; expat is given checked text only. */
 bool XMLParser::readWithExpat() {
   begin();
+  if (auto bad = text_->findBadByte()) {
+    failure_ = {BQSTR("not well-formed (NUL or malformed UTF-8)"), bad->line,
+                static_cast<int64_t>(bad->offset), kBQXMLTreeStatusBadEncoding};
+    return false;
+  }
   prepareExpat();
   return feedAll();
 }
@@ -89,6 +100,7 @@ bool XMLParser::readWithExpat() {
 void XMLParser::prepareExpat() {
   failure_.reset();
   declaredAttributes_ = 0;
+  referringEntities_ = 0;
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
     if (expat_ == nullptr) failAllocation(0);
@@ -106,6 +118,7 @@ void XMLParser::prepareExpat() {
   XML_SetCharacterDataHandler(expat, characterData);
   XML_SetCdataSectionHandler(expat, startCDATASection, endCDATASection);
   XML_SetSkippedEntityHandler(expat, skippedEntity);
+  XML_SetEntityDeclHandler(expat, entityDeclaration);
   XML_SetAttlistDeclHandler(expat, attributeDeclaration);
   XML_SetExternalEntityRefHandler(expat, externalEntity);
 }
@@ -180,6 +193,16 @@ void XMLParser::skippedEntity(void* self, const XML_Char* name, int isParameterE
   if (isParameterEntity == 0) parserOf(self)->addEntityReference(name);
 }
 
+/* Character references in the value are already decoded: an ampersand in it begins a reference. */
+void XMLParser::entityDeclaration(void* self, const XML_Char*, int, const XML_Char* value, int length,
+                                  const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*) {
+  XMLParser* parser = parserOf(self);
+  if (value == nullptr) return; /* of an entity in a file, which is never opened */
+  bool refers = std::string_view(value, static_cast<size_t>(length)).find('&') != std::string_view::npos;
+  if (!refers || ++parser->referringEntities_ <= kMaximumReferringEntities) return;
+  parser->stop(BQSTR("too many entities that refer to others"), XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
+}
+
 void XMLParser::attributeDeclaration(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
                                      const XML_Char*, int) {
   XMLParser* parser = parserOf(self);
@@ -242,6 +265,14 @@ void XMLParser::trim(size_t documentSize) {
   attributeTexts_ = {};
 }
 
+const BQTree* createTree(const BQData* data, bool keepsLeafText, const BQDictionary** error) {
+  thread_local XMLParser parser;
+  if (error != nullptr) *error = nullptr;
+  bool isData = isInstance(data, kDataTypeID);
+  const char* bytes = isData ? reinterpret_cast<const char*>(BQDataGetBytePtr(data)) : "";
+  return parser.parse({bytes, isData ? static_cast<size_t>(BQDataGetLength(data)) : 0}, keepsLeafText, error);
+}
+
 }  // namespace bq
 
 BQ_DEFINE_STRING(kBQXMLTreeErrorDescription, "kBQXMLTreeErrorDescription");
@@ -250,9 +281,5 @@ BQ_DEFINE_STRING(kBQXMLTreeErrorLocation, "kBQXMLTreeErrorLocation");
 BQ_DEFINE_STRING(kBQXMLTreeErrorStatusCode, "kBQXMLTreeErrorStatusCode");
 
 const BQTree* BQXMLTreeCreateFromDataWithError(const BQData* data, const BQDictionary** error) {
-  thread_local bq::XMLParser parser;
-  if (error != nullptr) *error = nullptr;
-  bool isData = bq::isInstance(data, bq::kDataTypeID);
-  const char* bytes = isData ? reinterpret_cast<const char*>(BQDataGetBytePtr(data)) : "";
-  return parser.parse({bytes, isData ? static_cast<size_t>(BQDataGetLength(data)) : 0}, error);
+  return bq::createTree(data, false, error);
 }

@@ -31,7 +31,7 @@ class XMLParser {
   XMLParser();
 
   /* The tree, owned by the caller. Null if there is none; then `*error`, if asked for, says why. */
-  const BQTree* parse(std::string_view bytes, const BQDictionary** error);
+  const BQTree* parse(std::string_view bytes, bool keepsLeafText, const BQDictionary** error);
 
  private:
   struct Failure {
@@ -50,6 +50,9 @@ class XMLParser {
   static void startCDATASection(void* self);
   static void endCDATASection(void* self);
   static void skippedEntity(void* self, const XML_Char* name, int isParameterEntity);
+  static void entityDeclaration(void* self, const XML_Char* name, int isParameterEntity,
+                                const XML_Char* value, int length, const XML_Char* base,
+                                const XML_Char* systemID, const XML_Char* publicID, const XML_Char* notation);
   static void attributeDeclaration(void* self, const XML_Char* element, const XML_Char* attribute,
                                    const XML_Char* type, const XML_Char* value, int isRequired);
   static int externalEntity(XML_Parser parser, const XML_Char* context, const XML_Char* base,
@@ -73,12 +76,14 @@ class XMLParser {
   std::unique_ptr<XML_ParserStruct, FreeParser> expat_;
   unsigned long hashSalt_;
   const DocumentText* text_ = nullptr;
+  bool keepsLeafText_ = false;
   Arena* arena_ = nullptr;
   NameTable names_;
   ElementInfoTable infos_;
   TreeBuilder builder_;
   PlainReader plain_{names_, infos_, builder_};
   size_t declaredAttributes_ = 0;
+  size_t referringEntities_ = 0;
   /* Why the parser was stopped, and where: it goes on a little after that. */
   std::optional<Failure> failure_;
   std::vector<Attribute> attributes_;

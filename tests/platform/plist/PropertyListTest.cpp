@@ -194,6 +194,9 @@ TEST(PropertyList, ReadsWhatOthersWrite) {
       {"<data>\n\tYW\n Jj </data>", blob("abc")},
       {"<string>a<![CDATA[<b>]]>c&amp;<!-- no -->d</string>", string("a<b>c&d")},
       {"<string/>", string("")},
+      {"<string> <![CDATA[]]>\n</string>", string(" \n")},
+      {"<dict> </dict>", dictionary({})},
+      {"<array>\n<true>\n</true>\n</array>", list({kYes})},
       {"<string attribute='ignored'>x</string>", string("x")},
       {"<array> <true/> <!-- --> <false></false> </array>", list({kYes, kNo})},
       {"<dict><key>k</key><integer>1</integer><key>k</key><integer>2</integer></dict>",
@@ -215,7 +218,7 @@ TEST(PropertyList, RefusesToReadNonsense) {
     std::vector<const char*> contents;
   };
   const Row rows[] = {
-      {"plist", {"", "x", "&e;", "<true/><true/>", "<x/>", "<Dict/>", "<key>k</key>", "<plist/>"}},
+      {"plist", {"", " ", "x", "&e;", "<true/><true/>", "<x/>", "<Dict/>", "<key>k</key>", "<plist/>"}},
       {"true", {"x", "<true/>"}},
       {"false", {"x", "<true/>"}},
       {"string", {"<true/>", "&e;"}},
