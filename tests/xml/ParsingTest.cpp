@@ -55,7 +55,8 @@ TEST(Parsing, ReadsADocumentInEveryEncodingThatTheHeaderNames) {
   for (const bq::EncodingRecord& encoding : bq::allEncodings()) {
     const std::string own = "<?xml version='1.0' encoding='"s + encoding.name.bytes + "'?>";
     for (const std::string& declaration : {""s, own}) {
-      EXPECT_EQ(parse(encoded(declaration + "<a>text</a>", encoding.number), true, encoding.number), "a 'text'")
+      EXPECT_EQ(parse(encoded(declaration + "<a>text</a>", encoding.number), true, encoding.number),
+                "a 'text'")
           << encoding.name.bytes << declaration;
     }
   }
