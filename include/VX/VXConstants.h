@@ -107,6 +107,12 @@ BQ_EXPORT extern const BQString* const kVXHTTPCertificateAuthorityFile;
  */
 BQ_EXPORT extern const BQString* const kVXHTTPReplySizeLimit;
 /**
+ * "/VXHTTPConnectionLimit": a number: the most connections that the calling thread has at the same time, from
+ * this call on; further calls wait in order. Unset or not above 0: all but a quarter of the descriptors that
+ * the process may have, at most 16,384.
+ */
+BQ_EXPORT extern const BQString* const kVXHTTPConnectionLimit;
+/**
  * "kVXMethodInvocationTimeoutValue": a number: the most whole seconds that the exchange may
  * take; none if unset or not above 0.
  */

@@ -202,8 +202,6 @@ void HTTPClosureSource::readStreamCallback(BQStreamEventType event) {
   }
   if (isFinished()) {
     if (gVXDebugVerbose != 0) _vxLogf("We shouldn't be serviging any more callback signals");
-    /* Bytes that nobody reads would be reported for ever. */
-    BQReadStreamSetClient(readStream.get(), kReadStreamReleventEvents, nullptr, nullptr);
     return;
   }
   switch (event) {
@@ -313,8 +311,10 @@ void HTTPClosureSource::timedOut() {
   signal();
 }
 
+/* The stream gives up its connection or its place in the queue. */
 void HTTPClosureSource::finish() {
   disarmTimer();
+  BQReadStreamClose(readStream.get());
   ClosureSource::finish();
 }
 

@@ -58,13 +58,15 @@ void setProxy(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
   BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPProxy, settings.get());
 }
 
-void setReplySizeLimit(WebServiceMethodInvocation* invocation, BQReadStream* stream) {
-  BQTypeRef value = invocation->getPropertyOfType(kVXHTTPReplySizeLimit, BQNumberGetTypeID());
-  int64_t bytes = 0;
-  BQNumberGetValue(static_cast<const BQNumber*>(value), kBQNumberSInt64Type, &bytes);
-  if (bytes <= 0) return;
-  auto limit = own(BQNumberCreate(kBQNumberSInt64Type, &bytes));
-  BQReadStreamSetProperty(stream, kBQStreamPropertyHTTPMaximumReplySize, limit.get());
+/* A number that is not above 0 sets no limit. */
+void setLimit(WebServiceMethodInvocation* invocation, const BQString* key, BQReadStream* stream,
+              const BQString* streamKey) {
+  BQTypeRef value = invocation->getPropertyOfType(key, BQNumberGetTypeID());
+  int64_t number = 0;
+  BQNumberGetValue(static_cast<const BQNumber*>(value), kBQNumberSInt64Type, &number);
+  if (number <= 0) return;
+  auto limit = own(BQNumberCreate(kBQNumberSInt64Type, &number));
+  BQReadStreamSetProperty(stream, streamKey, limit.get());
 }
 
 }  // namespace
@@ -124,7 +126,8 @@ void configureStream(WebServiceMethodInvocation* invocation, BQReadStream* strea
   BQReadStreamSetProperty(
       stream, kBQStreamPropertyTLSCertificateAuthorityFile,
       invocation->getPropertyOfType(kVXHTTPCertificateAuthorityFile, BQStringGetTypeID()));
-  setReplySizeLimit(invocation, stream);
+  setLimit(invocation, kVXHTTPReplySizeLimit, stream, kBQStreamPropertyHTTPMaximumReplySize);
+  setLimit(invocation, kVXHTTPConnectionLimit, stream, kBQStreamPropertyHTTPConnectionLimit);
 }
 
 }  // namespace vx

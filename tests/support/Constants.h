@@ -35,6 +35,7 @@ inline const std::pair<const BQString*, const char*> kConstants[] = {
     {kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders"},
     {kVXHTTPCertificateAuthorityFile, "/VXHTTPCertificateAuthorityFile"},
     {kVXHTTPReplySizeLimit, "/VXHTTPReplySizeLimit"},
+    {kVXHTTPConnectionLimit, "/VXHTTPConnectionLimit"},
     {kVXAuthInfo, "/VXHTTPAuthInfo"},
     {kVXAuthInfo_user, "username"},
     {kVXAuthInfo_password, "password"},

@@ -25,6 +25,7 @@ BQ_DEFINE_STRING(kVXHTTPProxy, "/VXHTTPProxy");
 BQ_DEFINE_STRING(kVXHTTPExtraHeaders, "/VXHTTPExtraHeaders");
 BQ_DEFINE_STRING(kVXHTTPCertificateAuthorityFile, "/VXHTTPCertificateAuthorityFile");
 BQ_DEFINE_STRING(kVXHTTPReplySizeLimit, "/VXHTTPReplySizeLimit");
+BQ_DEFINE_STRING(kVXHTTPConnectionLimit, "/VXHTTPConnectionLimit");
 BQ_DEFINE_STRING(kVXMethodInvocationTimeoutValue, "kVXMethodInvocationTimeoutValue");
 
 BQ_DEFINE_STRING(kVXAuthInfo, "/VXHTTPAuthInfo");

@@ -21,6 +21,7 @@ BQ_DEFINE_STRING(kBQStreamPropertyHTTPProxyPort, "kBQStreamPropertyHTTPProxyPort
 BQ_DEFINE_STRING(kBQStreamPropertyHTTPShouldAutoredirect, "kBQStreamPropertyHTTPShouldAutoredirect");
 BQ_DEFINE_STRING(kBQStreamPropertyHTTPResponseHeader, "kBQStreamPropertyHTTPResponseHeader");
 BQ_DEFINE_STRING(kBQStreamPropertyHTTPMaximumReplySize, "kBQStreamPropertyHTTPMaximumReplySize");
+BQ_DEFINE_STRING(kBQStreamPropertyHTTPConnectionLimit, "kBQStreamPropertyHTTPConnectionLimit");
 BQ_DEFINE_STRING(kBQStreamPropertyTLSVerifyPeer, "kBQStreamPropertyTLSVerifyPeer");
 BQ_DEFINE_STRING(kBQStreamPropertyTLSCertificateAuthorityFile,
                  "kBQStreamPropertyTLSCertificateAuthorityFile");
@@ -74,10 +75,11 @@ BQStreamError checkAuthorityFile(const std::string& path) {
   return isUsable ? kNoError : kUnusable;
 }
 
-/* False for a number that is no size. */
-bool readSize(BQTypeRef number, int64_t& size) {
-  bool isExact = BQNumberGetValue(static_cast<const BQNumber*>(number), kBQNumberSInt64Type, &size);
-  return isExact && size >= 0;
+/* True if the property is unset or an integer that is at least as large. */
+bool readInteger(BQTypeRef number, int64_t smallest, int64_t& result) {
+  if (number == nullptr) return true;
+  bool isExact = BQNumberGetValue(static_cast<const BQNumber*>(number), kBQNumberSInt64Type, &result);
+  return isExact && result >= smallest;
 }
 
 }  // namespace
@@ -87,6 +89,7 @@ const std::array<StreamProperties::Kind, StreamProperties::kCount> StreamPropert
     {kBQStreamPropertyHTTPProxy, kDictionaryTypeID},
     {kBQStreamPropertyHTTPShouldAutoredirect, kBooleanTypeID},
     {kBQStreamPropertyHTTPMaximumReplySize, kNumberTypeID},
+    {kBQStreamPropertyHTTPConnectionLimit, kNumberTypeID},
     {kBQStreamPropertyTLSVerifyPeer, kBooleanTypeID},
     {kBQStreamPropertyTLSCertificateAuthorityFile, kStringTypeID},
 }};
@@ -115,8 +118,8 @@ BQStreamError StreamProperties::readInto(TransferOptions& options) const {
     options.connection.proxy = readProxy(static_cast<const BQDictionary*>(proxy));
     if (options.connection.proxy.empty()) return httpError(kBQStreamHTTPErrorProxy);
   }
-  BQTypeRef size = values_[kMaximumReplySize].get();
-  if (size != nullptr && !readSize(size, options.maximumReplySize)) return kUnusable;
+  if (!readInteger(values_[kMaximumReplySize].get(), 0, options.maximumReplySize)) return kUnusable;
+  if (!readInteger(values_[kConnectionLimit].get(), 1, options.connectionLimit)) return kUnusable;
   options.followsRedirects = values_[kAutoredirect].get() == kBQBooleanTrue;
   options.connection.verifiesPeer = values_[kVerifyPeer].get() != kBQBooleanFalse;
   const auto* file = static_cast<const BQString*>(values_[kAuthorityFile].get());

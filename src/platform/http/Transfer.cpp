@@ -11,6 +11,9 @@
 #include "platform/http/Text.h"
 #include "platform/http/TransferEngine.h"
 
+/* Of OpenSSL, if libcurl brings it along; libbq does not depend on it. */
+extern "C" [[gnu::weak]] long SSL_CTX_ctrl(void* context, int command, long number, void* pointer);
+
 namespace bq {
 namespace {
 
@@ -21,6 +24,7 @@ constexpr size_t kMostUnread = 256 * 1024;
 constexpr int64_t kMostRedirectBody = 64 * 1024;
 constexpr int kMostRedirects = 20;
 constexpr int kMostVainReads = 4096;
+constexpr int kMostTunnelBytes = 64 * 1024;
 constexpr long kReceiveBufferSize = 32 * 1024;
 
 /* Bodies up to this size are sent by every libcurl without asking whether they are welcome. */
@@ -55,6 +59,18 @@ bool hasTwoLengths(const BQHTTPMessage& response) {
   return std::any_of(response.fields().begin(), response.fields().end(), isOther);
 }
 
+/*
+ * By default, OpenSSL handles messages of the TLS protocol itself, such as key updates, within one read for
+ * as long as they keep coming. Without automatic retries it returns to its caller after each of them.
+ */
+CURLcode limitReads(CURL*, void* context, void*) {
+  constexpr int kClearMode = 78;
+  constexpr long kAutoRetry = 4;
+  bool isOpenSSL = std::string_view(curl_version_info(CURLVERSION_NOW)->ssl_version).starts_with("OpenSSL/");
+  if (isOpenSSL && SSL_CTX_ctrl != nullptr) SSL_CTX_ctrl(context, kClearMode, kAutoRetry, nullptr);
+  return CURLE_OK;
+}
+
 /* The certificates that libcurl was built to trust. */
 const char* defaultPath(CURLINFO info, CURL* handle) {
   char* path = nullptr;
@@ -78,7 +94,8 @@ void Transfer::configureHandle() {
   set(CURLOPT_NOSIGNAL, 1L);
   /* A name that is being resolved must not hold up the thread when the transfer is stopped. */
   set(CURLOPT_QUICK_EXIT, 1L);
-  set(CURLOPT_NOPROGRESS, 1L);
+  set(CURLOPT_XFERINFOFUNCTION, onProgress);
+  set(CURLOPT_XFERINFODATA, this);
   set(CURLOPT_PROTOCOLS_STR, "http,https");
   set(CURLOPT_PATH_AS_IS, 1L);
   set(CURLOPT_BUFFERSIZE, kReceiveBufferSize);
@@ -92,13 +109,12 @@ void Transfer::configureHandle() {
   set(CURLOPT_WRITEDATA, this);
   set(CURLOPT_PREREQFUNCTION, onRequest);
   set(CURLOPT_PREREQDATA, this);
-  set(CURLOPT_OPENSOCKETFUNCTION, onOpenSocket);
+  set(CURLOPT_OPENSOCKETFUNCTION, TransferEngine::onOpenSocket);
   set(CURLOPT_OPENSOCKETDATA, this);
   /* A connection may live longer than the transfer that opened it. */
-  set(
-      CURLOPT_CLOSESOCKETFUNCTION,
-      +[](void* sockets, curl_socket_t socket) { return static_cast<SocketTable*>(sockets)->close(socket); });
-  set(CURLOPT_CLOSESOCKETDATA, &engine_.sockets());
+  set(CURLOPT_CLOSESOCKETFUNCTION, TransferEngine::onCloseSocket);
+  set(CURLOPT_CLOSESOCKETDATA, &engine_);
+  set(CURLOPT_SSL_CTX_FUNCTION, limitReads);
   configureConnection(ConnectionOptions());
 }
 
@@ -124,7 +140,6 @@ void Transfer::stop() {
   redirects_ = 0;
   isBodyDropped_ = false;
   isAtOrigin_ = true;
-  wasSentAgain_ = false;
   isPaused_ = false;
   isFinished_ = false;
   error_ = kNoError;
@@ -143,28 +158,19 @@ void Transfer::configureConnection(const ConnectionOptions& options) {
 }
 
 void Transfer::startAttempt(bool onNewConnection) {
-  replyBegan_ = false;
-  pendingError_ = 0;
-  areHeadersComplete_ = false;
-  socket_ = -1;
-  headerBytes_ = 0;
+  attempt_ = {};
   headerLines_.clear();
   location_.clear();
-  bodyBytes_ = 0;
-  lastProgress_ = 0;
-  vainReads_ = 0;
-  refusal_ = kNoError;
   isEncrypted_ = isEncryptedURL(url_);
   configureRequest();
   change(CURLOPT_FRESH_CONNECT, configured_.isConnectionNew, onNewConnection ? 1L : 0L);
-  isRunning_ = true;
+  isRunning_ = isWaiting_ = true;
   engine_.add(*this);
 }
 
 void Transfer::detach() {
-  isRunning_ = false;
-  engine_.sockets().disclaim(socket_, this);
   engine_.remove(*this);
+  isRunning_ = isWaiting_ = false;
 }
 
 void Transfer::configureRequest() {
@@ -172,6 +178,8 @@ void Transfer::configureRequest() {
   if (configured_.url != url_) set(CURLOPT_URL, (configured_.url = url_).c_str());
   change(CURLOPT_HTTP_VERSION, configured_.version,
          static_cast<long>(isVersion1_0 ? CURL_HTTP_VERSION_1_0 : CURL_HTTP_VERSION_1_1));
+  bool hasTunnel = isEncrypted_ && !connection_.proxy.empty();
+  change(CURLOPT_NOPROGRESS, configured_.hidesProgress, hasTunnel ? 0L : 1L);
   configureMethod();
   configureBody();
   configureHeaders();
@@ -231,17 +239,15 @@ void Transfer::suppress(std::string_view name) {
   if (findHeader(*request_.get(), name) == nullptr || isLeftOut(name)) headers_.suppress(name);
 }
 
+/* What was held back arrives within the call. */
 size_t Transfer::read(uint8_t* buffer, size_t size) {
   size_t count = unread_.take(buffer, size);
-  if (isPaused_ && unread_.size() <= kMostUnread / 2) resume();
+  if (isPaused_ && unread_.size() <= kMostUnread / 2) {
+    isPaused_ = false;
+    CURLcode code = curl_easy_pause(handle(), CURLPAUSE_CONT);
+    if (code != CURLE_OK) attemptEnded(code);
+  }
   return count;
-}
-
-/* What was held back arrives within the call. */
-void Transfer::resume() {
-  isPaused_ = false;
-  CURLcode code = engine_.resume(*this);
-  if (code != CURLE_OK) attemptEnded(code);
 }
 
 size_t Transfer::onHeader(char* bytes, size_t one, size_t count, void* transfer) {
@@ -253,34 +259,38 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
   return static_cast<Transfer*>(transfer)->takeBody({bytes, one * count});
 }
 
-/*
- * libcurl sends a request again, on its own, if a connection that was used before ends without a
- * reply. From here on it does so on a new connection, where it will not do it once more.
- */
-int Transfer::onRequest(void* context, char*, char*, int remotePort, int localPort) {
+/* libcurl would send the request again on any connection that it keeps, and as often as each of them ends. */
+int Transfer::onRequest(void* context, char*, char*, int, int) {
   auto* transfer = static_cast<Transfer*>(context);
-  transfer->socket_ = transfer->engine_.sockets().claim(localPort, remotePort, transfer);
+  transfer->attempt_.isSent = true;
   transfer->change(CURLOPT_FRESH_CONNECT, transfer->configured_.isConnectionNew, 1L);
   return CURL_PREREQFUNC_OK;
 }
 
-/* The part of a line that arrived before the connection ended is not seen by libcurl's own check. */
-curl_socket_t Transfer::onOpenSocket(void* context, curlsocktype, curl_sockaddr* address) {
-  auto* transfer = static_cast<Transfer*>(context);
-  if (transfer->replyBegan_) return CURL_SOCKET_BAD;
-  int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-  if (socket >= 0) transfer->engine_.sockets().addConnection(socket);
-  return socket;
+/* libcurl reads the answer of a proxy to CONNECT by single bytes, and does not return before its end. */
+int Transfer::onProgress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  Attempt& attempt = static_cast<Transfer*>(context)->attempt_;
+  return !attempt.isSent && ++attempt.tunnelBytes > kMostTunnelBytes ? 1 : 0;
 }
 
-/* One line of the headers or, behind the body, of the trailers. False ends the transfer. */
+bool Transfer::connectionOpens() {
+  attempt_.isConnectionNew = attempt_.isConnectionNew || !attempt_.isSent;
+  return !attempt_.isSent;
+}
+
+void Transfer::connectionCloses(int socket) {
+  socklen_t size = sizeof attempt_.pendingError;
+  getsockopt(socket, SOL_SOCKET, SO_ERROR, &attempt_.pendingError, &size);
+}
+
+/* One line of the headers or, after the body, of the trailers. False ends the transfer. */
 bool Transfer::takeHeader(std::string_view line) {
-  headerBytes_ += line.size();
-  if (headerBytes_ > kMostHeaderBytes) {
-    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+  attempt_.headerBytes += line.size();
+  if (attempt_.headerBytes > kMostHeaderBytes) {
+    attempt_.refusal = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return false;
   }
-  if (areHeadersComplete_) return true;
+  if (attempt_.areHeadersComplete) return true;
   bool isEnd = line == "\r\n" || line == "\n";
   if (!isEnd) headerLines_.append(line);
   return !isEnd || endHeaders();
@@ -290,15 +300,15 @@ bool Transfer::endHeaders() {
   Ref<BQHTTPMessage> response = makeReceivedResponse(headerLines_);
   headerLines_.clear();
   if (!response || hasTwoLengths(*response.get())) {
-    refusal_ = httpError(kBQStreamHTTPErrorParse);
+    attempt_.refusal = httpError(kBQStreamHTTPErrorParse);
     return false;
   }
   bool isInterim = response->statusCode / 100 == 1 && response->statusCode != 101;
   if (isInterim) return true;
-  areHeadersComplete_ = true;
+  attempt_.areHeadersComplete = true;
   const BQHTTPMessage::Field* location = findHeader(*response.get(), "Location");
   if (followsRedirects_ && location != nullptr && isRedirect(response->statusCode)) {
-    redirectStatus_ = response->statusCode;
+    attempt_.redirectStatus = response->statusCode;
     location_ = location->value;
   } else {
     response_ = std::move(response);
@@ -312,32 +322,31 @@ size_t Transfer::takeBody(std::string_view bytes) {
   bool isRedirect = !response_;
   auto size = static_cast<int64_t>(bytes.size());
   if (isRedirect) {
-    bodyBytes_ += size;
-    return bodyBytes_ <= kMostRedirectBody ? bytes.size() : 0;
+    attempt_.bodyBytes += size;
+    return attempt_.bodyBytes <= kMostRedirectBody ? bytes.size() : 0;
   }
-  if (size > maximumReplySize_ - bodyBytes_) {
-    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+  if (size > maximumReplySize_ - attempt_.bodyBytes) {
+    attempt_.refusal = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return 0;
   }
   if (unread_.size() >= kMostUnread) {
     isPaused_ = true;
-    engine_.paused();
     return CURL_WRITEFUNC_PAUSE;
   }
-  bodyBytes_ += size;
+  attempt_.bodyBytes += size;
   unread_.append(bytes.data(), bytes.size());
   notify();
   return bytes.size();
 }
 
 void Transfer::socketWasRead() {
-  if (!isRunning_ || !areHeadersComplete_) return;
-  int64_t progress = static_cast<int64_t>(headerBytes_) + bodyBytes_;
-  if (progress != lastProgress_) {
-    lastProgress_ = progress;
-    vainReads_ = 0;
-  } else if (++vainReads_ > kMostVainReads) {
-    refusal_ = httpError(kBQStreamHTTPErrorReplyTooLarge);
+  if (!isRunning_ || !attempt_.areHeadersComplete) return;
+  int64_t progress = static_cast<int64_t>(attempt_.headerBytes) + attempt_.bodyBytes;
+  if (progress != attempt_.lastProgress) {
+    attempt_.lastProgress = progress;
+    attempt_.vainReads = 0;
+  } else if (++attempt_.vainReads > kMostVainReads) {
+    attempt_.refusal = httpError(kBQStreamHTTPErrorReplyTooLarge);
     attemptEnded(CURLE_WRITE_ERROR);
   }
 }
@@ -345,12 +354,11 @@ void Transfer::socketWasRead() {
 void Transfer::attemptEnded(CURLcode code) {
   detach();
   isPaused_ = false;
-  if (areHeadersComplete_ && !response_) {
+  if (attempt_.areHeadersComplete && !response_) {
     followRedirect();
-  } else if (code == CURLE_OK && areHeadersComplete_) {
+  } else if (code == CURLE_OK && attempt_.areHeadersComplete) {
     finish(kNoError);
   } else if (mayBeSentAgain(code)) {
-    wasSentAgain_ = true;
     startAttempt(true);
   } else {
     finish(errorOfAttempt(code));
@@ -358,27 +366,26 @@ void Transfer::attemptEnded(CURLcode code) {
 }
 
 /*
- * libcurl mostly does this by itself, but not while the rest of a long body is sent, and not when
- * it did so five times before in the life of the handle.
+ * A connection that was used before may have been closed before it received the request. Whether the
+ * beginning of a status line arrived is not known.
  */
 bool Transfer::mayBeSentAgain(CURLcode code) const {
-  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR || code == CURLE_GOT_NOTHING;
-  long newConnections = 0;
-  curl_easy_getinfo(handle(), CURLINFO_NUM_CONNECTS, &newConnections);
-  return isLost && newConnections == 0 && !wasSentAgain_ && !replyBegan_ && headerBytes_ == 0;
+  bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR || code == CURLE_GOT_NOTHING ||
+                code == CURLE_COULDNT_CONNECT;
+  return isLost && attempt_.isSent && !attempt_.isConnectionNew && attempt_.headerBytes == 0;
 }
 
 BQStreamError Transfer::errorOfAttempt(CURLcode code) const {
-  if (isError(refusal_)) return refusal_;
+  if (isError(attempt_.refusal)) return attempt_.refusal;
   /* A header line that is too long. */
   if (code == CURLE_OUT_OF_MEMORY) return httpError(kBQStreamHTTPErrorReplyTooLarge);
   /* libcurl is content with headers that break off. */
   if (code == CURLE_OK) return httpError(kBQStreamHTTPErrorConnectionLost);
-  if (replyBegan_ && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
+  if (attempt_.headerBytes > 0 && (code == CURLE_GOT_NOTHING || code == CURLE_COULDNT_CONNECT)) {
     return httpError(kBQStreamHTTPErrorConnectionLost);
   }
   bool isLost = code == CURLE_SEND_ERROR || code == CURLE_RECV_ERROR;
-  if (isLost && pendingError_ != 0) return {kBQStreamErrorDomainPOSIX, pendingError_};
+  if (isLost && attempt_.pendingError != 0) return {kBQStreamErrorDomainPOSIX, attempt_.pendingError};
   return errorOfTransfer(code, handle());
 }
 
@@ -389,14 +396,13 @@ void Transfer::followRedirect() {
     finish(httpError(kBQStreamHTTPErrorRedirect));
     return;
   }
-  if (redirectStatus_ == 303) {
+  if (attempt_.redirectStatus == 303) {
     if (method_ != "HEAD") method_ = "GET";
     body_ = nullptr;
     isBodyDropped_ = true;
   }
   url_ = std::move(target.url);
   isAtOrigin_ = isAtOrigin_ && target.isSameOrigin;
-  wasSentAgain_ = false;
   startAttempt(false);
 }
 

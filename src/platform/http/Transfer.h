@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include <limits>
+#include <list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -33,10 +35,12 @@ struct ConnectionOptions {
 struct TransferOptions {
   ConnectionOptions connection;
   int64_t maximumReplySize = int64_t{1} << 30;
+  /* Of the thread. */
+  int64_t connectionLimit = std::numeric_limits<int64_t>::max();
   bool followsRedirects = false;
 };
 
-/* Who is told about a transfer. Neither function may touch any transfer before it returns. */
+/* Receives the events of a transfer. Neither function may touch any transfer before it returns. */
 struct TransferObserver {
   /* Something arrived, or the transfer ended. */
   void (*changed)(void* context) = nullptr;
@@ -57,10 +61,10 @@ class Transfer {
 
   void begin(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer);
 
-  /* Breaks off what is under way and forgets everything but the memory. */
+  /* Stops what is under way and forgets everything but the handle and its memory. */
   void stop();
 
-  /* Whether the handle may serve another request. */
+  /* Whether the handle can serve another request. */
   bool isReusable() const { return !isError(error_); }
 
   /* The final response, once its headers have arrived. */
@@ -72,16 +76,19 @@ class Transfer {
   const TransferObserver& observer() const { return observer_; }
 
   /* For the engine. */
+  std::list<Transfer>::iterator position;
+  int socket = 0;
+  TransferEngine& engine() const { return engine_; }
   CURL* handle() const { return handle_.get(); }
-  bool isEncrypted() const { return isEncrypted_; }
+  bool isWaiting() const { return isWaiting_; }
+  void leaveQueue() { isWaiting_ = false; }
   bool isPaused() const { return isPaused_; }
   void attemptEnded(CURLcode code);
-  /* Ends a reply of which many reads in a row bring nothing: a chunk's extension has no limit of its own. */
+  /* Ends a reply when many reads in a row bring nothing: libcurl does not limit the extension of a chunk. */
   void socketWasRead();
-  void connectionClosed(bool hadData, int pendingError) {
-    replyBegan_ = replyBegan_ || hadData;
-    pendingError_ = pendingError;
-  }
+  /* False once the request was sent: it is sent again only by mayBeSentAgain(). */
+  bool connectionOpens();
+  void connectionCloses(int socket);
 
  private:
   struct HandleDeleter {
@@ -91,7 +98,7 @@ class Transfer {
   static size_t onHeader(char* bytes, size_t one, size_t count, void* transfer);
   static size_t onBody(char* bytes, size_t one, size_t count, void* transfer);
   static int onRequest(void* transfer, char*, char*, int, int);
-  static curl_socket_t onOpenSocket(void* transfer, curlsocktype, curl_sockaddr* address);
+  static int onProgress(void* transfer, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
 
   template <class Value>
   void set(CURLoption option, Value value) {
@@ -121,13 +128,12 @@ class Transfer {
   bool mayBeSentAgain(CURLcode code) const;
   BQStreamError errorOfAttempt(CURLcode code) const;
   void followRedirect();
-  void resume();
   void finish(BQStreamError error);
   void notify() const { observer_.changed(observer_.context); }
 
   TransferEngine& engine_;
   std::unique_ptr<CURL, HandleDeleter> handle_;
-  /* For which the handle is configured at present: it keeps its options from request to request. */
+  /* What the handle is configured for at present: it keeps its options from request to request. */
   struct Configured {
     std::string url;
     std::string method;
@@ -135,6 +141,7 @@ class Transfer {
     long version = CURL_HTTP_VERSION_NONE;
     curl_off_t largestBody = 0;
     long isConnectionNew = 0;
+    long hidesProgress = 1;
   };
   Configured configured_;
   ConnectionOptions connection_;
@@ -145,7 +152,7 @@ class Transfer {
   int64_t maximumReplySize_ = 0;
   bool followsRedirects_ = false;
 
-  /* What is asked for; a redirect changes it. */
+  /* What is requested; a redirect changes it. */
   std::string url_;
   std::string method_;
   Ref<const BQData> body_;
@@ -154,23 +161,26 @@ class Transfer {
   bool isAtOrigin_ = true;
   bool isEncrypted_ = false;
 
-  /* How far the present attempt is. */
   bool isRunning_ = false;
-  bool wasSentAgain_ = false;
-  bool replyBegan_ = false;
-  /* Of a connection that failed and was not read any more. */
-  int pendingError_ = 0;
-  bool areHeadersComplete_ = false;
-  int socket_ = -1;
-  size_t headerBytes_ = 0;
+  bool isWaiting_ = false;
+  struct Attempt {
+    bool isConnectionNew = false;
+    bool isSent = false;
+    /* Of a connection that failed and was not read any more. */
+    int pendingError = 0;
+    bool areHeadersComplete = false;
+    size_t headerBytes = 0;
+    BQIndex redirectStatus = 0;
+    int64_t bodyBytes = 0;
+    /* How much had arrived at the last read that brought something, and the reads since then. */
+    int64_t lastProgress = 0;
+    int vainReads = 0;
+    int tunnelBytes = 0;
+    BQStreamError refusal = kNoError;
+  };
+  Attempt attempt_;
   std::string headerLines_;
-  BQIndex redirectStatus_ = 0;
   std::string location_;
-  int64_t bodyBytes_ = 0;
-  /* How much had arrived at the last read that brought something, and the reads since then. */
-  int64_t lastProgress_ = 0;
-  int vainReads_ = 0;
-  BQStreamError refusal_ = kNoError;
 
   /* What is there for the reader. */
   Ref<BQHTTPMessage> response_;

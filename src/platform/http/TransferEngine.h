@@ -1,11 +1,13 @@
 /*
- * Drives the transfers of one thread on its run loop. Connections are shared by all of them, in
- * whatever modes they run.
+ * Drives the transfers of one thread on its run loop. All of them share the thread's connections, whatever
+ * modes they run in.
  */
 #ifndef BQ_HTTP_TRANSFER_ENGINE_H
 #define BQ_HTTP_TRANSFER_ENGINE_H
 
-#include <deque>
+#include <sys/epoll.h>
+
+#include <list>
 #include <memory>
 #include <vector>
 
@@ -13,7 +15,6 @@
 
 #include <curl/curl.h>
 
-#include "platform/http/SocketTable.h"
 #include "platform/http/Transfer.h"
 #include "platform/object/Object.h"
 
@@ -30,36 +31,42 @@ class TransferEngine {
   TransferEngine& operator=(const TransferEngine&) = delete;
 
   /*
-   * Called before a stream is worked on. In a child of the process the engine that the thread had is
-   * the parent's: its streams are lost, and it is kept without being used, since freeing it would end
-   * connections that the parent goes on with.
+   * Called before a stream is worked on. After a fork, the child's thread still has the parent's engine. The
+   * child marks its streams as lost and keeps the engine without using it: freeing it would end connections
+   * that the parent still uses.
    */
   static void enterProcess();
   void abandon();
 
   /*
-   * Starts a transfer, as far as it goes without waiting. It belongs to the engine and is given
+   * Starts a transfer and takes it as far as it goes without waiting. The engine owns it until it is given
    * back with release(). Null if there is no memory for it.
    */
   Transfer* start(Ref<BQHTTPMessage> request, const TransferOptions& options, TransferObserver observer);
   void release(Transfer* transfer);
 
-  /* Transfers go on while the run loop runs in a mode that was retained more often than released. */
+  /* Transfers proceed while the run loop runs in a mode that was retained more often than released. */
   void retainMode(const BQString* mode);
   void releaseMode(const BQString* mode);
 
-  /* For the transfers. One that is added waits until there is room for its connection. */
+  /* For the transfers. One that is added waits in order until a connection is allowed. */
   void add(Transfer& transfer);
   void remove(Transfer& transfer);
-  /* One that waits for its reader leaves its room to others: the reader may wait for them. */
-  void paused() { --atWork_; }
-  CURLcode resume(Transfer& transfer);
-  SocketTable& sockets() { return sockets_; }
+  static curl_socket_t onOpenSocket(void* transfer, curlsocktype, curl_sockaddr* address);
+  static int onCloseSocket(void* engine, curl_socket_t socket);
 
  private:
   struct Mode {
     Ref<const BQString> name;
     int users;
+  };
+  struct Socket {
+    /* The events that libcurl waits for, and those that the epoll instance reports. */
+    uint32_t wanted = 0;
+    uint32_t registered = 0;
+    bool isConnection = false;
+    /* The transfer that uses the connection; null while it is idle. */
+    Transfer* owner = nullptr;
   };
   struct MultiDeleter {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
@@ -70,16 +77,25 @@ class TransferEngine {
   static void onReady(BQFileDescriptor*, uint32_t, void* engine);
   static void onDeadline(BQRunLoopTimer*, void* engine);
 
+  bool isUsable() const { return multi_ != nullptr && epoll_ >= 0; }
   void loseTransfers();
-  bool isUsable() const { return multi_ != nullptr && sockets_.descriptor() >= 0; }
+  void adjustLimit();
   void startWaiting();
+  int poll(epoll_event* events);
+  void discardUnread();
+  void serve(int socket, uint32_t events);
   void drive();
   void collectEnded();
   void arm(BQTimeInterval delay);
   Mode* findMode(const BQString* name);
+  Socket& socketAt(int number);
+  void subscribe(int number, uint32_t events);
+  void discard(int number);
 
   Ref<BQRunLoop> runLoop_;
-  SocketTable sockets_;
+  int epoll_;
+  /* By their numbers. */
+  std::vector<Socket> sockets_;
   std::unique_ptr<CURLM, MultiDeleter> multi_;
   Ref<BQFileDescriptor> descriptor_;
   Ref<BQRunLoopTimer> timer_;
@@ -87,16 +103,17 @@ class TransferEngine {
   /* libcurl asked to be called at once. */
   bool isDue_ = false;
   bool isDriving_ = false;
-  bool usesTLS_ = false;
   bool isAbandoned_ = false;
   std::vector<Mode> modes_;
-  /* Where the descriptor is while nobody uses it. */
+  /* The mode that still has the descriptor although no transfer uses it. */
   Ref<const BQString> lastMode_;
-  std::vector<std::unique_ptr<Transfer>> running_;
-  /* Of those, the number that are at work, and those that wait for room, in their order. */
-  size_t atWork_ = 0;
-  std::deque<Transfer*> waiting_;
-  std::vector<std::unique_ptr<Transfer>> idle_;
+  std::list<Transfer> idle_;
+  std::list<Transfer> waiting_;
+  /* Those that libcurl works on, and those that have ended but are not released. */
+  std::list<Transfer> started_;
+  int64_t working_ = 0;
+  int64_t limit_ = 0;
+  int64_t requestedLimit_ = TransferOptions().connectionLimit;
 };
 
 }  // namespace bq
