@@ -133,6 +133,7 @@ BQStreamError errorOfTransfer(CURLcode code, CURL* handle) {
     case CURLE_COULDNT_RESOLVE_PROXY:
       return resolverError(kBQStreamResolverErrorProxy);
     case CURLE_PROXY:
+    case CURLE_ABORTED_BY_CALLBACK: /* Only the answer to CONNECT is aborted. */
       return httpError(kBQStreamHTTPErrorProxy);
     case CURLE_COULDNT_CONNECT:
       return errorOfConnect(handle);

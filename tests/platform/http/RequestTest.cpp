@@ -85,6 +85,13 @@ TEST(Request, GoesThroughTheProxy) {
   EXPECT_EQ(exchange.body(), "proxied");
 }
 
+TEST(Request, EndlessRefusalOfATunnelIsAnError) {
+  ScriptedPeer peer({Script().expectRequest().send("HTTP/1.1 407 Who\r\n\r\n").sendEndlessly("xxxxxxxxxxxxxxxx")});
+  Exchange exchange("https://somewhere.test/");
+  exchange.property(kBQStreamPropertyHTTPProxy, proxy("127.0.0.1", peer.port()).get());
+  EXPECT_EQ(exchange.run().answer(), "(http 5)");
+}
+
 TEST(Request, TunnelThatTheProxyRefusesIsAnError) {
   ScriptedPeer peer({replyAndClose("HTTP/1.1 403 No\r\nContent-Length: 0\r\n\r\n")});
   Exchange exchange("https://somewhere.test/", "POST", "secret");
