@@ -67,7 +67,7 @@ class CasesTest(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         certificate = make_certificate(folder.name)
-        tls = Peer(certificate=certificate)
+        tls = Peer({"/away": reply("", "307 Moved", "Location: http://127.0.0.1:1/\r\n")}, certificate)
         peer = Peer({**ANSWERS, "/to-tls": reply("", "307 Moved", "Location: %s\r\n" % tls.url())})
         closed = socket.socket()
         closed.bind(("127.0.0.1", 0))

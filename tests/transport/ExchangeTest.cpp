@@ -205,7 +205,7 @@ class ExchangeRow {
   std::string streamAnswer(const Peer& peer, bool isNext = false) const {
     Exchange exchange(urlOf(peer), "POST", std::string(has("body") ? number("body") : 10, 'x'));
     if (!has("stay")) exchange.followRedirects();
-    if (has("proxy")) exchange.property(kBQStreamPropertyHTTPProxy, proxy("127.0.0.1", peer.port()).get());
+    if (has("proxy")) exchange.proxy("127.0.0.1", peer.port());
     if (has("max") && !isNext) {
       exchange.property(kBQStreamPropertyHTTPMaximumReplySize, integer(number("max")).get());
     }
