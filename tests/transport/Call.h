@@ -18,6 +18,24 @@ namespace vx {
 
 using namespace support;
 
+/* What a call came to: its value, "message domain error" for a failure of the transport, or what else it is.
+ */
+inline std::string outcomeOf(const BQDictionary* result) {
+  auto entry = [](BQTypeRef holder, const BQString* key) {
+    return BQDictionaryGetValue(static_cast<const BQDictionary*>(holder), key);
+  };
+  BQTypeRef value = entry(result, BQSTR("Result")), extra = entry(result, kVXFaultExtra);
+  if (value == nullptr) value = entry(result, kVXMethodInvocationResult);
+  if (!VXMethodResultIsFault(result) && value != nullptr) return text(value);
+  if (text(entry(result, kVXFaultString)) != "/BQStreamFault" ||
+      text(entry(result, kVXFaultCode)) != "-65794" || BQGetTypeID(extra) != BQDictionaryGetTypeID() ||
+      BQDictionaryGetCount(static_cast<const BQDictionary*>(extra)) != 3) {
+    return text(result);
+  }
+  return text(entry(extra, kVXStreamErrorMessage)) + " " + text(entry(extra, kVXStreamErrorDomain)) + " " +
+         text(entry(extra, kVXStreamErrorError));
+}
+
 /* An invocation of a test, released with it unless the test does it. */
 class TestCall {
  public:
@@ -36,36 +54,21 @@ class TestCall {
     VXMethodInvocationSetParameters(get(), parameters, order);
     return *this;
   }
+  void schedule(const BQString* mode = kBQRunLoopDefaultMode) {
+    VXMethodInvocationScheduleWithRunLoop(get(), BQRunLoopGetCurrent(), mode);
+  }
+  void unschedule(const BQString* mode = kBQRunLoopDefaultMode) {
+    VXMethodInvocationUnscheduleFromRunLoop(get(), BQRunLoopGetCurrent(), mode);
+  }
 
   VXMethodInvocationRef get() const { return invocation_.as<OpaqueVXMethodInvocationRef>(); }
   void release() { invocation_ = Value(); }
-
-  Value invoke() { return Value::adopt(VXMethodInvocationInvoke(get())); }
+  Value result() { return Value::adopt(VXMethodInvocationInvoke(get())); }
+  std::string invoke() { return outcomeOf(result()); }
 
  private:
   Value invocation_;
 };
-
-/* What a transport fault says: "message domain error"; the description of the result if it is none. */
-inline std::string failureOf(const BQDictionary* result) {
-  BQTypeRef extra = BQDictionaryGetValue(result, kVXFaultExtra);
-  bool isTransportFault = VXMethodResultIsFault(result) &&
-                          BQEqual(BQDictionaryGetValue(result, kVXFaultString), BQSTR("/BQStreamFault")) &&
-                          text(BQDictionaryGetValue(result, kVXFaultCode)) == "-65794" &&
-                          BQGetTypeID(extra) == BQDictionaryGetTypeID() &&
-                          BQDictionaryGetCount(static_cast<const BQDictionary*>(extra)) == 3;
-  if (!isTransportFault) return text(result);
-  auto entry = [extra](const BQString* key) {
-    return text(BQDictionaryGetValue(static_cast<const BQDictionary*>(extra), key));
-  };
-  return entry(kVXStreamErrorMessage) + " " + entry(kVXStreamErrorDomain) + " " + entry(kVXStreamErrorError);
-}
-
-/* The value that came back, or why the call failed. */
-inline std::string valueOf(const BQDictionary* result) {
-  if (VXMethodResultIsFault(result)) return failureOf(result);
-  return text(BQDictionaryGetValue(result, kVXMethodInvocationResult));
-}
 
 /* The body of a reply that returns a string. */
 inline std::string replyBody(const std::string& value) {
@@ -83,42 +86,31 @@ inline std::string anyReply(const BQString* protocol) {
       "<test.methodResponse><Result>ok</Result></test.methodResponse></e:Body></e:Envelope>");
 }
 
-/* What a call came to: "ok", or why it failed. */
-inline std::string outcomeOf(const BQDictionary* result) {
-  bool isOutput = BQDictionaryGetValue(result, BQSTR("Result")) != nullptr;
-  return isOutput && !VXMethodResultIsFault(result) ? "ok" : valueOf(result);
-}
-
 /* A call of a test that was or will be scheduled, and what it came to, as often as it came. */
-class Scheduled {
+class Scheduled : public TestCall {
  public:
-  explicit Scheduled(const std::string& url) : address(url), call(url) {
+  explicit Scheduled(const std::string& url) : TestCall(url), address(url) {
     VXClientContext context = {0, this, retain, release, nullptr};
-    VXMethodInvocationSetCallBack(call.get(), receive, &context);
+    VXMethodInvocationSetCallBack(get(), receive, &context);
   }
 
-  void schedule(const BQString* mode = kBQRunLoopDefaultMode) {
-    VXMethodInvocationScheduleWithRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
-  }
-  void unschedule(const BQString* mode = kBQRunLoopDefaultMode) {
-    VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), mode);
-  }
   /* Runs a mode until something holds, for a while at most. */
   template <class Condition>
-  bool runUntil(const BQString* mode, Condition condition) {
+  static bool runUntil(Condition condition, const BQString* mode = kBQRunLoopDefaultMode) {
     BQAbsoluteTime end = BQAbsoluteTimeGetCurrent() + 20;
     while (!condition() && BQAbsoluteTimeGetCurrent() < end) BQRunLoopRunInMode(mode, 5, true);
     return condition();
   }
   bool runUntilDelivered(const BQString* mode = kBQRunLoopDefaultMode) {
-    return runUntil(mode, [this] { return !outcomes.empty(); });
+    return runUntil([this] { return !outcomes.empty(); }, mode);
   }
+
+  using TestCall::release;
 
   /* How often the context was. */
   int retained = 0;
   int released = 0;
   const std::string address;
-  TestCall call;
   std::vector<std::string> outcomes;
   void (*then)(Scheduled&) = nullptr;
 
@@ -133,7 +125,7 @@ class Scheduled {
   static void release(void* info) { ++of(info).released; }
   static void receive(VXMethodInvocationRef invocation, void* info, const BQDictionary* result) {
     Scheduled& scheduled = of(info);
-    EXPECT_EQ(invocation, scheduled.call.get());
+    EXPECT_EQ(invocation, scheduled.get());
     scheduled.outcomes.push_back(outcomeOf(result));
     BQRelease(result);
     if (scheduled.then != nullptr) scheduled.then(scheduled);

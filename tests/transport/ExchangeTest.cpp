@@ -241,7 +241,7 @@ class ExchangeRow {
     if (has("proxy")) call.set(kVXHTTPProxy, url(peer.url()).get());
     if (has("max") && !isNext) call.set(kVXHTTPReplySizeLimit, number("max"));
     call.set(kVXMethodInvocationTimeoutValue, has("limit") ? number("limit") : 30);
-    std::string outcome = valueOf(call.invoke());
+    std::string outcome = call.invoke();
     return expected.starts_with("~") && outcome.find(expected.substr(1)) != std::string::npos ? expected
                                                                                               : outcome;
   }

@@ -1,5 +1,9 @@
-/* The roads of a call: made at once, or scheduled on a run loop, from there released, taken off or called
- * again. */
+/* Calls that are made at once or scheduled on a run loop, and there released, taken off or made again. */
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -10,30 +14,25 @@ namespace {
 
 using Outcomes = std::vector<std::string>;
 
-BQRunLoopRunResult runOnce() {
-  return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
+BQRunLoopRunResult runOnce(BQAbsoluteTime seconds = 0) {
+  return BQRunLoopRunInMode(kBQRunLoopDefaultMode, seconds, seconds > 0);
 }
 
-TEST(Execution, TimersOfOtherModesDoNotFireDuringASynchronousCall) {
-  ScriptedPeer peer({reply(kOK)});
+TEST(Execution, SynchronousCallLeavesOtherModesAloneAndKeepsItsConnection) {
+  ScriptedPeer peer({replies({okResponse(replyBody("one")), okResponse(replyBody("two"))})});
   int fired = 0;
   BQRunLoopTimerContext context = {0, &fired, nullptr, nullptr, nullptr};
   auto count = [](BQRunLoopTimer*, void* info) { ++*static_cast<int*>(info); };
   Value timer =
       Value::adopt(BQRunLoopTimerCreate(BQAbsoluteTimeGetCurrent() - 1, 0.001, 0, 0, count, &context));
   BQRunLoopAddTimer(BQRunLoopGetCurrent(), timer.as<BQRunLoopTimer>(), kBQRunLoopDefaultMode);
-  EXPECT_EQ(valueOf(TestCall(peer.url()).invoke()), "ok");
+  TestCall call(peer.url());
+  for (const char* expected : {"one", "two"}) EXPECT_EQ(call.invoke(), expected);
   EXPECT_EQ(fired, 0);
   runOnce();
   EXPECT_EQ(fired, 1);
-  BQRunLoopTimerInvalidate(timer.as<BQRunLoopTimer>());
-}
-
-TEST(Execution, AnInvocationCallsAgainWithTheSameConnection) {
-  ScriptedPeer peer({replies({okResponse(replyBody("one")), okResponse(replyBody("two"))})});
-  TestCall call(peer.url());
-  for (const char* expected : {"one", "two"}) EXPECT_EQ(valueOf(call.invoke()), expected);
   EXPECT_EQ(peer.connectionCount(), 1u);
+  BQRunLoopTimerInvalidate(timer.as<BQRunLoopTimer>());
 }
 
 /* Each does something inside the callback that ends its own call. */
@@ -43,29 +42,20 @@ TEST(Execution, CallbacksMayDoAnythingToTheirInvocation) {
     void (*then)(Scheduled&);
     size_t requests;
   } rows[] = {
-      {"release it", [](Scheduled& self) { self.call.release(); }, 1},
-      {"take it off and release it",
-       [](Scheduled& self) {
-         self.unschedule();
-         self.call.release();
-       },
-       1},
+      {"release it", [](Scheduled& self) { self.release(); }, 1},
+      {"take it off and release it", [](Scheduled& self) { self.unschedule(), self.release(); }, 1},
       {"remove the callback",
-       [](Scheduled& self) { VXMethodInvocationSetCallBack(self.call.get(), nullptr, nullptr); }, 1},
+       [](Scheduled& self) { VXMethodInvocationSetCallBack(self.get(), nullptr, nullptr); }, 1},
       {"schedule it again",
        [](Scheduled& self) {
          if (self.outcomes.size() == 1) self.schedule();
        },
        2},
-      {"invoke it", [](Scheduled& self) { self.outcomes.push_back(outcomeOf(self.call.invoke())); }, 2},
+      {"invoke it", [](Scheduled& self) { self.outcomes.push_back(self.invoke()); }, 2},
       {"invoke it and release it",
-       [](Scheduled& self) {
-         self.outcomes.push_back(outcomeOf(self.call.invoke()));
-         self.call.release();
-       },
+       [](Scheduled& self) { self.outcomes.push_back(self.invoke()), self.release(); }, 2},
+      {"invoke another", [](Scheduled& self) { self.outcomes.push_back(TestCall(self.address).invoke()); },
        2},
-      {"invoke another",
-       [](Scheduled& self) { self.outcomes.push_back(outcomeOf(TestCall(self.address).invoke())); }, 2},
   };
   for (bool succeeds : {true, false}) {
     for (const auto& row : rows) {
@@ -74,8 +64,8 @@ TEST(Execution, CallbacksMayDoAnythingToTheirInvocation) {
       Scheduled call(peer.url());
       call.then = row.then;
       call.schedule();
-      EXPECT_TRUE(call.runUntil(kBQRunLoopDefaultMode, [&] { return call.outcomes.size() == row.requests; }));
-      for (int i = 0; i < 5; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true);
+      EXPECT_TRUE(call.runUntil([&] { return call.outcomes.size() == row.requests; }));
+      for (int i = 0; i < 5; ++i) runOnce();
       EXPECT_EQ(call.outcomes.size(), row.requests);
       EXPECT_EQ(peer.requests().size(), row.requests);
       EXPECT_EQ(call.outcomes.front() == "ok", succeeds) << call.outcomes.front();
@@ -91,7 +81,7 @@ TEST(Execution, ReleaseOfAScheduledInvocationEndsItQuietly) {
     call.schedule();
     for (int i = 0; i < passes; ++i) runOnce();
     EXPECT_EQ(call.released, 0);
-    call.call.release();
+    call.release();
     EXPECT_EQ(runOnce(), kBQRunLoopRunFinished) << passes;
     EXPECT_EQ(call.outcomes, Outcomes{});
     EXPECT_EQ(call.retained, 1);
@@ -120,13 +110,12 @@ TEST(Execution, CallTakenOffItsModeLeavesItQuiet) {
   Gate gate;
   ScriptedPeer peer({Script().expectRequest().send("HTTP/1.1 200 OK\r\n\r\n<a>").waitFor(gate)});
   Scheduled call(peer.url());
-  call.call.set(kVXMethodInvocationTimeoutValue, 60);
+  call.set(kVXMethodInvocationTimeoutValue, 60);
   call.schedule();
-  ASSERT_TRUE(call.runUntil(kBQRunLoopDefaultMode, [&] { return peer.requests().size() == 1; }));
+  ASSERT_TRUE(call.runUntil([&] { return peer.requests().size() == 1; }));
   call.unschedule();
   EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
   EXPECT_EQ(call.outcomes, Outcomes{});
-  call.call.release();
 }
 
 /* In each state of the scheduled call, which is given up, with its callback. */
@@ -137,10 +126,10 @@ TEST(Execution, InvokingAScheduledCallMakesANewOne) {
     ScriptedPeer peer({passes == 0 ? reply(kOK) : given, reply(kOK)});
     Scheduled call(peer.url());
     call.schedule();
-    for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 5, true);
-    EXPECT_EQ(outcomeOf(call.call.invoke()), "ok") << passes;
+    for (int i = 0; i < passes; ++i) runOnce(5);
+    EXPECT_EQ(call.invoke(), "ok") << passes;
     EXPECT_EQ(call.released, 1);
-    call.call.release();
+    call.release();
     EXPECT_EQ(call.outcomes, Outcomes{});
     EXPECT_EQ(call.released, 1);
   }
@@ -155,7 +144,7 @@ TEST(Execution, ThreadsMayEndWithCallsUnderWay) {
       std::thread([&] {
         kept = std::make_unique<Scheduled>(peer.url());
         kept->schedule();
-        for (int i = 0; i < passes; ++i) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 5, true);
+        for (int i = 0; i < passes; ++i) runOnce(5);
         if (releasesFirst) kept = nullptr;
       }).join();
       EXPECT_TRUE(kept == nullptr || kept->outcomes.empty());
@@ -165,19 +154,56 @@ TEST(Execution, ThreadsMayEndWithCallsUnderWay) {
 
 /* More calls than a process has descriptors for wait for each other. */
 TEST(Execution, TenThousandCallsAtOnceAreAllServed) {
-  constexpr size_t kCalls = 10000;
-  ScriptedPeer peer({replies(Outcomes(kCalls, kOK))});
+  constexpr size_t kCalls = 10000, kConnections = 100;
+  Gate gate;
+  ScriptedPeer peer({Script().expectRequest().waitFor(gate).send(kOK).then(replies(Outcomes(kCalls, kOK)))});
   std::vector<std::unique_ptr<Scheduled>> calls;
   for (size_t i = 0; i < kCalls; ++i) {
     calls.push_back(std::make_unique<Scheduled>(peer.url()));
-    calls.back()->call.set(kVXHTTPConnectionLimit, 100);
+    calls.back()->set(kVXHTTPConnectionLimit, kConnections);
     calls.back()->schedule();
   }
+  while (peer.requests().size() < kConnections) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
+  while (runOnce() == kBQRunLoopRunHandledSource) continue;
+  EXPECT_EQ(peer.connectionCount(), kConnections);
+  gate.open();
   for (auto& call : calls) EXPECT_TRUE(call->runUntilDelivered());
   for (auto& call : calls) EXPECT_EQ(call->outcomes, Outcomes{"ok"});
   EXPECT_EQ(peer.requests().size(), kCalls);
-  EXPECT_LE(peer.connectionCount(), 100u);
 }
+
+/* Not with the address sanitizer, whose look at virtual tables needs descriptors of its own. */
+#ifndef __SANITIZE_ADDRESS__
+
+/* In a process of its own, whose calls find `left` descriptors; then they find enough. */
+int callWithDescriptors(const std::string& url, rlim_t left) {
+  pid_t child = fork();
+  if (child == 0) {
+    rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const auto next = static_cast<rlim_t>(dup(0));
+    close(static_cast<int>(next));
+    rlimit tight = {std::min(next + left, limit.rlim_max), limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &tight);
+    Scheduled scheduled(url);
+    scheduled.schedule();
+    bool ended = scheduled.runUntilDelivered() && scheduled.outcomes.size() == 1 && scheduled.result();
+    setrlimit(RLIMIT_NOFILE, &limit);
+    _exit((ended ? 0 : 1) + (TestCall(url).invoke() == "ok" ? 0 : 2));
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(Execution, ProcessWithoutDescriptorsGetsAFaultAndRecovers) {
+  ScriptedPeer peer({replies({kOK, kOK, kOK})});
+  for (rlim_t left = 0; left < 10; ++left) {
+    EXPECT_EQ(callWithDescriptors(peer.url(), left), 0) << left << " descriptors";
+  }
+}
+
+#endif
 
 }  // namespace
 }  // namespace vx

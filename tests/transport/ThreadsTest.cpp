@@ -34,7 +34,7 @@ int rounds(int thread, const std::string& url) {
     Value value = string("thread " + std::to_string(thread) + " round " + std::to_string(round));
     TestCall call(url, protocol);
     call.set(kVXDebugOutgoingBody, kBQBooleanTrue);
-    succeeded += handlersAgree(protocol, value) && outcomeOf(call.invoke()) == "ok";
+    succeeded += handlersAgree(protocol, value) && call.invoke() == "ok";
   }
   return succeeded;
 }
@@ -76,7 +76,7 @@ bool succeedsInAChild(Work work) {
 TEST(Fork, GivesTheChildConnectionsOfItsOwn) {
   const std::string reply = anyReply(kVXXMLRPCProtocol);
   ScriptedPeer peer({replies({reply, reply, reply}), replies({reply, reply})});
-  auto succeeds = [&peer] { return outcomeOf(TestCall(peer.url()).invoke()) == "ok"; };
+  auto succeeds = [&peer] { return TestCall(peer.url()).invoke() == "ok"; };
   EXPECT_TRUE(succeeds());
   EXPECT_TRUE(succeedsInAChild([&] { return succeeds() && succeeds(); }));
   EXPECT_TRUE(succeedsInAChild([] { return true; }));
@@ -97,7 +97,7 @@ TEST(Fork, LeavesACallUnderWayToTheParent) {
         scheduled.unschedule();
         return scheduled.outcomes.empty();
       },
-      [](Scheduled& scheduled) { return outcomeOf(TestCall(scheduled.address).invoke()) == "ok"; },
+      [](Scheduled& scheduled) { return TestCall(scheduled.address).invoke() == "ok"; },
   };
   for (const auto& work : works) {
     Gate gate;

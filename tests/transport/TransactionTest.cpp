@@ -1,194 +1,117 @@
+/* What a transaction sends, captures and prints, and its states. */
 #include "transport/HTTPClosureSource.h"
-
-#include <algorithm>
 
 #include "Call.h"
 #include "api/MethodInvocationHandle.h"
+#include "api/base/WebServiceMethodInvocation.h"
 #include "diag/Switches.h"
 
 namespace vx {
 namespace {
 
-/* Lives for the process: what refers to itself is never freed. */
-const BQArray* arrayThatHoldsItself() {
-  static BQArray* const array = BQArrayCreateMutable(2);
-  while (BQArrayGetCount(array) < 2) BQArrayAppendValue(array, array);
-  return array;
-}
-
 TEST(Transaction, FailsBeforeAnythingIsSent) {
-  const char* const nowhere = "http://127.0.0.1:1/";
+  const std::string nowhere = "http://127.0.0.1:1/";
   const struct {
-    const char* url;
-    void (*configure)(TestCall&);
+    std::string url;
+    const BQString* key;
+    Value value;
     const char* expected;
   } rows[] = {
-      {"http:///path", nullptr, "Missing host in URL 2 -65794"},
-      {"mailto:somebody", nullptr, "Missing host in URL 2 -65794"},
-      {"ftp://127.0.0.1:1/", nullptr, "Can't issue read stream open 2 -65794"},
-      {nowhere, [](TestCall& call) { call.set(kVXPostingMethod, BQSTR("NO TOKEN")); },
+      {"http:///path", nullptr, Value(), "Missing host in URL 2 -65794"},
+      {"ftp://127.0.0.1:1/", nullptr, Value(), "Can't issue read stream open 2 -65794"},
+      {nowhere, kVXPostingMethod, string("NO TOKEN"), "Can't create HTTP message request 2 -65794"},
+      {nowhere, kVXHTTPVersion, string("HTTP/9"), "Can't create HTTP message request 2 -65794"},
+      {nowhere, kVXHTTPExtraHeaders, dictionary({{"X-Extra", string("a\r\nInjected: b")}}),
        "Can't create HTTP message request 2 -65794"},
-      {nowhere, [](TestCall& call) { call.set(kVXHTTPVersion, BQSTR("HTTP/9")); },
-       "Can't create HTTP message request 2 -65794"},
-      {nowhere,
-       [](TestCall& call) {
-         call.set(kVXHTTPExtraHeaders, dictionary({{"X-Extra", string("a\r\nInjected: b")}}).get());
-       },
-       "Can't create HTTP message request 2 -65794"},
-      {nowhere,
-       [](TestCall& call) {
-         call.set(kVXHTTPMessage, Value::adopt(BQHTTPMessageCreateResponse(BQSTR("HTTP/1.1 200 OK"))).get());
-       },
+      {nowhere, kVXHTTPMessage, Value::adopt(BQHTTPMessageCreateResponse(BQSTR("HTTP/1.1 200 OK"))),
        "Can't create read stream from http message 2 -65794"},
-      {nowhere,
-       [](TestCall& call) {
-         call.setParameters(dictionary({{"self", Value::retain(arrayThatHoldsItself())}}));
-       },
-       "Can't serialize request 2 -65794"},
   };
   for (const auto& row : rows) {
     TestCall call(row.url);
-    if (row.configure != nullptr) row.configure(call);
-    EXPECT_EQ(failureOf(call.invoke()), row.expected) << row.url;
+    if (row.key != nullptr) call.set(row.key, row.value.get());
+    EXPECT_EQ(call.invoke(), row.expected) << row.url;
   }
-  EXPECT_EQ(failureOf(TestCall(nowhere, kVXXMLRPCProtocol, nullptr).invoke()),
-            "Can't serialize request 2 -65794");
-}
-
-/* The header lines of a request, without the one that tells the length. */
-std::vector<std::string> headersOf(const std::string& request) {
-  std::vector<std::string> lines;
-  for (size_t start = 0, end; (end = request.find("\r\n", start)) != start; start = end + 2) {
-    std::string line = request.substr(start, end - start);
-    if (line.rfind("Content-Length: ", 0) != 0) lines.push_back(line);
-  }
-  std::sort(lines.begin() + 1, lines.end());
-  return lines;
-}
-
-std::vector<std::string> requestHeaders(void (*configure)(TestCall&)) {
-  ScriptedPeer peer({reply(kOK)});
-  TestCall call(peer.url("/RPC2?a=b"));
-  configure(call);
-  EXPECT_EQ(valueOf(call.invoke()), "ok");
-  EXPECT_TRUE(peer.requests().at(0).ends_with("</methodCall>\r\n"));
-  return headersOf(peer.requests().at(0));
+  /* Lives for the process: what refers to itself is never freed. */
+  static BQArray* const itself = BQArrayCreateMutable(1);
+  BQArrayAppendValue(itself, itself);
+  TestCall endless(nowhere), nameless(nowhere, kVXXMLRPCProtocol, nullptr);
+  endless.setParameters(dictionary({{"self", Value::retain(itself)}}));
+  for (TestCall* call : {&endless, &nameless}) EXPECT_EQ(call->invoke(), "Can't serialize request 2 -65794");
 }
 
 TEST(Transaction, SendsItsHeadersAndNoOthers) {
-  const std::string agent = "User-Agent: Harlon; Orvane.framework (1.0.0)";
-  using Lines = std::vector<std::string>;
-  EXPECT_EQ(requestHeaders([](TestCall&) {}),
-            (Lines{"POST /RPC2?a=b HTTP/1.1", "Content-Type: text/xml", "Host: 127.0.0.1", agent}));
-  EXPECT_EQ(requestHeaders([](TestCall& call) {
-              call.set(kVXHTTPVersion, kBQHTTPVersion1_0).set(kVXPostingMethod, BQSTR("PUT"));
-            }),
-            (Lines{"PUT /RPC2?a=b HTTP/1.0", "Content-Type: text/xml", "Host: 127.0.0.1", agent}));
-  EXPECT_EQ(requestHeaders([](TestCall& call) {
-              call.set(kVXHTTPExtraHeaders, dictionary({{"Content-Type", string("application/xml")},
-                                                        {"SOAPAction", string("\"urn:a\"")}})
-                                                .get());
-            }),
-            (Lines{"POST /RPC2?a=b HTTP/1.1", "Content-Type: application/xml", "Host: 127.0.0.1",
-                   "SOAPAction: \"urn:a\"", agent}));
-}
-
-TEST(Transaction, HostOfAnIPv6AddressIsInBrackets) {
-  ScriptedPeer peer({reply(kOK)}, true);
-  if (!peer.isListening()) GTEST_SKIP() << "the machine has no IPv6";
-  EXPECT_EQ(valueOf(TestCall(peer.url()).invoke()), "ok");
-  EXPECT_NE(peer.requests().at(0).find("\r\nHost: [::1]\r\n"), std::string::npos);
-}
-
-TEST(Transaction, TemplateGivesMethodURLAndHeaders) {
-  ScriptedPeer peer({reply(kOK)});
-  Value held =
+  ScriptedPeer peer({replies({kOK, kOK, kOK})});
+  Value message =
       Value::adopt(BQHTTPMessageCreateRequest(BQSTR("PATCH"), url(peer.url("/template")), kBQHTTPVersion1_1));
-  auto* message = held.as<BQHTTPMessage>();
-  BQHTTPMessageSetHeaderFieldValue(message, BQSTR("user-agent"), BQSTR("mine"));
-  BQHTTPMessageSetHeaderFieldValue(message, BQSTR("X-Template"), BQSTR("kept"));
-  TestCall call("http://127.0.0.1/elsewhere");
-  call.set(kVXHTTPMessage, message).set(kVXPostingMethod, BQSTR("PUT"));
-  EXPECT_EQ(valueOf(call.invoke()), "ok");
-  EXPECT_EQ(headersOf(peer.requests().at(0)),
-            (std::vector<std::string>{"PATCH /template HTTP/1.1", "Content-Type: text/xml", "Host: 127.0.0.1",
-                                      "X-Template: kept", "user-agent: mine"}));
+  for (const BQString* name : {BQSTR("user-agent"), BQSTR("X-Template")})
+    BQHTTPMessageSetHeaderFieldValue(message.as<BQHTTPMessage>(), name, BQSTR("mine"));
+  const std::string hostAndAgent =
+      "Host: 127.0.0.1\r\nUser-Agent: Harlon; Orvane.framework (1.0.0)\r\nContent-Type: ";
+  const std::pair<std::vector<std::pair<const BQString*, Value>>, std::string> rows[] = {
+      {{}, "POST /RPC2?a=b HTTP/1.1\r\n" + hostAndAgent + "text/xml\r\n"},
+      {{{kVXHTTPVersion, Value::retain(kBQHTTPVersion1_0)},
+        {kVXPostingMethod, string("PUT")},
+        {kVXHTTPExtraHeaders,
+         dictionary({{"Content-Type", string("application/xml")}, {"SOAPAction", string("\"urn:a\"")}})}},
+       "PUT /RPC2?a=b HTTP/1.0\r\n" + hostAndAgent + "application/xml\r\nSOAPAction: \"urn:a\"\r\n"},
+      {{{kVXHTTPMessage, message}, {kVXPostingMethod, string("PUT")}},
+       "PATCH /template HTTP/1.1\r\nHost: 127.0.0.1\r\nuser-agent: mine\r\nX-Template: mine\r\n"
+       "Content-Type: text/xml\r\n"}};
+  for (const auto& [properties, head] : rows) {
+    TestCall call(peer.url("/RPC2?a=b"));
+    for (const auto& [key, value] : properties) call.set(key, value.get());
+    EXPECT_EQ(call.invoke(), "ok");
+    const std::string request = peer.requests().back();
+    EXPECT_EQ(request.substr(0, request.find("<")), head + "Content-Length: 115\r\n\r\n");
+    EXPECT_TRUE(request.ends_with("</methodCall>\r\n"));
+  }
   EXPECT_EQ(BQHTTPMessageCopyBody(message), nullptr) << "the template itself is not changed";
 }
 
-TEST(Transaction, CapturesWhatWasAskedFor) {
+TEST(Transaction, CapturesWhatWasAskedForWhenTheSourceIsMade) {
   const std::pair<const BQString*, const char*> rows[] = {
       {kVXDebugOutgoingHeaders, "\"Content-Type\": \"text/xml\""},
       {kVXDebugOutgoingBody, "<methodName>test.method</methodName>"},
       {kVXDebugIncomingHeaders, "\"Content-Length\""},
       {kVXDebugIncomingBody, "<string>ok</string>"}};
   for (const auto& [key, part] : rows) {
-    ScriptedPeer peer({reply(kOK)});
-    Value result = TestCall(peer.url()).set(key, kBQBooleanTrue).invoke();
+    ScriptedPeer peer({replies({kOK, kOK})});
+    TestCall call(peer.url());
+    call.unschedule();
+    call.set(key, kBQBooleanTrue);
+    EXPECT_EQ(BQDictionaryGetCount(call.result()), 2) << "the source was made before";
+    Value result = call.result();
     EXPECT_NE(text(BQDictionaryGetValue(result, key)).find(part), std::string::npos);
     EXPECT_EQ(BQDictionaryGetCount(result), 3) << "result, response message and the one capture";
   }
 }
 
-TEST(Transaction, CapturesAreChosenWhenTheSourceOfACallIsMade) {
-  ScriptedPeer peer({replies({kOK, kOK})});
-  TestCall call(peer.url());
-  VXMethodInvocationUnscheduleFromRunLoop(call.get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-  call.set(kVXDebugIncomingBody, kBQBooleanTrue);
-  EXPECT_EQ(BQDictionaryGetValue(call.invoke(), kVXDebugIncomingBody), nullptr);
-  EXPECT_NE(BQDictionaryGetValue(call.invoke(), kVXDebugIncomingBody), nullptr);
-}
-
-/* What a call writes to the standard error stream with the switches set so. */
-std::string printedBy(TestCall& call, int verbose, Value* result = nullptr) {
-  gVXDebug = 1;
-  gVXDebugVerbose = verbose;
-  testing::internal::CaptureStderr();
-  Value ignored;
-  (result == nullptr ? ignored : *result) = call.invoke();
-  gVXDebug = gVXDebugVerbose = 0;
-  return testing::internal::GetCapturedStderr();
-}
-
-TEST(Transaction, DebugSwitchPrintsTheTransaction) {
-  ScriptedPeer peer({reply(kOK)});
-  TestCall call(peer.url());
-  Value result;
-  std::string printed = printedBy(call, 0, &result);
-  EXPECT_EQ(printed.rfind("Transaction Log:Outgoing Headers: {\"User-Agent\": ", 0), 0u) << printed;
-  for (const char* part : {"\nOutgoing Body: <?xml", "\nIncoming Headers: {", "\nIncoming Body: <?xml"}) {
-    EXPECT_NE(printed.find(part), std::string::npos) << part;
-  }
-  EXPECT_TRUE(printed.ends_with("</methodResponse>\n\n"));
-  EXPECT_EQ(BQDictionaryGetCount(result), 6) << "all four captures";
-}
-
-TEST(Transaction, LogsItsStepsWhenVerbose) {
-  ScriptedPeer peer({reply(kOK)});
-  TestCall call(peer.url());
-  std::string printed = printedBy(call, 1);
-  for (const char* line :
-       {"HTTPClosureSource::perform state 0 (uninit)\n",
-        "HTTPClosureSource::perform new state state 1 (waitforopen)\n",
-        "HTTPClosureSource::readStreamCallback type 2 (kBQStreamEventHasBytesAvailable), state "
-        "waitforopen\n\n",
-        "HTTPClosureSource::perform state 2 (readintobuffer)\n",
-        "type 16 (kBQStreamEventEndEncountered), state readintobuffer\n\n",
-        "HTTPClosureSource::perform state 3 (streamendencountered)\n"}) {
-    EXPECT_NE(printed.find(line), std::string::npos) << line << printed;
+TEST(Transaction, SwitchesPrintTheTransactionAndItsSteps) {
+  for (int verbose : {0, 1}) {
+    ScriptedPeer peer({reply(kOK)});
+    gVXDebug = 1;
+    gVXDebugVerbose = verbose;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(BQDictionaryGetCount(TestCall(peer.url()).result()), 6) << "all four captures";
+    gVXDebug = gVXDebugVerbose = 0;
+    const std::string printed = testing::internal::GetCapturedStderr();
+    for (const char* step :
+         {"HTTPClosureSource::perform state 0 (uninit)\n",
+          "HTTPClosureSource::perform new state state 1 (waitforopen)\n",
+          "readStreamCallback type 2 (kBQStreamEventHasBytesAvailable), state waitforopen\n\n",
+          "HTTPClosureSource::perform state 2 (readintobuffer)\n",
+          "type 16 (kBQStreamEventEndEncountered), state readintobuffer\n\n",
+          "HTTPClosureSource::perform state 3 (streamendencountered)\n"}) {
+      EXPECT_EQ(printed.find(step) != std::string::npos, verbose != 0) << step << printed;
+    }
+    for (const char* part : {"Transaction Log:Outgoing Headers: {\"User-Agent\": ", "\nOutgoing Body: <?xml",
+                             "\nIncoming Headers: {", "\nIncoming Body: <?xml", "</methodResponse>\n\n"}) {
+      EXPECT_NE(printed.find(part), std::string::npos) << part;
+    }
+    bool isWhole = printed.starts_with("Transaction Log:") && printed.ends_with("</methodResponse>\n\n");
+    EXPECT_EQ(isWhole, verbose == 0) << printed;
   }
 }
-
-/* Is stepped by hand through what a peer cannot cause. */
-class Machine : public Scheduled {
- public:
-  Machine() : Scheduled("http://127.0.0.1:1/") {
-    source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
-    source->getSourceCreatingIfNecessary();
-  }
-
-  HTTPClosureSource* source;
-};
 
 TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
   enum Stimulus { kPerform = -1, kTimer = -2, kOpen = 1, kBytes = 2, kOther = 4, kEnd = 16 };
@@ -212,19 +135,19 @@ TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
     for (int32_t state = 0; state < 6; ++state) {
       if (row.next[state] < 0) continue;
       SCOPED_TRACE("state " + std::to_string(state) + ", stimulus " + std::to_string(row.stimulus));
-      Machine machine;
-      machine.source->setState(state);
+      Scheduled call("http://127.0.0.1:1/");
+      auto* source = static_cast<HTTPClosureSource*>(call.get()->wrapped->getSourceForCall());
+      source->getSourceCreatingIfNecessary();
+      source->setState(state);
       for (int times = 0; times < 2; ++times) { /* a call ends once */
-        if (row.stimulus == kPerform) machine.source->perform();
-        if (row.stimulus == kTimer) machine.source->timedOut();
-        if (row.stimulus > 0)
-          machine.source->readStreamCallback(static_cast<BQStreamEventType>(row.stimulus));
+        if (row.stimulus == kPerform) source->perform();
+        if (row.stimulus == kTimer) source->timedOut();
+        if (row.stimulus > 0) source->readStreamCallback(static_cast<BQStreamEventType>(row.stimulus));
       }
-      EXPECT_EQ(machine.source->getState(), row.next[state]);
-      EXPECT_EQ(machine.outcomes, row.outcomes);
-      machine.source->readStreamCallback(kBQStreamEventHasBytesAvailable);
-      EXPECT_EQ(machine.source->getState(), row.outcomes.empty() ? 2 : row.next[state])
-          << "events after the end";
+      EXPECT_EQ(source->getState(), row.next[state]);
+      EXPECT_EQ(call.outcomes, row.outcomes);
+      source->readStreamCallback(kBQStreamEventHasBytesAvailable);
+      EXPECT_EQ(source->getState(), row.outcomes.empty() ? 2 : row.next[state]) << "events after the end";
     }
   }
 }
@@ -233,16 +156,47 @@ TEST(Transaction, CallThatHasEndedHoldsNoConnectionAndIsNotSent) {
   ScriptedPeer peer({Script().expectRequest().waitForClose(), reply(kOK)});
   TestCall held(peer.url()), waiting(peer.url()), next(peer.url());
   for (TestCall* call : {&held, &waiting, &next}) call->set(kVXHTTPConnectionLimit, 1);
-  for (TestCall* call : {&held, &waiting}) {
-    VXMethodInvocationScheduleWithRunLoop(call->get(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-  }
+  for (TestCall* call : {&held, &waiting}) call->schedule();
   while (peer.requests().empty()) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0.01, true);
   for (TestCall* call : {&waiting, &held}) {
     auto* source = static_cast<HTTPClosureSource*>(call->get()->wrapped->getSource());
     source->readStreamCallback(kBQStreamEventCanAcceptBytes);
   }
-  EXPECT_EQ(valueOf(next.invoke()), "ok");
+  EXPECT_EQ(next.invoke(), "ok");
   EXPECT_EQ(peer.requests().size(), 2u);
+}
+
+/* An invocation without a protocol or a transport. */
+class TestInvocation : public WebServiceMethodInvocation {
+ public:
+  TestInvocation() {
+    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
+    setCallback(receive, &context);
+  }
+  BQDictionary* copyAgreement() override { return nullptr; }
+  const BQData* constructMessage(const BQString**) override { return nullptr; }
+  void parseReply(WebServiceResult*, const BQTree*) override {}
+  VXRunLoopSource* createRunLoopSource() override { return new ClosureSource(this); }
+
+  std::string failures;
+
+ private:
+  static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
+    static_cast<TestInvocation*>(info)->failures += outcomeOf(result);
+    BQRelease(result);
+  }
+};
+
+TEST(Source, WithoutATransportDeliversOneFaultAndStrayPassesNone) {
+  TestInvocation invocation;
+  for (int pass = 0; pass < 2; ++pass) {
+    VXRunLoopSource* source = invocation.getSource();
+    source->addToRunLoop(BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
+    source->signal();
+    EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunHandledSource);
+    EXPECT_TRUE(source->isFinished());
+    EXPECT_EQ(invocation.failures, "ClosureSource::perform not overridden 2 -65794");
+  }
 }
 
 }  // namespace
