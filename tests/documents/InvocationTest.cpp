@@ -30,10 +30,9 @@ TEST(Invocation, WritesAndReadsWithItsSettings) {
     VXMethodInvocationAddSerializationOverride(call.get(), BQStringGetTypeID(), writeText, &context);
     VXMethodInvocationAddDeserializationOverride(call.get(), BQSTR("*"), BQSTR("Result"), readNumber,
                                                  nullptr);
-    EXPECT_EQ(vx::valueOf(call.invoke()), protocol == kVXXMLRPCProtocol ? "x" : "5");
+    EXPECT_EQ(call.invoke(), protocol == kVXXMLRPCProtocol ? "x" : "5");
     EXPECT_EQ(object, call.get());
-    EXPECT_EQ(vx::valueOf(vx::TestCall(peer.url(), protocol, nullptr).invoke()),
-              "Can't serialize request 2 -65794");
+    EXPECT_EQ(vx::TestCall(peer.url(), protocol, nullptr).invoke(), "Can't serialize request 2 -65794");
     VXProtocolHandlerSetProperty(handler, kVXSOAPMethodNamespaceURI, BQSTR("urn:x"));
     VXProtocolHandlerSetSerializationOverride(handler, BQStringGetTypeID(), writeText, &context);
     std::string expected = bytes(Value::adopt(VXProtocolHandlerCopyRequestDocument(

@@ -187,7 +187,7 @@ class ExchangeRow {
       else if (how == "*")
         script.sendEndlessly(bytes);
       else if (how == "/1")
-        script.sendInPieces(bytes, 1);
+        script.send(bytes, 1);
       else
         script.send(how.empty() ? bytes : repeated(bytes, std::stoi(how.substr(1))));
     }
