@@ -3,7 +3,6 @@
 
 #include "Call.h"
 #include "api/MethodInvocationHandle.h"
-#include "api/base/WebServiceMethodInvocation.h"
 #include "diag/Switches.h"
 
 namespace vx {
@@ -114,7 +113,15 @@ TEST(Transaction, SwitchesPrintTheTransactionAndItsSteps) {
 }
 
 TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
-  enum Stimulus { kPerform = -1, kTimer = -2, kOpen = 1, kBytes = 2, kOther = 4, kEnd = 16 };
+  enum Stimulus {
+    kPerform = -1,
+    kTimer = -2,
+    kBase = -3 /* performs as a source without a transport */,
+    kOpen = 1,
+    kBytes = 2,
+    kOther = 4,
+    kEnd = 16
+  };
   const struct {
     Stimulus stimulus;
     /* The next state for each of the states 0 to 5; -1 where the row leaves it out. */
@@ -122,6 +129,7 @@ TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
     std::vector<std::string> outcomes;
   } rows[] = {
       {kTimer, {4, 4, 4, 3, 4, -1}, {}},
+      {kBase, {0, 1, 2, 3, 4, 5}, {"ClosureSource::perform not overridden 2 -65794"}},
       {kOpen, {0, 1, 2, 3, 4, 5}, {}},
       {kBytes, {2, 2, 2, 2, 2, 2}, {}},
       {kEnd, {3, 3, 3, 3, 3, 3}, {}},
@@ -142,6 +150,7 @@ TEST(Machine, StatesAndStimuliGiveTheNextStateAndTheOutcome) {
       for (int times = 0; times < 2; ++times) { /* a call ends once */
         if (row.stimulus == kPerform) source->perform();
         if (row.stimulus == kTimer) source->timedOut();
+        if (row.stimulus == kBase) source->ClosureSource::perform();
         if (row.stimulus > 0) source->readStreamCallback(static_cast<BQStreamEventType>(row.stimulus));
       }
       EXPECT_EQ(source->getState(), row.next[state]);
@@ -164,39 +173,6 @@ TEST(Transaction, CallThatHasEndedHoldsNoConnectionAndIsNotSent) {
   }
   EXPECT_EQ(next.invoke(), "ok");
   EXPECT_EQ(peer.requests().size(), 2u);
-}
-
-/* An invocation without a protocol or a transport. */
-class TestInvocation : public WebServiceMethodInvocation {
- public:
-  TestInvocation() {
-    VXClientContext context = {0, this, nullptr, nullptr, nullptr};
-    setCallback(receive, &context);
-  }
-  BQDictionary* copyAgreement() override { return nullptr; }
-  const BQData* constructMessage(const BQString**) override { return nullptr; }
-  void parseReply(WebServiceResult*, const BQTree*) override {}
-  VXRunLoopSource* createRunLoopSource() override { return new ClosureSource(this); }
-
-  std::string failures;
-
- private:
-  static void receive(VXMethodInvocationRef, void* info, const BQDictionary* result) {
-    static_cast<TestInvocation*>(info)->failures += outcomeOf(result);
-    BQRelease(result);
-  }
-};
-
-TEST(Source, WithoutATransportDeliversOneFaultAndStrayPassesNone) {
-  TestInvocation invocation;
-  for (int pass = 0; pass < 2; ++pass) {
-    VXRunLoopSource* source = invocation.getSource();
-    source->addToRunLoop(BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
-    source->signal();
-    EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunHandledSource);
-    EXPECT_TRUE(source->isFinished());
-    EXPECT_EQ(invocation.failures, "ClosureSource::perform not overridden 2 -65794");
-  }
 }
 
 }  // namespace

@@ -133,15 +133,13 @@ TEST(Request, UnusableOnesAreRefusedWhenOpened) {
 
 /* The server of the openssl tool, which ends after two connections. */
 TEST(TLS, CertificateIsVerifiedUnlessSwitchedOff) {
-  const std::string key = testing::TempDir() + "tls-test-" + std::to_string(getpid());
-  FILE* server = popen(("exec 2>&1 </dev/null; openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
-                        "-nodes -subj /CN=other -keyout " +
-                        key + " -out " + key +
-                        " && exec timeout 60 "
-                        "openssl s_server -accept 127.0.0.1:0 -naccept 2 -www -cert " +
-                        key)
-                           .c_str(),
-                       "re");
+  FILE* server = popen(
+      "exec 2>&1 </dev/null; key=$(mktemp); openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
+      "-nodes "
+      "-subj /CN=other -keyout $key -out $key; timeout 60 openssl s_server -accept 127.0.0.1:0 -naccept 2 "
+      "-www "
+      "-cert $key; rm $key",
+      "re");
   char line[200] = "";
   while (strncmp(line, "ACCEPT ", 7) != 0) ASSERT_NE(fgets(line, sizeof line, server), nullptr) << line;
   const std::string url = "https://127.0.0.1:" + std::to_string(atoi(strrchr(line, ':') + 1)) + "/";
@@ -150,7 +148,6 @@ TEST(TLS, CertificateIsVerifiedUnlessSwitchedOff) {
   trusting.property(kBQStreamPropertyTLSVerifyPeer, kBQBooleanFalse).run();
   EXPECT_NE(trusting.answer().find("s_server"), std::string::npos) << trusting.answer();
   pclose(server);
-  unlink(key.c_str());
 }
 
 std::string redirect(int status, const std::string& location) {
