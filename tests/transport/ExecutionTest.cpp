@@ -1,9 +1,4 @@
 /* Calls that are made at once or scheduled on a run loop, and there released, taken off or made again. */
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -51,7 +46,6 @@ TEST(Execution, CallbacksMayDoAnythingToTheirInvocation) {
          if (self.outcomes.size() == 1) self.schedule();
        },
        2},
-      {"invoke it", [](Scheduled& self) { self.outcomes.push_back(self.invoke()); }, 2},
       {"invoke it and release it",
        [](Scheduled& self) { self.outcomes.push_back(self.invoke()), self.release(); }, 2},
       {"invoke another", [](Scheduled& self) { self.outcomes.push_back(TestCall(self.address).invoke()); },
@@ -171,39 +165,6 @@ TEST(Execution, TenThousandCallsAtOnceAreAllServed) {
   for (auto& call : calls) EXPECT_EQ(call->outcomes, Outcomes{"ok"});
   EXPECT_EQ(peer.requests().size(), kCalls);
 }
-
-/* Not with the address sanitizer, whose look at virtual tables needs descriptors of its own. */
-#ifndef __SANITIZE_ADDRESS__
-
-/* In a process of its own, whose calls find `left` descriptors; then they find enough. */
-int callWithDescriptors(const std::string& url, rlim_t left) {
-  pid_t child = fork();
-  if (child == 0) {
-    rlimit limit;
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const auto next = static_cast<rlim_t>(dup(0));
-    close(static_cast<int>(next));
-    rlimit tight = {std::min(next + left, limit.rlim_max), limit.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &tight);
-    Scheduled scheduled(url);
-    scheduled.schedule();
-    bool ended = scheduled.runUntilDelivered() && scheduled.outcomes.size() == 1 && scheduled.result();
-    setrlimit(RLIMIT_NOFILE, &limit);
-    _exit((ended ? 0 : 1) + (TestCall(url).invoke() == "ok" ? 0 : 2));
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST(Execution, ProcessWithoutDescriptorsGetsAFaultAndRecovers) {
-  ScriptedPeer peer({replies({kOK, kOK, kOK})});
-  for (rlim_t left = 0; left < 10; ++left) {
-    EXPECT_EQ(callWithDescriptors(peer.url(), left), 0) << left << " descriptors";
-  }
-}
-
-#endif
 
 }  // namespace
 }  // namespace vx
