@@ -17,32 +17,18 @@ package Echo;
 use JSON::PP ();
 use SOAP::Lite;
 
-my %DATE_TYPES = (
-    'http://www.w3.org/1999/XMLSchema' => 'timeInstant',
-    'http://www.w3.org/2001/XMLSchema' => 'dateTime',
-);
-
-sub typed {
-    my ($type, $value) = @_;
-    return SOAP::Data->name('value')->type($type => $value);
-}
+sub typed { return SOAP::Data->name('value')->type(@_) }
 
 # Each gives back a value under the type of its name.
-sub echoString  { return typed(string  => $_[1]) }
-sub echoInt     { return typed(int     => $_[1]) }
-sub echoDouble  { return typed(double  => $_[1]) }
-sub echoBoolean { return typed(boolean => $_[1]) }
-sub echoDate    { return typed($DATE_TYPES{$SOAP::Constants::DEFAULT_XML_SCHEMA} => $_[1]) }
-sub echoBase64  { return typed(base64  => $_[1]) }
+sub echoInt    { return typed(int => $_[1]) }
+sub echoBase64 { return typed(base64 => $_[1]) }
+sub echoDate   { return typed($SOAP::Constants::DEFAULT_XML_SCHEMA =~ /1999/ ? 'timeInstant' : 'dateTime', $_[1]) }
 
 # Leaves the types to SOAP::Lite.
 sub echo { return SOAP::Data->name(value => $_[1]) }
 
 # What arrived, as a text in JSON: how this side understood it.
-sub received {
-    my (undef, @parameters) = @_;
-    return typed(string => JSON::PP->new->canonical->convert_blessed->encode(\@parameters));
-}
+sub received { return typed(string => JSON::PP->new->canonical->convert_blessed->encode([@_[1 .. $#_]])) }
 
 # A structure of a named type becomes an object of a class of that name.
 sub Dictionary::TO_JSON { return {%{$_[0]}} }
@@ -69,8 +55,7 @@ sub transpose {
 }
 
 sub fault {
-    my (undef, $code, $text) = @_;
-    die SOAP::Fault->faultcode($code)->faultstring($text)->faultdetail({reason => 'asked for'});
+    die SOAP::Fault->faultcode($_[1])->faultstring($_[2])->faultdetail({reason => 'asked for'});
 }
 
 # The parameters come with the whole request as the last one, for its headers.
@@ -79,8 +64,7 @@ package Headers;
 our @ISA = qw(SOAP::Server::Parameters);
 
 sub received {
-    my $request = $_[-1];
-    my @headers = $request->headerof('//Header/*');
+    my @headers = $_[-1]->headerof('//Header/*');
     return Echo::typed(string => join ' ', map { sprintf '{%s}%s=%s', $_->uri, $_->name, $_->value } @headers);
 }
 
@@ -97,9 +81,8 @@ sub SOAP::Lite::Deserializer::XMLSchema1999::as_base64 { return MIME::Base64::de
 
 # Of its own accord it would send every text beyond ASCII as base64.
 sub configured {
-    my ($serializer) = @_;
-    $serializer->typelookup->{$_} = [1000, sub { 0 }, "as_$_"] for qw(base64Binary base64);
-    return $serializer;
+    $_[0]->typelookup->{$_} = [1000, sub { 0 }, "as_$_"] for qw(base64Binary base64);
+    return $_[0];
 }
 
 sub data {
@@ -112,10 +95,9 @@ sub data {
 
 sub stringify {
     my ($value) = @_;
-    return undef unless defined $value;
     return [map { stringify($_) } @$value] if UNIVERSAL::isa($value, 'ARRAY');
     return {map { $_ => stringify($value->{$_}) } keys %$value} if UNIVERSAL::isa($value, 'HASH');
-    return "$value";
+    return defined $value ? "$value" : undef;
 }
 
 sub call {
