@@ -9,6 +9,7 @@
 #ifndef SUPPORT_SCRIPTED_PEER_H
 #define SUPPORT_SCRIPTED_PEER_H
 
+#include <BQ/BQ.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -264,5 +265,15 @@ class ScriptedPeer {
   std::vector<std::thread> servers_;
   std::thread acceptor_;
 };
+
+/* Runs the loop until the condition holds; false if it does not within 20 seconds. */
+template <class Condition>
+bool runUntil(Condition condition, const BQString* mode = kBQRunLoopDefaultMode) {
+  BQAbsoluteTime end = BQAbsoluteTimeGetCurrent() + 20;
+  while (!condition() && BQAbsoluteTimeGetCurrent() < end) {
+    if (BQRunLoopRunInMode(mode, 1, true) == kBQRunLoopRunFinished) break;
+  }
+  return condition();
+}
 
 #endif

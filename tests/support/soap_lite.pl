@@ -20,6 +20,7 @@ use SOAP::Lite;
 sub typed { return SOAP::Data->name('value')->type(@_) }
 
 # Each gives back a value under the type of its name.
+sub echoString { return typed(string => $_[1]) }
 sub echoInt    { return typed(int => $_[1]) }
 sub echoBase64 { return typed(base64 => $_[1]) }
 sub echoDate   { return typed($SOAP::Constants::DEFAULT_XML_SCHEMA =~ /1999/ ? 'timeInstant' : 'dateTime', $_[1]) }

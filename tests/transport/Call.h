@@ -94,13 +94,6 @@ class Scheduled : public TestCall {
     VXMethodInvocationSetCallBack(get(), receive, &context);
   }
 
-  /* Runs a mode until something holds, for a while at most. */
-  template <class Condition>
-  static bool runUntil(Condition condition, const BQString* mode = kBQRunLoopDefaultMode) {
-    BQAbsoluteTime end = BQAbsoluteTimeGetCurrent() + 20;
-    while (!condition() && BQAbsoluteTimeGetCurrent() < end) BQRunLoopRunInMode(mode, 5, true);
-    return condition();
-  }
   bool runUntilDelivered(const BQString* mode = kBQRunLoopDefaultMode) {
     return runUntil([this] { return !outcomes.empty(); }, mode);
   }

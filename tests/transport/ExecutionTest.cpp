@@ -58,7 +58,7 @@ TEST(Execution, CallbacksMayDoAnythingToTheirInvocation) {
       Scheduled call(peer.url());
       call.then = row.then;
       call.schedule();
-      EXPECT_TRUE(call.runUntil([&] { return call.outcomes.size() == row.requests; }));
+      EXPECT_TRUE(runUntil([&] { return call.outcomes.size() == row.requests; }));
       for (int i = 0; i < 5; ++i) runOnce();
       EXPECT_EQ(call.outcomes.size(), row.requests);
       EXPECT_EQ(peer.requests().size(), row.requests);
@@ -106,7 +106,7 @@ TEST(Execution, CallTakenOffItsModeLeavesItQuiet) {
   Scheduled call(peer.url());
   call.set(kVXMethodInvocationTimeoutValue, 60);
   call.schedule();
-  ASSERT_TRUE(call.runUntil([&] { return peer.requests().size() == 1; }));
+  ASSERT_TRUE(runUntil([&] { return peer.requests().size() == 1; }));
   call.unschedule();
   EXPECT_EQ(runOnce(), kBQRunLoopRunFinished);
   EXPECT_EQ(call.outcomes, Outcomes{});

@@ -54,15 +54,6 @@ class Exchange {
     BQReadStreamScheduleWithRunLoop(stream(), BQRunLoopGetCurrent(), mode);
     return BQReadStreamOpen(stream());
   }
-  /* Runs the loop until the condition holds; false if it does not within 20 seconds. */
-  static bool runUntil(const std::function<bool()>& condition, const BQString* mode = kBQRunLoopDefaultMode) {
-    BQAbsoluteTime limit = BQAbsoluteTimeGetCurrent() + 20;
-    while (!condition()) {
-      if (BQAbsoluteTimeGetCurrent() > limit) return false;
-      if (BQRunLoopRunInMode(mode, 1, true) == kBQRunLoopRunFinished) return condition();
-    }
-    return true;
-  }
   bool runToEnd(const BQString* mode = kBQRunLoopDefaultMode) {
     return runUntil([this] { return isOver_; }, mode);
   }
@@ -124,13 +115,13 @@ class Exchange {
     if (onEvent) onEvent(event);
     if (name == "bytes" && readsBytes && stream_) readAll();
   }
-  bq::Ref<const BQHTTPMessage> response() {
+  BQRef<const BQHTTPMessage> response() {
     return values::own(static_cast<const BQHTTPMessage*>(
         BQReadStreamCopyProperty(stream_.get(), kBQStreamPropertyHTTPResponseHeader)));
   }
 
-  bq::Ref<BQHTTPMessage> request_;
-  bq::Ref<BQReadStream> stream_;
+  BQRef<BQHTTPMessage> request_;
+  BQRef<BQReadStream> stream_;
   std::string events_;
   std::string body_;
   bool isOver_ = false;

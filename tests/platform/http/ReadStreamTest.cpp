@@ -29,14 +29,14 @@ TEST(ReadStream, StatusFollowsTheTransfer) {
   EXPECT_EQ(BQReadStreamGetStatus(stream), kBQStreamStatusOpening);
   EXPECT_EQ(exchange.statusLine(), "(none)");
   head.open();
-  EXPECT_TRUE(Exchange::runUntil([&] { return exchange.events() == "open"; }));
+  EXPECT_TRUE(runUntil([&] { return exchange.events() == "open"; }));
   EXPECT_EQ(BQReadStreamGetStatus(stream), kBQStreamStatusOpen);
   EXPECT_EQ(exchange.statusLine(), "HTTP/1.1 200 OK");
   EXPECT_FALSE(BQReadStreamHasBytesAvailable(stream));
   uint8_t buffer[8];
   EXPECT_EQ(BQReadStreamRead(stream, buffer, sizeof buffer), 0);
   body.open();
-  EXPECT_TRUE(Exchange::runUntil([&] { return exchange.events() == "open bytes"; }));
+  EXPECT_TRUE(runUntil([&] { return exchange.events() == "open bytes"; }));
   EXPECT_TRUE(BQReadStreamHasBytesAvailable(stream));
   for (BQIndex count : {3, 1}) EXPECT_EQ(BQReadStreamRead(stream, buffer, 3), count);
   EXPECT_EQ(BQReadStreamGetStatus(stream), kBQStreamStatusAtEnd);
@@ -71,13 +71,13 @@ TEST(ReadStream, TakesWhatIsDueAndTheRestToItsNewMode) {
   Exchange exchange(peer.url());
   exchange.readsBytes = false;
   ASSERT_TRUE(exchange.open());
-  ASSERT_TRUE(Exchange::runUntil([&] { return exchange.events() == "open bytes"; }));
+  ASSERT_TRUE(runUntil([&] { return exchange.events() == "open bytes"; }));
   BQReadStreamUnscheduleFromRunLoop(exchange.stream(), BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   exchange.readsBytes = true;
   BQReadStreamScheduleWithRunLoop(exchange.stream(), BQRunLoopGetCurrent(), kOtherMode);
   EXPECT_EQ(pass(), kBQRunLoopRunFinished);
   EXPECT_EQ(exchange.body(), "");
-  EXPECT_TRUE(Exchange::runUntil([&] { return exchange.body() == "ab"; }, kOtherMode));
+  EXPECT_TRUE(runUntil([&] { return exchange.body() == "ab"; }, kOtherMode));
   rest.open();
   EXPECT_TRUE(exchange.runToEnd(kOtherMode));
   EXPECT_EQ(exchange.body(), "abcd");
@@ -94,10 +94,10 @@ TEST(ReadStream, WithoutAClientCanBePolled) {
   BQReadStreamScheduleWithRunLoop(stream, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   ASSERT_TRUE(BQReadStreamOpen(stream));
   EXPECT_FALSE(BQReadStreamOpen(stream));
-  ASSERT_TRUE(Exchange::runUntil([&] { return BQReadStreamHasBytesAvailable(stream); }));
+  ASSERT_TRUE(runUntil([&] { return BQReadStreamHasBytesAvailable(stream); }));
   pass();
   EXPECT_EQ(BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true), kBQRunLoopRunTimedOut) << "reports to nobody";
-  Exchange::runUntil([&] {
+  runUntil([&] {
     exchange.readAll();
     return BQReadStreamGetStatus(stream) == kBQStreamStatusAtEnd;
   });
@@ -114,7 +114,7 @@ TEST(ReadStream, ClientGetsOnlyTheEventsOfItsMask) {
     static_cast<std::vector<BQStreamEventType>*>(info)->push_back(event);
   };
   ASSERT_TRUE(BQReadStreamSetClient(exchange.stream(), kBQStreamEventEndEncountered, record, &context));
-  Exchange::runUntil([&] { return !events.empty(); });
+  runUntil([&] { return !events.empty(); });
   EXPECT_EQ(events, std::vector<BQStreamEventType>{kBQStreamEventEndEncountered});
   EXPECT_EQ(exchange.events(), "");
 }
@@ -164,7 +164,7 @@ TEST(ReadStream, CanBeReleasedOrClosedInsideEveryEvent) {
         isReleased ? exchange.releaseStream() : BQReadStreamClose(exchange.stream());
       };
       ASSERT_TRUE(exchange.open());
-      EXPECT_TRUE(Exchange::runUntil([&] { return isDone; }));
+      EXPECT_TRUE(runUntil([&] { return isDone; }));
       EXPECT_EQ(pass(), kBQRunLoopRunFinished);
     }
   }
@@ -178,7 +178,7 @@ TEST(ReadStream, CanBeReleasedInsideTheEventOfAnother) {
   first.onEvent = [&](BQStreamEventType) { ++events, second.releaseStream(); };
   second.onEvent = [&](BQStreamEventType) { ++events, first.releaseStream(); };
   ASSERT_TRUE(first.open() && second.open());
-  EXPECT_TRUE(Exchange::runUntil([&] { return events > 0; }));
+  EXPECT_TRUE(runUntil([&] { return events > 0; }));
   while (pass() != kBQRunLoopRunFinished && events < 10) {
   }
   EXPECT_TRUE(first.events().empty() || second.events().empty());

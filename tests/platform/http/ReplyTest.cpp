@@ -49,7 +49,7 @@ TEST(Reply, LargeOnesAreHeldBackUntilTheyAreRead) {
   int events = 0;
   ASSERT_TRUE(exchange.open());
   exchange.onEvent = [&](BQStreamEventType) { ++events; };
-  ASSERT_TRUE(Exchange::runUntil([&] { return events > 1000; }));
+  ASSERT_TRUE(runUntil([&] { return events > 1000; }));
   std::string start(body.size(), '\0');
   BQIndex count = BQReadStreamRead(exchange.stream(), reinterpret_cast<uint8_t*>(start.data()),
                                    static_cast<BQIndex>(start.size()));
@@ -77,7 +77,7 @@ TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
   Exchange waiting(silent.url());
   ASSERT_TRUE(waiting.open());
   auto isQuiet = [] { return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true) == kBQRunLoopRunTimedOut; };
-  EXPECT_TRUE(Exchange::runUntil([&] { return isQuiet() && silent.requests().size() == 1; }));
+  EXPECT_TRUE(runUntil([&] { return isQuiet() && silent.requests().size() == 1; }));
   int quiet = 0;
   for (int pass = 0; pass < 100; ++pass) quiet += isQuiet() ? 1 : 0;
   EXPECT_GE(quiet, 99);
@@ -101,7 +101,7 @@ TEST(ConnectionReuse, RequestIsSentAgainOnANewConnection) {
   {
     Exchange first(peer.url()), second(peer.url());
     ASSERT_TRUE(first.open() && second.open());
-    ASSERT_TRUE(Exchange::runUntil([&] { return peer.requests().size() == 2 || first.isOver(); }));
+    ASSERT_TRUE(runUntil([&] { return peer.requests().size() == 2 || first.isOver(); }));
     bothWait.open();
     ASSERT_TRUE(first.runToEnd() && second.runToEnd());
   }
