@@ -15,22 +15,15 @@
 namespace support {
 namespace {
 
-std::string stringNotation(const std::string& plain) {
-  std::ostringstream out;
-  out << std::quoted(plain, '\'');
-  return out.str();
-}
-
 std::string numberNotation(const BQNumber* number) {
   char out[64];
-  if (BQNumberIsFloatType(number)) {
-    double value = 0;
-    BQNumberGetValue(number, kBQNumberFloat64Type, &value);
-    return std::string(out, std::to_chars(out, out + sizeof out, value).ptr) + "d";
-  }
-  int64_t value = 0;
-  BQNumberGetValue(number, kBQNumberSInt64Type, &value);
-  return std::to_string(value) + (BQNumberGetType(number) == kBQNumberSInt64Type ? "L" : "");
+  double real = 0;
+  int64_t integer = 0;
+  BQNumberGetValue(number, kBQNumberFloat64Type, &real);
+  BQNumberGetValue(number, kBQNumberSInt64Type, &integer);
+  if (BQNumberIsFloatType(number))
+    return std::string(out, std::to_chars(out, out + sizeof out, real).ptr) + "d";
+  return std::to_string(integer) + (BQNumberGetType(number) == kBQNumberSInt64Type ? "L" : "");
 }
 
 std::string dateNotation(const BQDate* date) {
@@ -44,20 +37,15 @@ std::string dateNotation(const BQDate* date) {
 }
 
 std::string dataNotation(const BQData* data) {
-  std::string result = "<";
-  for (unsigned char byte : bytes(data)) {
-    char out[3];
-    std::snprintf(out, sizeof out, "%02x", byte);
-    result += out;
-  }
-  return result + ">";
+  std::ostringstream out;
+  for (unsigned char byte : bytes(data)) out << std::hex << std::setw(2) << std::setfill('0') << int{byte};
+  return "<" + out.str() + ">";
 }
 
 std::string arrayNotation(const BQArray* array) {
   std::string result;
-  for (BQIndex i = 0; i < BQArrayGetCount(array); ++i) {
+  for (BQIndex i = 0; i < BQArrayGetCount(array); ++i)
     result += (i > 0 ? ", " : "") + notation(BQArrayGetValueAtIndex(array, i));
-  }
   return "[" + result + "]";
 }
 
@@ -65,16 +53,10 @@ std::string dictionaryNotation(const BQDictionary* dictionary) {
   std::vector<BQTypeRef> keys(static_cast<size_t>(BQDictionaryGetCount(dictionary)));
   BQDictionaryGetKeysAndValues(dictionary, keys.data(), nullptr);
   std::string result;
-  for (BQTypeRef key : keys) {
-    result += result.empty() ? "" : ", ";
-    result += text(key) + ": " + notation(BQDictionaryGetValue(dictionary, key));
-  }
+  for (BQTypeRef key : keys)
+    result +=
+        (result.empty() ? "" : ", ") + text(key) + ": " + notation(BQDictionaryGetValue(dictionary, key));
   return "{" + result + "}";
-}
-
-template <class T>
-const T* cast(BQTypeRef object) {
-  return static_cast<const T*>(object);
 }
 
 /* Null, a boolean, a number, a date, or the very object of a public constant. */
@@ -87,8 +69,8 @@ Value readWord(std::istream& in) {
     return Value::adopt(
         vxCreateDateFromISO8601(reinterpret_cast<const unsigned char*>(&word[1]), word.size() - 1));
   if (word == "null") return Value::retain(kBQNull);
-  if (word == "true" || word == "false")
-    return Value::retain(word == "true" ? kBQBooleanTrue : kBQBooleanFalse);
+  if (word == "true") return Value::retain(kBQBooleanTrue);
+  if (word == "false") return Value::retain(kBQBooleanFalse);
   for (const auto& [object, characters] : kConstants) {
     if (word == characters) return Value::retain(object);
   }
@@ -189,18 +171,21 @@ std::string bytes(const BQData* data) {
   return {reinterpret_cast<const char*>(BQDataGetBytePtr(data)), static_cast<size_t>(BQDataGetLength(data))};
 }
 
-std::string notation(BQTypeRef value) {
-  BQTypeID typeID = BQGetTypeID(value);
-  if (value == nullptr) return "-";
-  if (value == kBQNull) return "null";
-  if (typeID == BQStringGetTypeID()) return stringNotation(text(value));
-  if (typeID == BQBooleanGetTypeID()) return value == kBQBooleanTrue ? "true" : "false";
-  if (typeID == BQNumberGetTypeID()) return numberNotation(cast<BQNumber>(value));
-  if (typeID == BQDateGetTypeID()) return dateNotation(cast<BQDate>(value));
-  if (typeID == BQDataGetTypeID()) return dataNotation(cast<BQData>(value));
-  if (typeID == BQArrayGetTypeID()) return arrayNotation(cast<BQArray>(value));
-  if (typeID == BQDictionaryGetTypeID()) return dictionaryNotation(cast<BQDictionary>(value));
-  return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get());
+std::string notation(BQTypeRef object) {
+  const Value value = Value::retain(object);
+  const BQTypeID typeID = BQGetTypeID(object);
+  if (object == nullptr) return "-";
+  if (object == kBQNull) return "null";
+  if (typeID == BQBooleanGetTypeID()) return object == kBQBooleanTrue ? "true" : "false";
+  if (typeID == BQNumberGetTypeID()) return numberNotation(value);
+  if (typeID == BQDateGetTypeID()) return dateNotation(value);
+  if (typeID == BQDataGetTypeID()) return dataNotation(value);
+  if (typeID == BQArrayGetTypeID()) return arrayNotation(value);
+  if (typeID == BQDictionaryGetTypeID()) return dictionaryNotation(value);
+  if (typeID != BQStringGetTypeID()) return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get());
+  std::ostringstream out;
+  out << std::quoted(text(object), '\'');
+  return out.str();
 }
 
 std::vector<Value> valuesOf(const std::string& notation) {
