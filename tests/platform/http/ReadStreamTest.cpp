@@ -13,8 +13,8 @@ using namespace values;
 
 const BQString* const kOtherMode = BQSTR("another mode");
 
-BQRunLoopRunResult pass(const BQString* mode = kBQRunLoopDefaultMode) {
-  return BQRunLoopRunInMode(mode, 0, false);
+BQRunLoopRunResult pass() {
+  return BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, false);
 }
 
 TEST(ReadStream, StatusFollowsTheTransfer) {
@@ -64,10 +64,10 @@ TEST(ReadStream, BytesAreReportedUntilTheyAreRead) {
   EXPECT_EQ(reports, 10);
 }
 
-TEST(ReadStream, TakesWhatIsDueAndTheRestToItsNewMode) {
+TEST(ReadStream, TakesWhatIsDueTheRestAndItsConnectionToItsNewMode) {
   Gate rest;
   Script script = Script().expectRequest().send("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nab");
-  ScriptedPeer peer({script.waitFor(rest).send("cd").waitForClose()});
+  ScriptedPeer peer({script.waitFor(rest).send("cd").then(reply(okResponse("next")))});
   Exchange exchange(peer.url());
   exchange.readsBytes = false;
   ASSERT_TRUE(exchange.open());
@@ -81,16 +81,17 @@ TEST(ReadStream, TakesWhatIsDueAndTheRestToItsNewMode) {
   rest.open();
   EXPECT_TRUE(exchange.runToEnd(kOtherMode));
   EXPECT_EQ(exchange.body(), "abcd");
+  EXPECT_EQ(Exchange(peer.url()).run().answer(), "next");
+  EXPECT_EQ(peer.connectionCount(), 1u);
 }
 
 TEST(ReadStream, WithoutAClientCanBePolled) {
   ScriptedPeer peer({reply(okResponse("polled"))});
   Exchange exchange(peer.url());
-  BQReadStream* stream = exchange.stream();
-  EXPECT_FALSE(BQReadStreamOpen(stream)) << "it is on no run loop";
+  EXPECT_FALSE(BQReadStreamOpen(exchange.stream())) << "it is on no run loop";
   EXPECT_EQ(exchange.answer(), "(posix 22)");
   exchange.releaseStream();
-  stream = exchange.stream();
+  BQReadStream* stream = exchange.stream();
   BQReadStreamScheduleWithRunLoop(stream, BQRunLoopGetCurrent(), kBQRunLoopDefaultMode);
   ASSERT_TRUE(BQReadStreamOpen(stream));
   EXPECT_FALSE(BQReadStreamOpen(stream));

@@ -61,15 +61,6 @@ TEST(Reply, LargeOnesAreHeldBackUntilTheyAreRead) {
   EXPECT_TRUE(start + exchange.body() == body);
 }
 
-TEST(ConnectionReuse, ConsecutiveRequestsShareAConnectionInWhateverMode) {
-  ScriptedPeer peer({replies({kOne, kTwo})});
-  EXPECT_EQ(Exchange(peer.url()).run().answer(), "one");
-  Exchange exchange(peer.url());
-  EXPECT_TRUE(exchange.open(BQSTR("another mode")) && exchange.runToEnd(BQSTR("another mode")));
-  EXPECT_EQ(exchange.body(), "two");
-  EXPECT_EQ(peer.connectionCount(), 1u);
-}
-
 TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
   ScriptedPeer peer({replyAndClose(kOne)}), silent({Script().expectRequest().waitForClose()});
   EXPECT_EQ(Exchange(peer.url()).run().answer(), "one");
