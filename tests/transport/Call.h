@@ -18,8 +18,7 @@ namespace vx {
 
 using namespace support;
 
-/* What a call came to: its value, "message domain error" for a failure of the transport, or what else it is.
- */
+/* What a call came to: its value, "message domain error" of a failure of the transport, or all of it. */
 inline std::string outcomeOf(const BQDictionary* result) {
   auto entry = [](BQTypeRef holder, const BQString* key) {
     return BQDictionaryGetValue(static_cast<const BQDictionary*>(holder), key);

@@ -30,8 +30,7 @@ bool succeeds(int round, const std::string& url, const Value& value) {
          TestCall(url, protocol).set(kVXDebugOutgoingBody, kBQBooleanTrue).invoke() == "ok";
 }
 
-/* Their first calls are the first of the process, if the test runs alone. Those of a thread share a
- * connection. */
+/* The calls of a thread share a connection. If the test runs alone, they are the first of the process. */
 TEST(Threads, HaveTheirOwnHandlersAndCalls) {
   std::vector<std::string> answers;
   for (int round = 0; round < kRounds; ++round) answers.push_back(anyReply(kProtocols[round % 3]));

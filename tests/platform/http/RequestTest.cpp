@@ -186,8 +186,7 @@ TEST(Redirect, ToAnotherHostLosesHostAndSecrets) {
   EXPECT_EQ(exchange.body(), "there");
 }
 
-/* A URL, a location, the URL of the target, which is empty if there is none, and whether the origin is the
- * same. */
+/* A URL, a location, the URL of the target, empty if there is none, and whether the origin is the same. */
 TEST(Redirect, TargetIsResolvedAndComparedWithItsOrigin) {
   const std::tuple<const char*, const char*, const char*, bool> table[] = {
       {"http://h/a/b?q#f", "c", "http://h/a/c", true},
