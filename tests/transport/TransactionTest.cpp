@@ -88,10 +88,11 @@ TEST(Transaction, CapturesWhatWasAskedForWhenTheSourceIsMade) {
 TEST(Transaction, SwitchesPrintTheTransactionAndItsSteps) {
   for (int verbose : {0, 1}) {
     ScriptedPeer peer({reply(kOK)});
+    TestCall call(peer.url()); /* which may be what reads the environment */
     gVXDebug = 1;
     gVXDebugVerbose = verbose;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(BQDictionaryGetCount(TestCall(peer.url()).result()), 6) << "all four captures";
+    EXPECT_EQ(BQDictionaryGetCount(call.result()), 6) << "all four captures";
     gVXDebug = gVXDebugVerbose = 0;
     const std::string printed = testing::internal::GetCapturedStderr();
     for (const char* step :
