@@ -90,8 +90,10 @@ bool PlainReader::readStartTag() {
   if (name.empty() || !readAttributes()) return false;
   bool isEmpty = skip('/');
   if (!skip('>')) return false;
-  const BQXMLElementInfo* info = infos_.find(*arena_, names_, attributes_);
-  if (!builder_.startElement(names_.find(*arena_, name).string, info)) return false;
+  const BQString* shared = names_.find(*arena_, name);
+  const AttributeList* list = attributes_.empty() ? nullptr : lists_.find(*arena_, names_, attributes_);
+  if (shared == nullptr || (list == nullptr && !attributes_.empty())) return false;
+  if (!builder_.startElement(shared, list)) return false;
   if (isEmpty) {
     builder_.endElement();
   } else {
@@ -234,7 +236,7 @@ std::string_view PlainReader::readQuoted() {
 }
 
 void PlainReader::appendFrom(const char* start) {
-  if (next_ != start) builder_.appendText({start, static_cast<size_t>(next_ - start)});
+  if (next_ != start) builder_.appendLastingText({start, static_cast<size_t>(next_ - start)});
 }
 
 }  // namespace bq
