@@ -378,8 +378,7 @@ Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const B
   std::string_view text = subject.text();
   if (isNamed(type, "string")) return own<const void>(copyXMLStringFromTree(subject.firstChild()));
   if (isNamed(type, "boolean")) {
-    return makeBoolean(!isNamed(text, "0") && !isNamed(text, "false") &&
-                       !isNamed(text, "nil"));
+    return makeBoolean(!isNamed(text, "0") && !isNamed(text, "false") && !isNamed(text, "nil"));
   }
   if (isNamed(type, "i4") || isNamed(type, "int")) return own<const void>(makeIntValueFromString(text));
   if (isNamed(type, "double") || isNamed(type, "float")) return makeDouble(text);

@@ -48,7 +48,8 @@ class SOAPValueReader {
   /* The same for a parameter of a request, about which overrides are asked once more. */
   Owned<const void> parseParameter(const BQTree* element, NamespaceMap& namespaces);
 
-  /* A copy of the name of a value that does not keep the document alive; a message too if there are too many. */
+  /* A copy of the name of a value that does not keep the document alive; a message too if there are too many.
+   */
   Owned<const BQString> copyName(const BQTree* element);
 
   /* The message of what failed, owned by the caller; null if nothing has. */

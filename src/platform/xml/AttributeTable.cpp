@@ -33,8 +33,8 @@ const AttributeList* makeList(Arena& arena, NameTable& names, std::span<const At
     const BQString* name = names.find(arena, attribute.name);
     if (name == nullptr) return nullptr;
     std::string_view value = attribute.value;
-    new (entry++) AttributeEntry{
-        name, value.empty() ? BQSTR("") : makeArenaString(arena, value.data(), value.size())};
+    new (entry++)
+        AttributeEntry{name, value.empty() ? BQSTR("") : makeArenaString(arena, value.data(), value.size())};
   }
   return list;
 }

@@ -2,6 +2,7 @@
 #ifndef BQ_XML_PLAIN_READER_H
 #define BQ_XML_PLAIN_READER_H
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -46,6 +47,7 @@ class PlainReader {
     return isThere;
   }
   bool skip(std::string_view expected);
+  void skipAll(uint8_t place);
   bool skipBlanks();
   bool skipCharacter();
   std::string_view readName();

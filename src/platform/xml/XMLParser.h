@@ -17,8 +17,8 @@
 
 #include "platform/object/Arena.h"
 #include "platform/object/Object.h"
-#include "platform/xml/DocumentText.h"
 #include "platform/xml/AttributeTable.h"
+#include "platform/xml/DocumentText.h"
 #include "platform/xml/NameTable.h"
 #include "platform/xml/PlainReader.h"
 #include "platform/xml/TreeBuilder.h"
