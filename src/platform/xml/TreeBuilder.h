@@ -52,6 +52,7 @@ class TreeBuilder {
   Position* make(BQXMLNodeTypeCode type, uint16_t flags, const BQString* string);
   void append(BQTree* position);
   void appendTextNode(BQXMLNodeTypeCode type);
+  std::string_view text() const { return text_.empty() ? lastingText_ : text_; }
   void clearText();
   void finishText(bool keepsBlanks);
 
@@ -60,7 +61,6 @@ class TreeBuilder {
   BQTypeID nodeTypeID_ = 0;
 
   /* Text that no tag, CDATA section or entity reference has ended yet. */
-  std::string_view text() const { return text_.empty() ? lastingText_ : text_; }
   std::string text_;
   /* All of it, if it is in one piece that lasts; then there is none above. */
   std::string_view lastingText_;
