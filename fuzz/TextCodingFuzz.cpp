@@ -19,7 +19,7 @@ void checkBytes(const BQData* data) {
   for (int indent = -1; indent <= 9; ++indent) {
     auto text = own(vx::encodeBinaryData(data, indent));
     check(textOf(text.get()).size() == vx::base64Length(data, indent));
-    check(BQEqual(own(vx::decodeBinaryData(text.get())).get(), data));
+    check(BQEqual(own(vx::decodeBinaryData(textOf(text.get()))).get(), data));
   }
 }
 
@@ -41,14 +41,14 @@ void checkDate(std::string_view text) {
                                    (time < static_cast<double>(static_cast<int64_t>(time))));
   for (unsigned char compact : {0, 1}) {
     auto written = own(vx::isoEncodeDate(date.get(), compact));
-    auto again = own(vx::isoDecodeDate(written.get()));
+    auto again = own(vx::isoDecodeDate(textOf(written.get())));
     check(BQDateGetAbsoluteTime(again.get()) == whole);
   }
 }
 
 /* The answer of the C library, which reads digits in the same way, for texts that it sees whole. */
 void checkInteger(const BQString* string) {
-  auto number = own(vx::makeIntValueFromString(string));
+  auto number = own(vx::makeIntValueFromString(textOf(string)));
   int64_t value = 0;
   check(BQNumberGetValue(number.get(), kBQNumberSInt64Type, &value));
   check(BQNumberGetType(number.get()) ==
@@ -90,8 +90,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   checkDate(text);
   auto string = makeString(text);
   if (string == nullptr) return 0;
-  own(vx::decodeBinaryData(string.get()));
-  own(vx::isoDecodeDate(string.get()));
+  own(vx::decodeBinaryData(textOf(string.get())));
+  own(vx::isoDecodeDate(textOf(string.get())));
   checkInteger(string.get());
   checkReal(string.get());
   checkEntities(string.get());

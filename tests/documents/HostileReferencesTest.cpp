@@ -52,6 +52,8 @@ TEST(HostileReferences, AreBounded) {
       {"much text", calls + last + std::string(100000, 't') + "</r>",
        "Too much text is read through repeated references"},
       {"many elements", many + numbered(50000, "<r id='%'>x</r>"), "(null) read"},
+      {"many texts between elements", "<m>" + numbered(16385, "t%<x/>") + "</m>",
+       "Too much text between elements"},
       {"depth", "<m>" + open + "<c href='#0'/>" + close + "</m><r id='0'>" + open + close + "</r>",
        "Values are nested too deep"},
       {"a long namespace", "<m xmlns:a='" + std::string(4097, 'u') + "'><b/></m>", "A namespace is too long"},

@@ -354,17 +354,33 @@ TEST(XMLParser, RefusesManyDeclaredAttributes) {
   EXPECT_EQ(outcome(declaring(10000)), "error: too many attributes declared by the document type");
 }
 
+TEST(XMLParser, RefusesWhatTakesMuchMemory) {
+  auto numbered = [](int count, const std::string& before, const std::string& after) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += before + std::to_string(i) + after;
+    return text;
+  };
+  EXPECT_TRUE(parse("<a" + numbered(4096, " n", "='v'") + "/>"));
+  EXPECT_EQ(outcome("<a" + numbered(4097, " n", "='v'") + "/>"), "error: too many attributes in one tag");
+  EXPECT_TRUE(parse("<a>" + numbered(16383, "<n", "/>") + "</a>"));
+  EXPECT_EQ(outcome("<a>" + numbered(60000, "<n", "/>") + "</a>"), "error: too many different names");
+  EXPECT_EQ(outcome("<a>" + numbered(60000, "<a n", "=''/>") + "</a>"), "error: too many different names");
+  EXPECT_TRUE(parse("<a>" + repeated("&e;", 16384) + "</a>"));
+  EXPECT_EQ(outcome("<a>" + repeated("&e;", 20000) + "</a>"), "error: too many references to entities");
+}
+
 TEST(XMLParser, SurvivesManyAndLongNames) {
   std::string longName(10 << 20, 'n');
   EXPECT_EQ(outcome("<" + longName + "/>"), longName + "()");
   EXPECT_EQ(outcome("<a>&" + longName + ";</a>"), "a(&" + longName + ";)");
   std::string document = "<a", expected = "a";
-  for (int i = 0; i < 20000; ++i)
+  for (int i = 0; i < 4096; ++i)
     document += " n" + std::to_string(i) + "='v'", expected += " n" + std::to_string(i) + "=v";
   document += '>', expected += '(';
   for (int i = 0; i < 20000; ++i) {
-    document += "<s" + std::to_string(i) + "e/>";
-    expected += (i == 0 ? "s" : ",s") + std::to_string(i) + "e()";
+    std::string name = "s" + std::to_string(i) + "e";
+    document += "<" + name + "><b>x</b>y</" + name + ">";
+    expected += (i == 0 ? "" : ",") + name + "(b(\"x\"),\"y\")";
   }
   EXPECT_EQ(outcome(document + "</a>"), expected + ")");
   EXPECT_EQ(outcome("<b><a/><b/></b>"), "b(a(),b())");
