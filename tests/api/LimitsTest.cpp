@@ -49,37 +49,30 @@ const std::pair<int, Write> kWriters[] = {
        return VXProtocolHandlerCopyRequestDocument(handler, BQSTR("m"), dictionary({{"p", value}}),
                                                    array({string("p")}), nullptr);
      }},
-    {512,
-     [](VXProtocolHandlerRef handler, const Value& value) {
-       return VXProtocolHandlerCopyReplyDocument(handler, dictionary({{"/VXMethodName", string("m")}}),
-                                                 value);
-     }},
     {510, [](VXProtocolHandlerRef, const Value& value) { return BQPropertyListCreateXMLData(value); }},
 };
 
 /* Written out, a container that holds itself twice would double at each level. */
 TEST(Limits, ValuesAreWrittenToTheirDepth) {
-  for (int times : {1, 50}) {
-    Value list = array({}), members = dictionary({}), far = nested(kFarBeyond);
-    for (int i = 0; i < times; ++i) {
-      BQArrayAppendValue(list.as<BQArray>(), list);
-      BQDictionarySetValue(members.as<BQDictionary>(), string(std::to_string(i)), members);
-    }
-    for (const BQString* protocol : kProtocols) {
-      for (const auto& [limit, write] : kWriters) {
-        SCOPED_TRACE(limit);
-        Value fits = nested(limit), beside = array({nested(limit - 1), nested(limit - 1)}),
-              tooDeep = nested(limit + 1);
-        values::runOnSmallStack([&, write = write] {
-          for (const Value* value : {&fits, &beside, &tooDeep, &far, &list, &members})
-            EXPECT_EQ(Value::adopt(write(Handler(protocol), *value)).get() != nullptr,
-                      value == &fits || value == &beside);
-        });
-      }
-    }
-    BQArrayRemoveAllValues(list.as<BQArray>());
-    BQDictionaryRemoveAllValues(members.as<BQDictionary>());
+  Value list = array({}), members = dictionary({}), far = nested(kFarBeyond);
+  for (int i = 0; i < 50; ++i) {
+    BQArrayAppendValue(list.as<BQArray>(), list);
+    BQDictionarySetValue(members.as<BQDictionary>(), string(std::to_string(i)), members);
   }
+  for (const BQString* protocol : kProtocols) {
+    for (const auto& [limit, write] : kWriters) {
+      Value fits = nested(limit), beside = array({nested(limit - 1), nested(limit - 1)}),
+            tooDeep = nested(limit + 1);
+      values::runOnSmallStack([&, write = write, limit = limit] {
+        for (const Value* value : {&fits, &beside, &tooDeep, &far, &list, &members})
+          EXPECT_EQ(Value::adopt(write(Handler(protocol), *value)).get() != nullptr,
+                    value == &fits || value == &beside)
+              << limit;
+      });
+    }
+  }
+  BQArrayRemoveAllValues(list.as<BQArray>());
+  BQDictionaryRemoveAllValues(members.as<BQDictionary>());
 }
 
 /* A parsed document that outlives its reading, and is printed. */
@@ -130,9 +123,7 @@ TEST(Limits, DocumentsAreReadToTheirDepth) {
       Value document = blob("<?xml version='1.0'?>" + start + repeated(each, depth) + innermost +
                             repeated(eachEnd, depth) + end);
       values::runOnSmallStack([&, read = read, isRead = depth == limit] {
-        Value result = Value::adopt(read(document)), again = Value::adopt(read(document));
-        EXPECT_EQ(isUsable(result), isRead) << start << depth;
-        EXPECT_TRUE(BQEqual(result, again) || read == readTree);
+        EXPECT_EQ(isUsable(Value::adopt(read(document))), isRead) << start << depth;
       });
     }
     testing::internal::GetCapturedStderr();
