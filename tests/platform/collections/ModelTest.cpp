@@ -99,10 +99,10 @@ void replace(BQString* string, std::string& model) {
 }
 
 void read(const BQString* string, const std::string& model) {
-  const std::string part = piece() + piece();
-  const auto object = values::string(part);
   const BQRange range = {position(std::ssize(model)), position(std::ssize(model))};
   const std::string inside = isInside(model, range) ? model.substr(range.location, range.length) : "";
+  const std::string part = std::vector{piece() + piece(), inside, model, foldedIf(1, model)}[upTo(3)];
+  const auto object = values::string(part);
   EXPECT_EQ(text(own(BQStringCreateSubstring(string, range))), isInside(model, range) ? inside : "(none)");
   for (int options : {0, 1, 4, 5}) {
     std::string searched = foldedIf(options & 1, inside), wanted = foldedIf(options & 1, part);
