@@ -8,13 +8,8 @@ import unittest
 
 from toolcase import CONTROLS, ESCAPED, UNSHOWN, VXCALL, Peer, reply, response, vxcall
 
-PARAMETERS = [
-    "int:-2147483648", "2147483647", "0.1", "double:-0", "double:1e300", "double:5e-324", "double:3", "true", "bool:0",
-    "string:", "string: ", "string:\t\r\n \r", "string:]]> &amp; <a> \" é € 日本 \U0001f600", "string:5", "nil:",
-    "date:2005-02-28T13:45:09Z", "date:2005-02-28T13:45:09.987-05:30", "date:0001-01-01", "date:9999-12-31T23:59:59Z",
-    "base64:", "base64:AAH/", "z=1", "a-b.c=2", "p0=json:[]", "json:{}",
-    'json:{"z":{"":[[],[1,[2.5,true]]]}," b ":"","/a":[{"é":1}]}',
-]
+PARAMETERS = ["2147483647", "double:5e-324", "bool:0", "string: ", "string:]]> &amp; <a> \" é \U0001f600", "nil:",
+              "date:2005-02-28T13:45:09.987-05:30", "base64:AAH/", "a-b.c=2", 'json:{"z":{"":[[],[1,[2.5,true]]]}," b ":"","/a":[]}']
 
 
 class VxcallCase(unittest.TestCase):
