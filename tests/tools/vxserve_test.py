@@ -84,10 +84,6 @@ class ServerCase(unittest.TestCase):
         if cls.server.stop() != (0, ""):
             raise AssertionError("vxserve did not stop in peace")
 
-    def assert_serves(self):
-        status, _, body = self.server.post(ADD)
-        self.assertEqual((status, b"<i4>3</i4>" in body), (200, True), body)
-
 
 class MethodsTest(ServerCase):
     def setUp(self):
