@@ -92,37 +92,37 @@ class Setting {
     for (const Value& protocol : protocols_) {
       bool isWhole = around.empty() || inner == "(null)";
       std::string document = unescaped(isWhole ? inner : wrapped(around, inner));
-      Value owned = makeHandler(protocol);
-      auto* handler = owned.as<OpaqueVXProtocolHandlerRef>();
+      auto handler = makeHandler(protocol);
       Values values = arrow == "=>" ? Values() : valuesOf(unescaped(value));
       std::string expected = arrow == "=>" ? unescaped(value) : "";
       for (const Value& each : values) expected += (expected.empty() ? "" : " ") + notation(each.get());
       if (arrow != "<=") {
-        std::string actual = read(handler, blob(document));
+        std::string actual = read(handler.get(), blob(document));
         EXPECT_TRUE(agrees(expected, actual)) << text(protocol) << " reads " << document << " as " << actual;
       }
       if (arrow != "=>") {
         values.resize(4);
-        std::string actual = write(handler, values);
+        std::string actual = write(handler.get(), values);
         EXPECT_EQ(isExact ? actual : flat(actual), isExact ? document : flat(document)) << text(protocol);
       }
     }
   }
 
  private:
-  Value makeHandler(const BQString* protocol) {
-    Value result = Value::adopt(VXProtocolHandlerCreate(nullptr, protocol));
-    auto* handler = result.as<OpaqueVXProtocolHandlerRef>();
+  BQRef<OpaqueVXProtocolHandlerRef> makeHandler(const BQString* protocol) {
+    auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, protocol));
     const Values &set = values_["set"], &encode = values_["encode"], &decode = values_["decode"];
     for (size_t i = 0; i < set.size(); i += 2)
-      VXProtocolHandlerSetProperty(handler, set[i], set.at(i + 1).get());
+      VXProtocolHandlerSetProperty(handler.get(), set[i], set.at(i + 1).get());
     for (size_t i = 0; i < encode.size(); i += 2) {
       VXClientContext context = {0, encode.at(i + 1).as<void>(), nullptr, nullptr, nullptr};
-      VXProtocolHandlerSetSerializationOverride(handler, BQGetTypeID(encode[i].get()), writeText, &context);
+      VXProtocolHandlerSetSerializationOverride(handler.get(), BQGetTypeID(encode[i].get()), writeText,
+                                                &context);
     }
     for (size_t i = 0; i < decode.size(); i += 2)
-      VXProtocolHandlerSetDeserializationOverride(handler, decode[i], decode.at(i + 1), readAsName, nullptr);
-    return result;
+      VXProtocolHandlerSetDeserializationOverride(handler.get(), decode[i], decode.at(i + 1), readAsName,
+                                                  nullptr);
+    return handler;
   }
 
   std::string read(VXProtocolHandlerRef handler, const Value& document) {

@@ -1,10 +1,7 @@
 /* Behaviour of handlers that a list of cases cannot express, and public conversions. */
-#include <VX/VX.h>
-#include <gtest/gtest.h>
-
 #include <cmath>
 
-#include "support/Values.h"
+#include "transport/Call.h"
 
 namespace {
 
@@ -29,9 +26,9 @@ Value inEnvelope(const std::string& content) {
 
 /* The message of the fault, if there is one, and "read" if there is a result. */
 std::string outcomeOf(const std::string& content) {
-  Value handler = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
-  Value result = Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler.as<OpaqueVXProtocolHandlerRef>(),
-                                                                   BQSTR("m"), inEnvelope(content)));
+  auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
+  Value result =
+      Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler.get(), BQSTR("m"), inEnvelope(content)));
   auto* extra = static_cast<const BQDictionary*>(BQDictionaryGetValue(result, kVXFaultExtra));
   bool isRead = BQDictionaryGetValue(result, kVXMethodInvocationResult) != nullptr;
   return text(BQDictionaryGetValue(extra, kVXStreamErrorMessage)) + (isRead ? " read" : "");
@@ -43,10 +40,7 @@ TEST(HostileReferences, AreBounded) {
   const std::string calls = "<m>" + numbered(1000, "<x href='#t'/>"), last = "</m><r id='s'>x</r><r id='t'>";
   const std::string elements = numbered(999, "<c/>") + "</r>", open = numbered(300, "<b>"),
                     close = numbered(300, "</b>");
-  const struct {
-    const char* what;
-    std::string content, outcome;
-  } rows[] = {
+  const std::tuple<const char*, std::string, std::string> rows[] = {
       {"a short chain that doubles", call + numbered(10, doubling) + "<r id='10'/>", "(null) read"},
       {"a long one", call + numbered(40, doubling) + "<r id='40'/>", tooMany},
       {"many methods together", numbered(5000, call) + numbered(14, doubling) + "<r id='14'/>",
@@ -63,7 +57,7 @@ TEST(HostileReferences, AreBounded) {
       {"half a value", call + call + "<r id='0'><b/><c href='#2'/></r>",
        "Can't locate anchor element in reply"},
   };
-  for (const auto& row : rows) EXPECT_EQ(outcomeOf(row.content), row.outcome) << row.what;
+  for (const auto& [what, content, outcome] : rows) EXPECT_EQ(outcomeOf(content), outcome) << what;
 }
 
 /* Each row is one thing that reading an element looks at. */
@@ -104,25 +98,24 @@ TEST(Overrides, AreCalledOnceForAnElementAndOnceMoreForAParameter) {
   for (const auto& [content, callsForReply, callsForRequest] : rows) {
     int calls = 0;
     VXClientContext context = {0, &calls, nullptr, nullptr, nullptr};
-    Value held = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
-    auto* handler = held.as<OpaqueVXProtocolHandlerRef>();
-    VXProtocolHandlerSetDeserializationOverride(handler, BQSTR("*"), BQSTR("v"), decline, &context);
-    Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler, BQSTR("m"), inEnvelope(content)));
+    auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
+    VXProtocolHandlerSetDeserializationOverride(handler.get(), BQSTR("*"), BQSTR("v"), decline, &context);
+    Value::adopt(VXProtocolHandlerCopyReplyDictionary(handler.get(), BQSTR("m"), inEnvelope(content)));
     EXPECT_EQ(std::exchange(calls, 0), callsForReply) << content;
-    Value::adopt(VXProtocolHandlerCopyRequestDictionary(handler, inEnvelope(content)));
+    Value::adopt(VXProtocolHandlerCopyRequestDictionary(handler.get(), inEnvelope(content)));
     EXPECT_EQ(calls, callsForRequest) << content;
   }
 }
 
 TEST(Documents, IndentNoDeeperThanThirtyBlanksAndDescribeOtherClasses) {
-  Value handler = Value::adopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
+  auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, kVXSOAP2001Protocol));
   Value request = dictionary({{"/VXMethodName", string("m")}}), value = url("http://h/?a&b");
   const std::string comment =
       " <!-- UNKNOWN PARAMETER TYPE " + std::to_string(BQGetTypeID(value)) + " -->\r\n";
   for (size_t level = 5; level < 25; ++level, value = array({value})) {
     const std::string name = level == 5 ? "Result>" : "item_0>", indent(std::min<size_t>(2 * level, 30), ' ');
-    std::string document = bytes(Value::adopt(
-        VXProtocolHandlerCopyReplyDocument(handler.as<OpaqueVXProtocolHandlerRef>(), request, value.get())));
+    std::string document =
+        bytes(Value::adopt(VXProtocolHandlerCopyReplyDocument(handler.get(), request, value.get())));
     std::string line = "\r\n" + indent + "<" + name + "http://h/?a&b</" + name + comment;
     EXPECT_NE(document.find(line), std::string::npos) << document;
   }
@@ -150,6 +143,41 @@ TEST(Dates, AreWrittenAsFarAsTheBufferHolds) {
   }
   for (double time : {1e300, -1e300, double{INFINITY}, -double{INFINITY}, std::nan("")})
     EXPECT_LT(vxBQDateToISO8601String(nullptr, 0, date(time), 1), 30);
+}
+
+const BQString* writeText(VXMethodInvocationRef object, BQTypeRef, void* info) {
+  *static_cast<BQTypeRef*>(info) = object;
+  return BQSTR("<custom/>");
+}
+
+BQTypeRef readNumber(VXMethodInvocationRef, const BQTree*, const BQTree*, void*) {
+  return BQRetain(integer(5).get());
+}
+
+/* An invocation writes its request and reads the reply as a handler with the same settings does. */
+TEST(Invocation, WritesAndReadsWithItsSettings) {
+  for (const BQString* protocol : kProtocols) {
+    BQTypeRef object = nullptr;
+    VXClientContext context = {0, &object, nullptr, nullptr, nullptr};
+    auto handler = BQAdopt(VXProtocolHandlerCreate(nullptr, protocol));
+    Value request = dictionary({{"/VXMethodName", string("m")}}), text = string("x");
+    Value parameters = dictionary({{"b", text}, {"a", integer(1)}});
+    Value answer = Value::adopt(VXProtocolHandlerCopyReplyDocument(handler.get(), request, text.get()));
+    ScriptedPeer peer({reply(okResponse(bytes(answer)))});
+    vx::TestCall call(peer.url(), protocol, BQSTR("m"));
+    call.setParameters(parameters).set(kVXMethodInvocationResultParameterName, BQSTR("Result"));
+    call.set(kVXSOAPMethodNamespaceURI, BQSTR("urn:x"));
+    VXMethodInvocationAddSerializationOverride(call.get(), BQStringGetTypeID(), writeText, &context);
+    VXMethodInvocationAddDeserializationOverride(call.get(), BQSTR("*"), BQSTR("Result"), readNumber,
+                                                 nullptr);
+    EXPECT_EQ(vx::valueOf(call.invoke()), protocol == kVXXMLRPCProtocol ? "x" : "5");
+    EXPECT_EQ(object, call.get());
+    VXProtocolHandlerSetProperty(handler.get(), kVXSOAPMethodNamespaceURI, BQSTR("urn:x"));
+    VXProtocolHandlerSetSerializationOverride(handler.get(), BQStringGetTypeID(), writeText, &context);
+    std::string expected = bytes(Value::adopt(VXProtocolHandlerCopyRequestDocument(
+        handler.get(), BQSTR("m"), parameters, array({string("b"), string("a")}), nullptr)));
+    EXPECT_TRUE(peer.requests().at(0).ends_with("\r\n\r\n" + expected)) << peer.requests().at(0);
+  }
 }
 
 }  // namespace
