@@ -120,25 +120,9 @@ class TerminalTest(VxcallCase):
             self.server.may_answer.set()
             self.assertEqual(terminal.end(), ("", 0, b"7\n"))
 
-    def test_shows_a_complaint_in_place_of_the_wait(self):
-        terminal = self.start("-t", "2")
-        screen, *end = terminal.end()
-        self.assertRegex(screen, r"\Avxcall: timed out: .*\n\Z")
-        self.assertIn("waiting for the reply, 1 s", terminal.seen)
-        self.assertEqual(end, [3, b""])
-
     def test_is_left_clean_by_an_interrupt(self):
         for number in (signal.SIGINT, signal.SIGTERM):
             terminal = self.start()
             terminal.read_until("waiting for the reply, 1 s")
             terminal.process.send_signal(number)
             self.assertEqual(terminal.end(), ("", -number, b""))
-
-    def test_interrupt_is_130_for_the_shell(self):
-        peer = self.peer()
-        peer.may_answer.clear()
-        shell = subprocess.Popen(["sh", "-c", 'trap : INT; "$0" "$@"; echo "$?"', VXCALL, peer.url(), "m"],
-                                 stdout=subprocess.PIPE, start_new_session=True)
-        self.assertTrue(peer.arrived.wait(60))
-        os.killpg(shell.pid, signal.SIGINT)
-        self.assertEqual(shell.communicate(timeout=60)[0], b"130\n")

@@ -211,13 +211,6 @@ class HTTPTest(ServerCase):
                                    % length)
                 self.assertTrue(connection.recv(4096).startswith(line), length)
 
-    def test_pipelined_requests_are_answered_in_their_order_though_no_more_will_come(self):
-        with self.server.connect() as connection, connection.makefile("rb") as stream:
-            connection.sendall(request(ADD) + request(slow(0.05)) + request(ADD))
-            connection.shutdown(socket.SHUT_WR)
-            answers = [read_response(stream) for _ in range(3)]
-            self.assertEqual([xmlrpc.client.loads(body)[0] for _, _, body in answers], [(3,), ("done",), (3,)])
-
     def test_idle_connections_hold_nobody_up_and_requests_do_not_mix(self):
         def add_many(seed):
             with xmlrpc.client.ServerProxy(self.server.url()) as proxy:
