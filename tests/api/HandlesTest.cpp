@@ -153,8 +153,8 @@ TEST(SavedCall, HasWhatIsSetAndOfTheRightKind) {
   Value invocation = makeInvocation(kVXXMLRPCProtocol);
   EXPECT_EQ(saved(invocation),
             "{ProtocolType: 'XML-RPC', ServiceURL: 'http://localhost/RPC2', Properties: {}}");
-  VXMethodInvocationSetProperty(invocationOf(invocation), kVXHTTPMessage, invocation);
-  EXPECT_EQ(saved(invocation), "-") << "a handle is not a value of property lists";
+  VXMethodInvocationSetProperty(invocationOf(invocation), kVXHTTPMessage, url("http://h/"));
+  EXPECT_EQ(saved(invocation), "-") << "a URL is not a value of property lists";
 }
 
 /* The notation of a result that has an error of the transport. */
