@@ -1,4 +1,4 @@
-/* What the fuzz targets share. */
+/* Shared by the fuzz targets. */
 #ifndef FUZZ_FUZZ_H
 #define FUZZ_FUZZ_H
 
@@ -8,13 +8,10 @@
 #include <string>
 #include <string_view>
 
-#include <BQ/BQ.h>
+#include <VX/VX.h>
 
 #include "values/Owned.h"
 #include "xml/Text.h"
-
-/* What every target defines: one run over one input. */
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size);
 
 namespace fuzz {
 
@@ -22,7 +19,10 @@ using vx::own;
 using vx::Owned;
 using vx::textOf;
 
-/* Ends the process where an answer is wrong; the stack that the engine prints says which. */
+/* No header may contain these. */
+constexpr std::string_view kHeaderEnds("\r\n\0", 3);
+
+/* Ends the process if an answer is wrong; the stack that the engine prints says which. */
 inline void check(bool isRight) {
   if (!isRight) std::abort();
 }
@@ -36,38 +36,26 @@ inline Owned<const BQData> makeData(std::string_view bytes) {
   return own(BQDataCreate(bytes.data(), static_cast<BQIndex>(bytes.size())));
 }
 
-/* Null if the bytes are no UTF-8. */
+/* Null if the bytes are not UTF-8. */
 inline Owned<const BQString> makeString(std::string_view utf8) {
   return own(BQStringCreateWithUTF8(utf8.data(), static_cast<BQIndex>(utf8.size())));
 }
 
-inline std::string describe(BQTypeRef object) {
-  return std::string(textOf(own(BQCopyDescription(object)).get()));
+/* Calls a function that returns either a result or, through its last parameter, an error. */
+template <class Error, class Function, class... Arguments>
+auto resultOf(Function* function, Arguments... arguments) {
+  const Error* error = nullptr;
+  auto result = own(function(arguments..., &error));
+  check((result == nullptr) == (own(error) != nullptr));
+  return result;
 }
 
-/* Takes an input apart. What is missing at its end reads as 0. */
+/* Takes an input apart. Reads 0 beyond its end. */
 class ByteReader {
  public:
-  ByteReader(const uint8_t* bytes, size_t size) : rest_(reinterpret_cast<const char*>(bytes), size) {}
+  explicit ByteReader(std::string_view bytes) : rest_(bytes) {}
 
-  bool atEnd() const { return rest_.empty(); }
-
-  uint8_t byte() {
-    if (rest_.empty()) return 0;
-    auto first = static_cast<uint8_t>(rest_.front());
-    rest_.remove_prefix(1);
-    return first;
-  }
-
-  template <class Number>
-  Number number() {
-    uint64_t bits = 0;
-    for (size_t i = 0; i < sizeof(Number); ++i) bits = bits << 8 | byte();
-    return static_cast<Number>(bits);
-  }
-
-  /* A number from 0 to `limit` - 1. */
-  size_t below(size_t limit) { return number<uint16_t>() % limit; }
+  std::string_view rest() const { return rest_; }
 
   std::string_view take(size_t size) {
     std::string_view taken = rest_.substr(0, size);
@@ -75,33 +63,39 @@ class ByteReader {
     return taken;
   }
 
-  /* What stands before the next `separator`, which is taken too. */
+  /* Takes what precedes the next `separator`, and drops that. */
   std::string_view takeUntil(char separator) {
-    size_t end = rest_.find(separator);
-    std::string_view taken = take(end);
+    std::string_view taken = take(rest_.find(separator));
     take(1);
     return taken;
   }
 
-  std::string_view rest() const { return rest_; }
+  uint8_t byte() {
+    std::string_view taken = take(1);
+    return taken.empty() ? 0 : static_cast<uint8_t>(taken[0]);
+  }
 
  private:
   std::string_view rest_;
 };
 
-/* What the values may be. */
-enum class Carrier {
-  /*
-   * What both protocols carry whole: no empty or blank text, no empty data or structure, integers of
-   * 32 bits, doubles of six digits, dates of whole seconds, members whose names are names of XML.
-   */
-  protocols,
-  /* Whatever a property list can hold. */
-  propertyList,
-};
+/*
+ * The closest value that all protocols carry without loss: no empty or blank text, no CR, no empty data or
+ * structure, integers of 32 bits, doubles of six digits, dates of whole seconds, members with XML names.
+ */
+Owned<const void> makePortable(BQTypeRef value);
 
-/* A value, owned by the caller; never null. */
-Owned<const void> buildValue(ByteReader& input, Carrier carrier);
+/* A request with the value as both parameters, and a reply with it, read back as they were written. */
+void checkRoundTrip(const BQString* protocol, BQTypeRef value);
+
+/*
+ * Reads a document in both protocols, with the same description. What was read is written, and its
+ * portable form reads back. An odd first byte of the input makes the rest a request, an even one a reply.
+ */
+void checkDocument(ByteReader input, const BQString* protocol, const BQString* other);
+
+/* Every target defines one run over one input. */
+void run(ByteReader input);
 
 }  // namespace fuzz
 

@@ -4,8 +4,6 @@
  */
 #include <sys/stat.h>
 
-#include <VX/VX.h>
-
 #include "Fuzz.h"
 #include "api/MethodInvocationHandle.h"
 #include "api/base/WebServiceMethodInvocation.h"
@@ -27,13 +25,11 @@ void checkCopy(VXMethodInvocationRef invocation, const BQData* body) {
 
 /* No header can add another one. */
 void checkHeaders(const BQHTTPMessage* request) {
-  constexpr std::string_view kSeparators("\r\n\0", 3);
   auto headers = own(BQHTTPMessageCopyAllHeaderFields(request));
   for (vx::DictIterator entries(headers.get()); entries.hasNext();) {
-    auto* name = static_cast<const BQString*>(entries.nextKey());
-    auto* value = static_cast<const BQString*>(entries.valueFor(name));
-    check(textOf(name).find_first_of(kSeparators) == std::string_view::npos);
-    check(textOf(value).find_first_of(kSeparators) == std::string_view::npos);
+    BQTypeRef name = entries.nextKey();
+    for (BQTypeRef text : {name, entries.valueFor(name)})
+      check(textOf(static_cast<const BQString*>(text)).find_first_of(kHeaderEnds) == std::string_view::npos);
   }
 }
 
@@ -55,20 +51,18 @@ void checkOpening(vx::WebServiceMethodInvocation* invocation, const BQHTTPMessag
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  static const BQURL* const closed = BQURLCreateWithString(BQSTR("http://127.0.0.1:1/"), nullptr);
-  auto document = own(BQDataCreate(bytes, static_cast<BQIndex>(size)));
-  auto invocation = own(VXMethodInvocationCreateFromSerialization(document.get()));
-  if (invocation == nullptr) return 0;
+void fuzz::run(ByteReader input) {
+  auto invocation = own(VXMethodInvocationCreateFromSerialization(makeData(input.rest()).get()));
+  if (invocation == nullptr) return;
   vx::WebServiceMethodInvocation* wrapped = invocation->wrapped;
   auto body = own(wrapped->constructMessage(nullptr));
   checkCopy(invocation.get(), body.get());
-  if (body == nullptr) return 0;
-  if (const BQURL* url = wrapped->getServiceURL()) {
-    auto request = vx::createHTTPRequest(wrapped, url, body.get(), nullptr);
-    if (request != nullptr) checkHeaders(request.get());
+  if (body == nullptr) return;
+  auto closed = own(BQURLCreateWithString(BQSTR("http://127.0.0.1:1/"), nullptr));
+  for (const BQURL* url : {wrapped->getServiceURL(), closed.get()}) {
+    auto request = url == nullptr ? nullptr : vx::createHTTPRequest(wrapped, url, body.get(), nullptr);
+    if (request == nullptr) continue;
+    checkHeaders(request.get());
+    if (url == closed.get()) checkOpening(wrapped, request.get());
   }
-  auto request = vx::createHTTPRequest(wrapped, closed, body.get(), nullptr);
-  if (request != nullptr) checkOpening(wrapped, request.get());
-  return 0;
 }

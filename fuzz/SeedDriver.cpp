@@ -1,48 +1,55 @@
-/* Runs a fuzz target over the files of folders, where no fuzzing engine is linked. */
+/*
+ * Runs a fuzz target without an engine: over each file of some folders, and over the file cut short and with
+ * one byte replaced, at up to kPlaces places.
+ */
 #include <cstdio>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <vector>
+#include <set>
 
 #include "Fuzz.h"
 
 namespace {
 
-std::vector<std::filesystem::path> filesIn(const char* folder) {
-  std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.is_regular_file()) files.push_back(entry.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
+constexpr size_t kPlaces = 64;
+
+/* The bytes are in a block of their own size, so that a sanitizer sees a read beyond it. */
+void run(const char* what, const std::filesystem::path& file, size_t place, std::string_view bytes) {
+  std::printf("%s %zu %s\n", what, place, file.c_str()); /* a crash leaves this as the last line */
+  std::fflush(stdout);
+  auto data = fuzz::makeData(bytes);
+  fuzz::run(fuzz::ByteReader(fuzz::viewOf(data.get())));
 }
 
-/* False if the file cannot be read. The bytes are in a block of just their size. */
-bool run(const std::filesystem::path& file) {
+bool runAll(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  const std::vector<char> bytes((std::istreambuf_iterator<char>(stream)), {});
+  std::string bytes((std::istreambuf_iterator<char>(stream)), {});
   if (!stream) return false;
-  LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+  run("whole", file, 0, bytes);
+  for (size_t place = 0; place < bytes.size(); place += bytes.size() / kPlaces + 1) {
+    run("cut", file, place, std::string_view(bytes).substr(0, place));
+    const char original = bytes[place];
+    for (char byte : {static_cast<char>(original ^ 1), "\0<&\xFF 9"[place % 6]}) {
+      bytes[place] = byte;
+      run("replaced", file, place, bytes);
+    }
+    bytes[place] = original;
+  }
   return true;
 }
 
 }  // namespace
 
-/* usage: TARGET FOLDER...; the name of a file is written before it runs, so that a crash shows whose it is.
- */
+/* usage: TARGET FOLDER... */
 int main(int argc, char** argv) {
-  size_t count = 0;
+  std::set<std::filesystem::path> files;
   for (int i = 1; i < argc; ++i) {
-    for (const std::filesystem::path& file : filesIn(argv[i])) {
-      std::printf("%s\n", file.c_str());
-      std::fflush(stdout);
-      if (!run(file)) return EXIT_FAILURE;
-      ++count;
-    }
+    std::filesystem::directory_iterator begin(argv[i]);
+    files.insert(begin, {});
   }
-  std::printf("%zu inputs\n", count);
-  return count > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+  for (const auto& file : files)
+    if (!runAll(file)) return EXIT_FAILURE;
+  return files.empty() ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -1,9 +1,6 @@
 /* Base64, dates, integers and entities: any text reads, and what was written reads back. */
-#include <cerrno>
-
 #include <algorithm>
-
-#include <VX/VXDate.h>
+#include <cmath>
 
 #include "Fuzz.h"
 #include "xml/Base64.h"
@@ -19,7 +16,7 @@ void checkBytes(const BQData* data) {
   for (int indent = -1; indent <= 9; ++indent) {
     auto text = own(vx::encodeBinaryData(data, indent));
     check(textOf(text.get()).size() == vx::base64Length(data, indent));
-    check(BQEqual(own(vx::decodeBinaryData(text.get())).get(), data));
+    check(BQEqual(own(vx::decodeBinaryData(textOf(text.get()))).get(), data));
   }
 }
 
@@ -37,18 +34,15 @@ void checkDate(std::string_view text) {
   BQAbsoluteTime time = BQDateGetAbsoluteTime(date.get());
   BQGregorianDate fields = BQAbsoluteTimeGetGregorianDate(time);
   if (fields.year < 0 || fields.year > 9999) return;
-  auto whole = static_cast<double>(static_cast<int64_t>(time) -
-                                   (time < static_cast<double>(static_cast<int64_t>(time))));
   for (unsigned char compact : {0, 1}) {
     auto written = own(vx::isoEncodeDate(date.get(), compact));
-    auto again = own(vx::isoDecodeDate(written.get()));
-    check(BQDateGetAbsoluteTime(again.get()) == whole);
+    check(BQDateGetAbsoluteTime(own(vx::isoDecodeDate(textOf(written.get()))).get()) == std::floor(time));
   }
 }
 
 /* The answer of the C library, which reads digits in the same way, for texts that it sees whole. */
 void checkInteger(const BQString* string) {
-  auto number = own(vx::makeIntValueFromString(string));
+  auto number = own(vx::makeIntValueFromString(textOf(string)));
   int64_t value = 0;
   check(BQNumberGetValue(number.get(), kBQNumberSInt64Type, &value));
   check(BQNumberGetType(number.get()) ==
@@ -56,14 +50,6 @@ void checkInteger(const BQString* string) {
   std::string text(textOf(string));
   bool isASCII = std::all_of(text.begin(), text.end(), [](char character) { return character > 0; });
   if (isASCII && text.size() <= 100) check(value == std::strtoll(text.c_str(), nullptr, 0));
-}
-
-void checkReal(const BQString* string) {
-  std::string text(textOf(string));
-  double value = BQStringGetDoubleValue(string);
-  auto written = own(BQStringCreateWithFormat(BQSTR("%.17g"), value));
-  double again = BQStringGetDoubleValue(written.get());
-  check(value == again || value != value || value - value != 0);
 }
 
 void checkEntities(const BQString* string) {
@@ -83,17 +69,14 @@ void checkEntities(const BQString* string) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  checkBytes(own(BQDataCreate(bytes, static_cast<BQIndex>(size))).get());
-  std::string_view text(reinterpret_cast<const char*>(bytes), size);
-  checkBase64(text);
-  checkDate(text);
-  auto string = makeString(text);
-  if (string == nullptr) return 0;
-  own(vx::decodeBinaryData(string.get()));
-  own(vx::isoDecodeDate(string.get()));
+void fuzz::run(ByteReader input) {
+  checkBytes(makeData(input.rest()).get());
+  checkBase64(input.rest());
+  checkDate(input.rest());
+  auto string = makeString(input.rest());
+  if (string == nullptr) return;
+  own(vx::decodeBinaryData(textOf(string.get())));
+  own(vx::isoDecodeDate(textOf(string.get())));
   checkInteger(string.get());
-  checkReal(string.get());
   checkEntities(string.get());
-  return 0;
 }

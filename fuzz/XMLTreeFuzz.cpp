@@ -1,8 +1,7 @@
-/* The tree parser: documents as they stand, or behind a declaration of an encoding. */
+/* Documents, which both readers read alike, and whose trees survive writing. */
 #include "Fuzz.h"
 
 #include "diag/TreeDump.h"
-#include "platform/text/EncodingTable.h"
 
 namespace {
 
@@ -10,90 +9,54 @@ using namespace fuzz;
 
 constexpr size_t kLargestDump = 2048;
 
-/*
- * The first byte of an input counts the known encodings from 1; a declaration of that one is put in
- * front of the rest. 0 and what is beyond them puts none.
- */
-std::string declarationFor(size_t number) {
-  const auto encodings = bq::allEncodings();
-  if (number == 0 || number > encodings.size()) return {};
-  const bq::EncodingRecord& encoding = encodings[number - 1];
-  auto text =
-      own(BQStringCreateWithFormat(BQSTR("<?xml version='1.0' encoding='%s'?>"), encoding.name.bytes));
-  auto declaration = own(BQStringCreateExternalRepresentation(text.get(), encoding.number, 0));
-  check(declaration != nullptr);
-  return std::string(viewOf(declaration.get()));
-}
-
 Owned<const BQTree> parse(std::string_view document) {
-  const BQDictionary* error = nullptr;
-  auto tree = own(BQXMLTreeCreateFromDataWithError(makeData(document).get(), &error));
-  auto ownedError = own(error);
-  check((tree == nullptr) == (error != nullptr));
-  return tree;
+  return resultOf<BQDictionary>(BQXMLTreeCreateFromDataWithError, makeData(document).get());
 }
 
-void appendEscaped(std::string& out, std::string_view text) {
+std::string escaped(std::string_view text) {
+  std::string result;
   for (char character : text) {
-    if (std::string_view("&<>\"\r\n\t").find(character) == std::string_view::npos) {
-      out += character;
-    } else {
-      out += "&#" + std::to_string(character) + ";";
-    }
+    bool isSpecial = std::string_view("&<>\"\r\n\t").find(character) != std::string_view::npos;
+    result += isSpecial ? "&#" + std::to_string(character) + ";" : std::string(1, character);
   }
+  return result;
 }
 
-void write(std::string& out, const BQTree* tree);
-
-void writeElement(std::string& out, const BQTree* tree, std::string_view name) {
-  auto* info = static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(tree)));
-  (out += '<') += name;
+std::string attributesOf(const BQXMLNode* element) {
+  std::string result;
+  auto* info = static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(element));
   for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
-    auto* attribute = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
-    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, attribute));
+    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
+    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
     check(value != nullptr);
-    ((out += ' ') += textOf(attribute)) += "=\"";
-    appendEscaped(out, textOf(value));
-    out += '"';
+    ((result += ' ') += textOf(name)) += "=\"" + escaped(textOf(value)) + '"';
   }
-  out += '>';
-  write(out, tree);
-  ((out += "</") += name) += '>';
+  return result;
 }
 
-/* Writes the children of a position. */
-void write(std::string& out, const BQTree* tree) {
+/* The document below a position. */
+std::string write(const BQTree* tree) {
+  std::string result;
   for (auto* child = BQTreeGetFirstChild(tree); child != nullptr; child = BQTreeGetNextSibling(child)) {
     const BQXMLNode* node = BQXMLTreeGetNode(child);
-    std::string_view text = textOf(BQXMLNodeGetString(node));
-    switch (BQXMLNodeGetTypeCode(node)) {
-      case kBQXMLNodeTypeElement:
-        writeElement(out, child, text);
-        break;
-      case kBQXMLNodeTypeText:
-        appendEscaped(out, text);
-        break;
-      case kBQXMLNodeTypeCDATASection:
-        ((out += "<![CDATA[") += text) += "]]>";
-        break;
-      case kBQXMLNodeTypeEntityReference:
-        ((out += '&') += text) += ';';
-        break;
-      default:
-        check(false);
+    const std::string text(textOf(BQXMLNodeGetString(node)));
+    const BQXMLNodeTypeCode type = BQXMLNodeGetTypeCode(node);
+    if (type == kBQXMLNodeTypeElement) {
+      result += "<" + text + attributesOf(node) + ">" + write(child) + "</" + text + ">";
+    } else if (type == kBQXMLNodeTypeText) {
+      result += escaped(text);
+    } else {
+      const bool isSection = type == kBQXMLNodeTypeCDATASection;
+      check(isSection || type == kBQXMLNodeTypeEntityReference);
+      result += isSection ? "<![CDATA[" + text + "]]>" : "&" + text + ";";
     }
   }
-}
-
-std::string textOfDocument(const BQTree* tree) {
-  std::string text;
-  write(text, tree);
-  return text;
+  return result;
 }
 
 /*
- * A comment, which leaves a plain document to the real parser. None where it might not be one: in UTF-16,
- * UTF-32 and EBCDIC.
+ * A comment, which makes the fast reader leave a plain document to expat. None if the document may be in
+ * UTF-16, UTF-32 or EBCDIC, where these bytes are not a comment.
  */
 std::string unusualEnd(std::string_view document) {
   bool isASCII =
@@ -104,19 +67,15 @@ std::string unusualEnd(std::string_view document) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  ByteReader input(bytes, size);
-  std::string document = declarationFor(input.byte());
-  document += input.rest();
-
+void fuzz::run(ByteReader input) {
+  std::string document(input.rest());
   auto tree = parse(document);
   auto again = parse(document + unusualEnd(document));
   check((tree == nullptr) == (again == nullptr));
-  if (tree == nullptr) return 0;
-  std::string text = textOfDocument(tree.get());
-  check(text == textOfDocument(again.get()));
+  if (tree == nullptr) return;
+  std::string text = write(tree.get());
+  check(text == write(again.get()));
   auto second = parse(text);
-  check(second != nullptr && textOfDocument(second.get()) == text);
+  check(second != nullptr && write(second.get()) == text);
   if (text.size() <= kLargestDump) vx::dumpXMLTree(tree.get(), 0);
-  return 0;
 }

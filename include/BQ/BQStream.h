@@ -46,7 +46,7 @@ typedef enum BQStreamHTTPError {
   kBQStreamHTTPErrorProxy = 5,
   /** The reply is larger than the limit. */
   kBQStreamHTTPErrorReplyTooLarge = 6,
-  /** The peer closed the connection without sending anything. */
+  /** The peer closed the connection before a line of its reply had arrived. */
   kBQStreamHTTPErrorEmptyReply = 7,
   /** Any other failure of the transfer. */
   kBQStreamHTTPErrorOther = 100

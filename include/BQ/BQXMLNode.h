@@ -60,8 +60,24 @@ BQ_EXPORT BQXMLNodeTypeCode BQXMLNodeGetTypeCode(const BQXMLNode* node);
  */
 BQ_EXPORT const BQString* BQXMLNodeGetString(const BQXMLNode* node);
 
+/**
+ * The bytes of that string, borrowed and without a NUL after them, and in `*length`, which may be null, their
+ * number. Takes no memory, whereas a document makes the string of a short text when it is first asked for.
+ */
+BQ_EXPORT const char* BQXMLNodeGetUTF8(const BQXMLNode* node, BQIndex* length);
+
 /** For an element its BQXMLElementInfo, borrowed; null for every other node. */
 BQ_EXPORT const void* BQXMLNodeGetInfoPtr(const BQXMLNode* node);
+
+/** The number of attributes of an element; 0 for every other node. */
+BQ_EXPORT BQIndex BQXMLNodeGetAttributeCount(const BQXMLNode* node);
+
+/**
+ * The name of an attribute of an element, in document order, and in `*value`, which may be null, its value.
+ * Both are borrowed, and null if there is none at that index. Takes no memory, unlike BQXMLNodeGetInfoPtr.
+ */
+BQ_EXPORT const BQString* BQXMLNodeGetAttributeAtIndex(const BQXMLNode* node, BQIndex index,
+                                                       const BQString** value);
 
 BQ_EXTERN_C_END
 

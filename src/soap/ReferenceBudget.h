@@ -23,7 +23,7 @@ struct ReferenceBudget {
   /* What was spent first, a constant message; null while nothing is. */
   const BQString* spent = nullptr;
 
-  static constexpr long kRereadingsOfBody = 32;
+  static constexpr long kRereadingsOfBody = 20;
 };
 
 }  // namespace vx

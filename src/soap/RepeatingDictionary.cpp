@@ -2,6 +2,8 @@
 
 #include <BQ/BQ.h>
 
+#include "values/DictIterator.h"
+
 namespace vx {
 
 RepeatingDictionary::RepeatingDictionary()
@@ -14,7 +16,16 @@ void RepeatingDictionary::add(const BQString* name, BQTypeRef value) {
   BQArrayAppendValue(static_cast<BQArray*>(const_cast<void*>(present)), value);
 }
 
-Owned<const void> RepeatingDictionary::copy() const {
+/* Copies take less memory, except that a large one needs its own while the original still exists. */
+Owned<const void> RepeatingDictionary::take() {
+  constexpr BQIndex kSmall = 64;
+  if (BQDictionaryGetCount(dictionary_.get()) > kSmall) return own<const void>(dictionary_.release());
+  for (DictIterator entries(made_ != nullptr ? dictionary_.get() : nullptr); entries.hasNext();) {
+    BQTypeRef name = entries.nextKey(), value = entries.valueFor(name);
+    auto* array = static_cast<const BQArray*>(isMade(value) ? value : nullptr);
+    if (array == nullptr || BQArrayGetCount(array) > kSmall) continue;
+    BQDictionarySetValue(dictionary_.get(), name, own(BQArrayCreateCopy(array)).get());
+  }
   return own<const void>(BQDictionaryCreateCopy(dictionary_.get()));
 }
 

@@ -11,13 +11,14 @@
 
 namespace vx {
 
-/* Small, since one stands on the stack for each level of a document. */
+/* Small, since one is on the stack for each level of a document. */
 class RepeatingDictionary {
  public:
   RepeatingDictionary();
 
   void add(const BQString* name, BQTypeRef value);
-  Owned<const void> copy() const;
+  /* The dictionary, after which there is none here. */
+  Owned<const void> take();
 
  private:
   bool isMade(BQTypeRef array) const;

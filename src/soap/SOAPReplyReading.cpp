@@ -56,8 +56,8 @@ long integerAtStart(std::string_view text) {
 
 const BQString* _parseFaultCode(const BQTree* tree, const BQXMLNode*, NamespaceMap&, void* context) {
   const BQTree* child = BQTreeGetFirstChild(tree);
-  if (child == nullptr || getElementName(child) == nullptr) return BQSTR("Can't parse <faultcode>");
-  long code = integerAtStart(textOf(getElementName(child)));
+  if (child == nullptr) return BQSTR("Can't parse <faultcode>");
+  long code = integerAtStart(textOf(child));
   *static_cast<long*>(context) = code == 0 ? -1 : code;
   return nullptr;
 }
@@ -116,11 +116,12 @@ const BQString* _parseMethodReply(const BQTree* tree, const BQXMLNode*, Namespac
   for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
     auto value = reader.parseSOAPType(child, namespaces);
+    auto name = reader.copyName(child);
     if (auto error = own(reader.takeError())) {
       reply.result->becomeFault(error.get(), kUnusableReply);
       return nullptr;
     }
-    BQDictionarySetValue(outputs.get(), reader.copyName(child).get(), value.get());
+    BQDictionarySetValue(outputs.get(), name.get(), value.get());
   }
   storeResult(reply, outputs.get());
   for (DictIterator entries(outputs.get()); entries.hasNext();) {
@@ -198,6 +199,7 @@ const BQDictionary* SOAPProtocolHandler::parseReplyData(const BQString* methodNa
   auto ownedError = own(error);
   if (tree != nullptr) {
     parseReply(&result, methodName, tree.get());
+    tree = {}; /* gives its memory to the copy below */
   } else {
     result.becomeFault(error != nullptr ? error : BQSTR("Could not parse XML."), kUnusableReply);
   }

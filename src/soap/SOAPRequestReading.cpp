@@ -41,8 +41,8 @@ const BQString* readParameters(SOAPRequestContext& context, const BQTree* body, 
   for (const BQTree* child = BQTreeGetFirstChild(method); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
     auto value = reader.parseParameter(child, namespaces);
-    if (const BQString* error = reader.takeError()) return error;
     auto name = reader.copyName(child);
+    if (const BQString* error = reader.takeError()) return error;
     BQDictionarySetValue(parameters.get(), name.get(), value.get());
     BQArrayAppendValue(order.get(), name.get());
   }

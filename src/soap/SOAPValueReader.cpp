@@ -23,6 +23,9 @@ namespace {
 
 constexpr size_t kMaximumDepth = 512; /* with references followed */
 
+/* Text between elements is the name of a value. The parser bounds only different names of elements. */
+constexpr size_t kMostTextNames = 16384;
+
 /* Namespaces are compared and copied for each element that uses them. */
 constexpr size_t kLongestNamespace = 4096;
 
@@ -36,8 +39,9 @@ BQ_DEFINE_STATIC_STRING(arrayType, "http://www.w3.org/2001/XMLSchema|Array");
 BQ_DEFINE_STATIC_STRING(stringType, "http://www.w3.org/2001/XMLSchema|string");
 BQ_DEFINE_STATIC_STRING(dictionaryType, "http://www.w3.org/2001/XMLSchema|Dictionary");
 
-Owned<const void> makeDouble(const BQString* text) {
-  double real = BQStringGetDoubleValue(text);
+Owned<const void> makeDouble(std::string_view text) {
+  auto string = own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+  double real = BQStringGetDoubleValue(string.get());
   return own<const void>(BQNumberCreate(kBQNumberDoubleType, &real));
 }
 
@@ -74,22 +78,19 @@ bool isInNamespace(const BQString* name, const NamespaceMap& namespaces, const B
 
 /* The bytes of an element that its value and the name of it can hold. */
 long textIn(const BQTree* element) {
-  long bytes = BQStringGetLength(getElementName(element));
+  size_t bytes = textOf(element).size();
   for (const BQTree* child = BQTreeGetFirstChild(element); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
-    if (!treeIsElement(child)) bytes += BQStringGetLength(getElementName(child));
+    if (!treeIsElement(child)) bytes += textOf(child).size();
   }
-  return bytes;
+  return static_cast<long>(bytes);
 }
 
 /* The bytes of an element's attributes, and `each` for every one of them. */
 long weightOfAttributes(const BQTree* element, long each) {
-  const BQXMLElementInfo* info = treeGetElementInfo(element);
-  if (info == nullptr) return 0;
   long weight = 0;
-  for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
-    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
-    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+  for (BQIndex i = 0, count = attributeCount(element); i < count; ++i) {
+    auto [name, value] = attributeAt(element, i);
     weight += each + BQStringGetLength(name) + BQStringGetLength(value);
   }
   return weight;
@@ -113,7 +114,7 @@ long bytesBelow(const BQTree* element) {
     }
     next.back() = BQTreeGetNextSibling(tree);
     next.push_back(BQTreeGetFirstChild(tree));
-    bytes += BQStringGetLength(getElementName(tree)) + weightOfAttributes(tree, 0);
+    bytes += static_cast<long>(textOf(tree).size()) + weightOfAttributes(tree, 0);
   }
   return bytes;
 }
@@ -127,14 +128,11 @@ std::string_view localPart(std::string_view name) {
 
 const BQString* getNodeAttribute(const BQTree* element, const NamespaceMap& namespaces,
                                  const BQString* namespaceURI, std::string_view localName) {
-  const BQXMLElementInfo* info = treeGetElementInfo(element);
-  if (info == nullptr || info->attributes == nullptr) return nullptr;
-  BQIndex count = BQArrayGetCount(info->attributeOrder);
-  for (BQIndex i = 0; i < count; ++i) {
-    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
+  for (BQIndex i = 0, count = attributeCount(element); i < count; ++i) {
+    auto [name, value] = attributeAt(element, i);
     if (!equalIgnoringCase(localPart(textOf(name)), localName)) continue;
     if (namespaceURI != nullptr && !isInNamespace(name, namespaces, namespaceURI)) continue;
-    return static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+    return value;
   }
   return nullptr;
 }
@@ -173,12 +171,13 @@ const BQTree* SOAPValueReader::Subject::firstChild() const {
   return BQTreeGetFirstChild(element);
 }
 
-const BQString* SOAPValueReader::Subject::text() const {
-  return getElementName(firstChild());
+std::string_view SOAPValueReader::Subject::text() const {
+  return textOf(firstChild());
 }
 
 Owned<const BQString> SOAPValueReader::copyName(const BQTree* element) {
-  return names_.copyOf(getElementName(element));
+  if (!treeIsElement(element) && ++textNames_ > kMostTextNames) fail(BQSTR("Too much text between elements"));
+  return names_.copyOf(textOf(element));
 }
 
 /* Keeps the first message; false. */
@@ -329,12 +328,12 @@ Owned<const void> SOAPValueReader::readSubject(const Subject& subject) {
 }
 
 Owned<const void> SOAPValueReader::readScalar(VXTypeID kind, const Subject& subject) {
-  const BQString* text = subject.text();
+  std::string_view text = subject.text();
   switch (kind) {
     case kVXTypeNull:
       return own<const void>(kBQNull);
     case kVXTypeBoolean:
-      return makeBoolean(text != nullptr && !isNamed(textOf(text), "0") && !isNamed(textOf(text), "false"));
+      return makeBoolean(!isNamed(text, "0") && !isNamed(text, "false"));
     case kVXTypeInteger:
       return own<const void>(makeIntValueFromString(text));
     case kVXTypeDouble:
@@ -376,16 +375,10 @@ Owned<const void> SOAPValueReader::readBySlowPath(const BQString* typeName, cons
 /* `type` is empty for a name of the encoding namespace, where only the binary types are left. */
 Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const BQString* typeName,
                                                   const Subject& subject) {
-  const BQString* text = subject.text();
-  std::string_view characters = textOf(text);
+  std::string_view text = subject.text();
   if (isNamed(type, "string")) return own<const void>(copyXMLStringFromTree(subject.firstChild()));
-  if (!type.empty() && text == nullptr) {
-    fail(BQStringCreateWithFormat(BQSTR("No value for %@"), typeName));
-    return nullptr;
-  }
   if (isNamed(type, "boolean")) {
-    return makeBoolean(!isNamed(characters, "0") && !isNamed(characters, "false") &&
-                       !isNamed(characters, "nil"));
+    return makeBoolean(!isNamed(text, "0") && !isNamed(text, "false") && !isNamed(text, "nil"));
   }
   if (isNamed(type, "i4") || isNamed(type, "int")) return own<const void>(makeIntValueFromString(text));
   if (isNamed(type, "double") || isNamed(type, "float")) return makeDouble(text);
@@ -410,7 +403,7 @@ Owned<const void> SOAPValueReader::parseSOAPArray(const Subject& subject) {
     if (failed()) break;
     if (value != nullptr) BQArrayAppendOwnedValue(values.get(), value.release());
   }
-  return own<const void>(BQArrayCreateCopy(values.get()));
+  return own<const void>(values.release());
 }
 
 Owned<const void> SOAPValueReader::parseSOAPDictionary(const Subject& subject) {
@@ -418,10 +411,10 @@ Owned<const void> SOAPValueReader::parseSOAPDictionary(const Subject& subject) {
   RepeatingDictionary dictionary;
   for (const BQTree* child = subject.firstChild(); child != nullptr; child = BQTreeGetNextSibling(child)) {
     auto value = parseSOAPType(child, subject.namespaces);
-    if (failed()) break;
     if (value != nullptr) dictionary.add(copyName(child).get(), value.get());
+    if (failed()) break;
   }
-  return dictionary.copy();
+  return dictionary.take();
 }
 
 }  // namespace vx

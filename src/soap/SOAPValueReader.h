@@ -48,7 +48,8 @@ class SOAPValueReader {
   /* The same for a parameter of a request, about which overrides are asked once more. */
   Owned<const void> parseParameter(const BQTree* element, NamespaceMap& namespaces);
 
-  /* A copy of an element's name that does not keep the document alive. */
+  /* A copy of the name of a value that does not keep the document alive; a message too if there are too many.
+   */
   Owned<const BQString> copyName(const BQTree* element);
 
   /* The message of what failed, owned by the caller; null if nothing has. */
@@ -62,8 +63,8 @@ class SOAPValueReader {
     NamespaceMap& namespaces;
 
     const BQTree* firstChild() const;
-    /* The string of the first child, borrowed; "" if there is none. */
-    const BQString* text() const;
+    /* The text of the first child, borrowed; empty if there is none. */
+    std::string_view text() const;
   };
 
   /* What was read through references. */
@@ -111,6 +112,7 @@ class SOAPValueReader {
   std::unordered_map<const BQTree*, Reading> readings_;
   Cost cost_; /* of all that was read through references so far */
   bool isBodyCredited_ = false;
+  size_t textNames_ = 0;
   /* How many of the elements in progress were reached by reference, and by a further reference. */
   int references_ = 0;
   int repeats_ = 0;

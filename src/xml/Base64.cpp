@@ -183,11 +183,10 @@ void _XMLPlistAppendDataUsingBase64(BQData* out, const BQData* data, long indent
   encodeText(BQDataGetBytePtr(data), length, layout, start);
 }
 
-const BQData* decodeBinaryData(const BQString* text) {
-  std::string_view characters = textOf(text);
+const BQData* decodeBinaryData(std::string_view characters) {
   bool isASCII = std::all_of(characters.begin(), characters.end(),
                              [](char character) { return static_cast<unsigned char>(character) < 0x80; });
-  if (text == nullptr || !isASCII) return nullptr;
+  if (!isASCII) return nullptr;
   return __BQPLDataDecode(characters.data(), characters.data() + characters.size());
 }
 

@@ -5,6 +5,7 @@
 #include <BQ/BQBase.h>
 
 #include <cstddef>
+#include <string_view>
 
 namespace vx {
 
@@ -26,7 +27,7 @@ char* writeBase64(const BQData* data, int indent, char* out);
  * The data of a base64 text, owned by the caller: what is no base64 character is skipped, "<" ends
  * the text, an incomplete group is dropped. Null if the text holds a character beyond ASCII.
  */
-const BQData* decodeBinaryData(const BQString* text);
+const BQData* decodeBinaryData(std::string_view text);
 
 /* The same from bytes; those beyond ASCII are skipped. */
 const BQData* __BQPLDataDecode(const char* begin, const char* end);

@@ -54,12 +54,10 @@ const BQString* interrogate(const BQTree* child, NamespaceMap& namespaces,
 }  // namespace
 
 void xmlGetElementNamespaces(const BQTree* element, NamespaceMap* namespaces) {
-  const BQXMLElementInfo* info = treeGetElementInfo(element);
-  if (info == nullptr || info->attributes == nullptr || info->attributeOrder == nullptr) return;
-  for (BQIndex i = 0; i < BQArrayGetCount(info->attributeOrder); ++i) {
-    auto* name = static_cast<const BQString*>(BQArrayGetValueAtIndex(info->attributeOrder, i));
-    auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
-    if (value != nullptr) addDeclaration(name, value, namespaces);
+  BQIndex count = attributeCount(element);
+  for (BQIndex i = 0; i < count; ++i) {
+    auto [name, value] = attributeAt(element, i);
+    addDeclaration(name, value, namespaces);
   }
 }
 

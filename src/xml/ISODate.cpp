@@ -146,9 +146,7 @@ const BQString* isoEncodeDate(const BQDate* date, unsigned char compact) {
   return BQStringCreateWithBytes(text, writeISODate(date, compact != 0, text) - text, kBQStringEncodingASCII);
 }
 
-const BQDate* isoDecodeDate(const BQString* text) {
-  if (text == nullptr) return nullptr;
-  std::string_view bytes = textOf(text);
+const BQDate* isoDecodeDate(std::string_view bytes) {
   bool isASCII = std::all_of(bytes.begin(), bytes.end(),
                              [](char character) { return static_cast<unsigned char>(character) < 0x80; });
   if (isASCII) return BQDateCreate(DateReader(bytes.data(), bytes.size()).read());

@@ -5,6 +5,7 @@
 #include <BQ/BQBase.h>
 
 #include <cstddef>
+#include <string_view>
 
 namespace vx {
 
@@ -17,8 +18,8 @@ const BQString* isoEncodeDate(const BQDate* date, unsigned char compact);
 /* Writes that text to memory with kISODateRoom bytes; returns its end. */
 char* writeISODate(const BQDate* date, bool compact, char* out);
 
-/* The date of a text, characters beyond ASCII taken for "x"; owned by the caller. Null for null. */
-const BQDate* isoDecodeDate(const BQString* text);
+/* The date of a text, characters beyond ASCII taken for "x"; owned by the caller. */
+const BQDate* isoDecodeDate(std::string_view text);
 
 /* Reads two characters as a number, what is no digit as 0; returns the position behind them. */
 const char* read2SInt8(const char* p, signed char* out);

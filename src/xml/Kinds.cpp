@@ -122,8 +122,8 @@ VXTypeID VXQualifiedtoVXType(const BQString* namespaceURI, const BQString* typeN
   return kindOfSchemaName(local.get());
 }
 
-const BQNumber* makeIntValueFromString(const BQString* text) {
-  int64_t value = readInteger(textOf(text));
+const BQNumber* makeIntValueFromString(std::string_view text) {
+  int64_t value = readInteger(text);
   if (value < INT32_MIN || value > INT32_MAX) return BQNumberCreate(kBQNumberSInt64Type, &value);
   auto narrow = static_cast<int32_t>(value);
   return BQNumberCreate(kBQNumberSInt32Type, &narrow);

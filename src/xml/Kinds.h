@@ -8,6 +8,8 @@
 #include <BQ/BQBase.h>
 #include <VX/VXTypes.h>
 
+#include <string_view>
+
 namespace vx {
 
 /* A class of values and its kind. Numbers have kind 0 here: theirs is 3 or 4, by value. */
@@ -32,7 +34,7 @@ VXTypeID VXQualifiedtoVXType(const BQString* namespaceURI, const BQString* typeN
  * A new number, owned by the caller, from the start of a text: decimal, octal after "0",
  * hexadecimal after "0x"; 0 if there are no digits. 32 bits wide if it fits, else 64.
  */
-const BQNumber* makeIntValueFromString(const BQString* text);
+const BQNumber* makeIntValueFromString(std::string_view text);
 
 /* The number under a key as an int; the fallback if there is none that fits. */
 int getDictNumber(const BQDictionary* dictionary, const BQString* key, int fallback);

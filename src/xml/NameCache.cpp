@@ -8,12 +8,11 @@
 
 namespace vx {
 
-Owned<const BQString> NameCache::copyOf(const BQString* name) {
-  std::string_view text = textOf(name);
-  if (text.empty()) return retain(name == nullptr ? nullptr : BQSTR(""));
+Owned<const BQString> NameCache::copyOf(std::string_view text) {
+  if (text.empty()) return own(BQSTR(""));
   Owned<const BQString>& cached = names_[(text.size() * 7 + static_cast<unsigned char>(text.back())) % kSize];
   if (textOf(cached.get()) != text) {
-    cached = own(BQStringCreateSubstring(name, BQRangeMake(0, BQStringGetLength(name))));
+    cached = own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
   }
   return retain(cached.get());
 }

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string_view>
 
 #include "values/Owned.h"
 
@@ -14,8 +15,8 @@ namespace vx {
 /* Holds the names seen last. What it gives has memory of its own and does not keep the document alive. */
 class NameCache {
  public:
-  /* A string equal to `name`, which may be null. */
-  Owned<const BQString> copyOf(const BQString* name);
+  /* A string of that text. */
+  Owned<const BQString> copyOf(std::string_view name);
 
  private:
   static constexpr size_t kSize = 32;

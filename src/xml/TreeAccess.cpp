@@ -1,5 +1,6 @@
 #include "xml/TreeAccess.h"
 
+#include <optional>
 #include <string_view>
 
 #include <BQ/BQString.h>
@@ -7,39 +8,39 @@
 
 #include "diag/Log.h"
 #include "diag/Switches.h"
+#include "values/Owned.h"
 #include "xml/Entities.h"
 #include "xml/Text.h"
 
 namespace vx {
 namespace {
 
-/* Whether a name, or what stands behind its first colon, is the wanted one. */
-bool hasLocalName(const BQString* name, std::string_view wanted) {
-  std::string_view text = textOf(name);
+/* Returns true if a name, or what follows its first colon, is the wanted one. */
+bool hasLocalName(std::string_view text, std::string_view wanted) {
   if (equalIgnoringCase(text, wanted)) return true;
   size_t colon = text.find(':');
   return colon != std::string_view::npos && equalIgnoringCase(text.substr(colon + 1), wanted);
 }
 
-/* The text that a node stands for, borrowed; null for a node that is no text. */
-const BQString* pieceOf(const BQXMLNode* node) {
+/* The text that a position contributes, borrowed; nothing for one that is not text. */
+std::optional<std::string_view> pieceOf(const BQTree* tree) {
+  const BQXMLNode* node = treeGetNode(tree);
   switch (BQXMLNodeGetTypeCode(node)) {
     case kBQXMLNodeTypeText:
     case kBQXMLNodeTypeCDATASection:
-      return BQXMLNodeGetString(node);
+      return textOf(tree);
     case kBQXMLNodeTypeEntityReference:
-      return decodeEntityReference(BQXMLNodeGetString(node));
+      return textOf(decodeEntityReference(BQXMLNodeGetString(node)));
     default:
       if (gVXDebugVerbose != 0) {
         _vxLogf("strange node in the middle of a string: %d\n", static_cast<int>(BQXMLNodeGetTypeCode(node)));
       }
-      return nullptr;
+      return std::nullopt;
   }
 }
 
-/* A copy with memory of its own, so that the string does not keep the document alive. */
-const BQString* copyPiece(const BQString* piece) {
-  return BQStringCreateSubstring(piece, BQRangeMake(0, BQStringGetLength(piece)));
+const BQString* copyPiece(std::string_view piece) {
+  return BQStringCreateWithUTF8(piece.data(), static_cast<BQIndex>(piece.size()));
 }
 
 }  // namespace
@@ -57,10 +58,20 @@ const BQString* getElementName(const BQTree* tree) {
   return node == nullptr ? BQSTR("") : BQXMLNodeGetString(node);
 }
 
-const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree) {
-  const BQXMLNode* node = treeGetNode(tree);
-  if (BQXMLNodeGetTypeCode(node) != kBQXMLNodeTypeElement) return nullptr;
-  return static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(node));
+std::string_view textOf(const BQTree* tree) {
+  BQIndex length = 0;
+  const char* bytes = BQXMLNodeGetUTF8(treeGetNode(tree), &length);
+  return {bytes, static_cast<size_t>(length)};
+}
+
+BQIndex attributeCount(const BQTree* element) {
+  return BQXMLNodeGetAttributeCount(treeGetNode(element));
+}
+
+TreeAttribute attributeAt(const BQTree* element, BQIndex index) {
+  const BQString* value = nullptr;
+  const BQString* name = BQXMLNodeGetAttributeAtIndex(treeGetNode(element), index, &value);
+  return {name, value};
 }
 
 const BQTree* findNamedElement(const BQTree* tree, const BQString* name) {
@@ -73,7 +84,7 @@ const BQTree* findNamedElement(const BQTree* tree, const BQString* name) {
       }
       continue;
     }
-    if (hasLocalName(getElementName(child), textOf(name))) return child;
+    if (hasLocalName(textOf(child), textOf(name))) return child;
     if (const BQTree* found = findNamedElement(child, name)) return found;
   }
   return nullptr;
@@ -87,19 +98,19 @@ const BQString* copyQualifiedName(const BQString* name) {
 }
 
 const BQString* copyXMLStringFromTree(const BQTree* tree) {
-  if (treeGetNode(tree) == nullptr) return nullptr;
-  const BQString* piece = pieceOf(treeGetNode(tree));
-  if (piece == nullptr) return nullptr;
+  if (tree == nullptr) return nullptr;
+  std::optional<std::string_view> piece = pieceOf(tree);
+  if (!piece) return nullptr;
   const BQTree* next = BQTreeGetNextSibling(tree);
-  if (next == nullptr) return copyPiece(piece);
-  BQString* joined = BQStringCreateMutable(0);
-  for (;; next = BQTreeGetNextSibling(next)) {
-    BQStringAppend(joined, piece);
-    if (treeGetNode(next) == nullptr) break;
-    piece = pieceOf(treeGetNode(next));
-    if (piece == nullptr) break;
+  if (next == nullptr) return copyPiece(*piece);
+  auto joined = own(BQStringCreateMutable(0));
+  for (; piece; next = BQTreeGetNextSibling(next)) {
+    BQStringAppendUTF8(joined.get(), piece->data(), static_cast<BQIndex>(piece->size()));
+    piece = next == nullptr ? std::nullopt : pieceOf(next);
   }
-  return joined;
+  /* A short immutable string takes half of the memory, a second long one would double it. */
+  constexpr BQIndex kShort = 1024;
+  return BQStringGetLength(joined.get()) > kShort ? joined.release() : BQStringCreateCopy(joined.get());
 }
 
 }  // namespace vx

@@ -5,6 +5,8 @@
 #include <BQ/BQBase.h>
 #include <BQ/BQXMLNode.h>
 
+#include <string_view>
+
 namespace vx {
 
 /* The node of a position, borrowed; null for null. */
@@ -16,8 +18,16 @@ bool treeIsElement(const BQTree* tree);
 /* The string of the position's node, borrowed: an element's name, a text's text; "" without a node. */
 const BQString* getElementName(const BQTree* tree);
 
-/* The attributes of an element, borrowed; null for anything else. */
-const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree);
+/* The bytes of that string, borrowed. */
+std::string_view textOf(const BQTree* tree);
+
+/* The attributes of an element: names as written, in document order. */
+BQIndex attributeCount(const BQTree* element);
+struct TreeAttribute {
+  const BQString* name;
+  const BQString* value;
+};
+TreeAttribute attributeAt(const BQTree* element, BQIndex index);
 
 /*
  * The first element below `tree`, in document order, with that name, whatever its prefix and the
@@ -25,7 +35,7 @@ const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree);
  */
 const BQTree* findNamedElement(const BQTree* tree, const BQString* name);
 
-/* What stands behind the first colon of a name, owned by the caller; null without a colon. */
+/* What follows the first colon of a name, owned by the caller; null without a colon. */
 const BQString* copyQualifiedName(const BQString* name);
 
 /*

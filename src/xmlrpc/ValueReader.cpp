@@ -54,8 +54,9 @@ bool isPositive(std::string_view text) {
   return false;
 }
 
-Owned<const void> readDouble(const BQString* text) {
-  double real = BQStringGetDoubleValue(text);
+Owned<const void> readDouble(std::string_view text) {
+  auto string = own(BQStringCreateWithUTF8(text.data(), static_cast<BQIndex>(text.size())));
+  double real = BQStringGetDoubleValue(string.get());
   return own<const void>(BQNumberCreate(kBQNumberDoubleType, &real));
 }
 
@@ -80,12 +81,7 @@ Owned<const void> ValueReader::read(const BQTree* value) {
 }
 
 Owned<const void> ValueReader::readElement(const BQTree* element) {
-  const BQString* name = getElementName(element);
-  if (name == nullptr) {
-    fail(BQSTR("Can't get name of element"));
-    return nullptr;
-  }
-  switch (elementNamed(textOf(name))) {
+  switch (elementNamed(textOf(element))) {
     case Element::string:
       return own<const void>(copyXMLStringFromTree(BQTreeGetFirstChild(element)));
     case Element::array:
@@ -93,20 +89,16 @@ Owned<const void> ValueReader::readElement(const BQTree* element) {
     case Element::structure:
       return readStruct(element);
     default:
-      return readScalar(element, name);
+      return readScalar(element);
   }
 }
 
 /* Only the first piece of a scalar's text counts. */
-Owned<const void> ValueReader::readScalar(const BQTree* element, const BQString* name) {
-  const BQString* text = getElementName(BQTreeGetFirstChild(element));
-  if (text == nullptr) {
-    fail(BQStringCreateWithFormat(BQSTR("No value for %@"), name));
-    return nullptr;
-  }
-  switch (elementNamed(textOf(name))) {
+Owned<const void> ValueReader::readScalar(const BQTree* element) {
+  std::string_view text = textOf(BQTreeGetFirstChild(element));
+  switch (elementNamed(textOf(element))) {
     case Element::boolean:
-      return own<const void>(isPositive(textOf(text)) ? kBQBooleanTrue : kBQBooleanFalse);
+      return own<const void>(isPositive(text) ? kBQBooleanTrue : kBQBooleanFalse);
     case Element::integer:
       return own<const void>(makeIntValueFromString(text));
     case Element::real:
@@ -116,21 +108,21 @@ Owned<const void> ValueReader::readScalar(const BQTree* element, const BQString*
     case Element::data:
       return own<const void>(decodeBinaryData(text));
     default:
-      fail(BQStringCreateWithFormat(BQSTR("Don't know how to deserialize %@"), name));
+      fail(BQStringCreateWithFormat(BQSTR("Don't know how to deserialize %@"), getElementName(element)));
       return nullptr;
   }
 }
 
 Owned<const void> ValueReader::readArray(const BQTree* array) {
   const BQTree* data = BQTreeGetFirstChild(array);
-  if (!isNamed(textOf(getElementName(data)), "data")) {
+  if (!isNamed(textOf(data), "data")) {
     fail(BQSTR("<array> should only containa single <data> element"));
     return nullptr;
   }
   auto values = own(BQArrayCreateMutable(0));
   for (const BQTree* child = BQTreeGetFirstChild(data); child != nullptr;
        child = BQTreeGetNextSibling(child)) {
-    if (!isNamed(textOf(getElementName(child)), "value")) {
+    if (!isNamed(textOf(child), "value")) {
       fail(BQSTR("non-value element found in <data> part of <array>"));
       return nullptr;
     }
@@ -167,7 +159,7 @@ void ValueReader::readMember(const BQTree* member, BQDictionary* dictionary) {
 
 void ValueReader::checkStructChild(const BQTree* child, Owned<const BQString>& name,
                                    Owned<const void>& value) {
-  std::string_view element = textOf(getElementName(child));
+  std::string_view element = textOf(child);
   if (isNamed(element, "name")) {
     if (name != nullptr) return fail(BQSTR("too many <name> elements for a <member>"));
     name = readName(BQTreeGetFirstChild(child));
@@ -182,7 +174,7 @@ void ValueReader::checkStructChild(const BQTree* child, Owned<const BQString>& n
 Owned<const BQString> ValueReader::readName(const BQTree* text) {
   bool isPlain = BQXMLNodeGetTypeCode(treeGetNode(text)) == kBQXMLNodeTypeText;
   if (!isPlain || BQTreeGetNextSibling(text) != nullptr) return own(copyXMLStringFromTree(text));
-  return names_.copyOf(getElementName(text));
+  return names_.copyOf(textOf(text));
 }
 
 void ValueReader::fail(const BQString* message) {

@@ -31,7 +31,7 @@ class ValueReader {
 
  private:
   Owned<const void> readElement(const BQTree* element);
-  Owned<const void> readScalar(const BQTree* element, const BQString* name);
+  Owned<const void> readScalar(const BQTree* element);
   Owned<const void> readArray(const BQTree* array);
   Owned<const void> readStruct(const BQTree* structure);
   void readMember(const BQTree* member, BQDictionary* dictionary);

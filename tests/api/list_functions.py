@@ -1,4 +1,4 @@
-"""Writes a line "sweep("NAME", NAME)," for each function that the public headers declare.
+"""Writes a line "sweep("NAME", NAME);" for each function that the public headers declare.
 
 usage: list_functions.py INCLUDE_DIRECTORY OUTPUT
 """
@@ -15,4 +15,4 @@ text = re.sub(r"/\*.*?\*/|^#define.*?$", "", text, flags=re.DOTALL | re.MULTILIN
 names = re.findall(r"\bBQ_EXPORT (?!extern)[\w\s*]*?(\w+)\(", text)
 if len(names) != text.count("BQ_EXPORT ") - text.count("BQ_EXPORT extern "):
     sys.exit("list_functions.py: cannot read some declaration")
-output.write_text("".join(f'sweep("{name}", {name}),\n' for name in names if name not in LEFT_OUT))
+output.write_text("".join(f'sweep("{name}", {name});\n' for name in names if name not in LEFT_OUT))

@@ -3,8 +3,7 @@ import re
 import sys
 import unittest
 
-from installed_tree import (BUILD, CC, CMAKE, EXAMPLES, LIBDIR, ROOT, SHARED, STRICT_C, TOOLS, VERSION,
-                            InstalledTreeCase, files_below, run)
+from installed_tree import BUILD, CMAKE, EXAMPLES, LIBDIR, ROOT, SHARED, TOOLS, VERSION, InstalledTreeCase, files_below, run
 
 MAJOR = VERSION.split(".", maxsplit=1)[0]
 HEADERS = {"include/" + name for name in files_below(ROOT / "include")}
@@ -65,30 +64,12 @@ class InstallTest(InstalledTreeCase):
     def test_no_file_for_other_tools_names_a_place(self):
         for path in [*self.prefix.rglob("*.pc"), *self.prefix.rglob("*.cmake")]:
             self.assertNotRegex(path.read_text(), "%s|%s|%s" % (ROOT, BUILD, self.scratch), path.name)
-        for path in self.prefix.rglob("*.pc"):
-            self.assertRegex(path.read_text(), r"\Aprefix=\$\{pcfiledir\}/", path.name)
 
     def test_programs_build_with_the_cmake_package(self):
         self.check_cmake_package()
 
-    def test_cmake_refuses_another_major_version(self):
-        project = self.scratch / "later"
-        project.mkdir()
-        (project / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.22)\nproject(Later C CXX)\n"
-                                                "find_package(Orvane %d REQUIRED)\n" % (int(MAJOR) + 1))
-        with self.assertRaisesRegex(AssertionError, r"compatible\s+with requested version"):
-            run(CMAKE, "-G", "Ninja", "-S", project, "-B", project / "build", "-DCMAKE_PREFIX_PATH=%s" % self.prefix)
-
     def test_programs_build_with_pkg_config(self):
         self.check_pkg_config_modules()
-
-    @unittest.skipUnless(SHARED, "static libraries ask for more than their names")
-    def test_c11_program_builds_with_the_compiler_alone(self):
-        program = self.scratch / "plain"
-        library = self.prefix / LIBDIR
-        run(CC, *STRICT_C, EXAMPLES / "call_in_c.c", "-I%s" % (self.prefix / "include"), "-L%s" % library, "-lvx", "-lbq",
-            "-Wl,-rpath,%s" % library, "-o", program)
-        self.assert_works("call_in_c", [program])
 
     @unittest.skipUnless(SHARED, "no shared library")
     def test_sonames_carry_the_major_version_alone_and_python_loads_the_library(self):

@@ -27,7 +27,8 @@ def read_table(path):
     for row in filter(str.strip, text.splitlines()):
         name, items = (part.strip() for part in re.split("[=:]", row, maxsplit=1))
         items = [resolved for item in items.split() for resolved in groups.get(item, [item])]
-        (groups if row.startswith("@") else modules)[name] = items
+        for each in name.split():
+            (groups if row.startswith("@") else modules)[each] = items
     return modules
 
 
@@ -110,13 +111,6 @@ NAME = re.compile(r"\bk?(?:VX|BQ)\w{3,}(?!\.\.\.|\w)")
 MACHINE_PATH = re.compile(r"""(?:^|[\s"'=(:,])/(?:home|root|Users|work)/""")
 
 
-def check_line(line):
-    if line != line.rstrip() or "\t" in line:
-        yield "tab, or white space at the end of the line"
-    if MACHINE_PATH.search(line):
-        yield "path of a machine"
-
-
 def check_files(root):
     root = Path(root)
     presets = {preset["name"] for preset in json.loads((root / "CMakePresets.json").read_text())["configurePresets"]}
@@ -128,7 +122,8 @@ def check_files(root):
         text = path.read_text("utf-8")
         yield None if text.endswith("\n") or not text else f"{path}: no line end at the end of the file"
         for number, line in enumerate(text.split("\n"), 1):
-            faults = list(check_line(line))
+            faults = ["tab, or white space at the end of the line"] if line != line.rstrip() or "\t" in line else []
+            faults += ["path of a machine"] if MACHINE_PATH.search(line) else []
             if path.suffix == ".md":
                 faults += [f"no such name: {name}" for name in NAME.findall(line) if name not in names]
                 links = re.findall(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)", line)
@@ -142,13 +137,12 @@ def check_files(root):
     yield from (None if name in guide else f"docs/guide.md: does not name {name}" for name in constants)
 
 
-def main():
-    check, *arguments = sys.argv[1:]
-    outcomes = list(globals()[f"check_{check}"](*arguments))  # a fault, or None for what is in order
+def report(outcomes):
+    """Prints the faults. An outcome that is in order is None; none at all means having looked in the wrong place."""
     faults = list(filter(None, outcomes))
-    print("\n".join(faults) or f"{check}: {len(outcomes)} in order")
-    return bool(faults) or not outcomes  # checking nothing means having looked in the wrong place
+    print("\n".join(faults) or f"{len(outcomes)} in order")
+    return bool(faults) or not outcomes
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(report(list(globals()[f"check_{sys.argv[1]}"](*sys.argv[2:]))))

@@ -1,27 +1,18 @@
 #!/usr/bin/env python3
-"""Compiles and runs what the documents show, so that none of it goes stale.
+"""Compiles and runs the snippets of the documents and prints every fault.
 
-usage: check_snippets.py --source FOLDER [--build FOLDER] [--cc C] [--cxx C++] [--flags FLAGS] DOCUMENT...
+usage: check_snippets.py SOURCE BUILD CC CXX FLAGS DOCUMENT...     without a BUILD nothing is run
 
-A fenced block is treated as its language says:
-
-  c, cpp    Compiled. A block that includes headers or defines functions is taken as a file, any other as
-            statements of a function with the parameters in FRAGMENT. A file whose first line is a comment
-            with a name ("// sum.cpp") is put under that name into the folder in which the sessions of the
-            document run, and a session or another file must name it.
+  c, cpp    Compiled, as the body of the function in FRAGMENT if it is not a file. A block that begins with a
+            comment with a name ("// sum.cpp") is that file; a session or another file must use it.
   python    Compiled, and named likewise.
-  sh        For the reader's own machine: the syntax is checked, and that the programs exist.
-  console   A session. A line that begins with "$ " is run, the lines below it are what it must print,
-            both streams; a last line "(exit status N)" is the status if it is not 0. What ends with "&"
-            is a server: it runs until the document ends.
+  sh        For the reader's own machine: the programs must exist.
+  console   A session. Each line after "$ " is run and must print the lines below it, on either stream; a last
+            line "(exit status N)" is the status if it is not 0. A command that ends with "&" is a server, which
+            runs until the document ends. It gets port 0 for 8080, and prints its port in the first line.
   text      Not checked.
-
-Without --build nothing can be run, and sessions are only read. The port 8080 of the documents is any
-free port here: a server is started with 0 in its place, and tells the port in the first line that it
-prints.
 """
 
-import argparse
 import difflib
 import os
 import pathlib
@@ -33,215 +24,131 @@ import subprocess
 import sys
 import tempfile
 
+from check_project import report
+
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
 NAME = re.compile(r"(?://|/\*|#) ([\w.]+\.(?:c|cpp|h|py))\b")
 FILE = re.compile(r"^#include |^(?!(?:if|for|while|switch|else|do)\b)\w.*\)\s*(?:const )?\{$", re.M)
+COMMAND = re.compile(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", re.M)
 DOCUMENTED_PORT = "8080"
 OPTIONAL_PROGRAMS = {"gdb", "valgrind"}
-SECONDS = 120
-STANDARD = {"c": "c11", "cpp": "c++20"}
 FRAGMENT = """#include <stdio.h>
 #include <VX/VX.h>
-#pragma GCC diagnostic ignored "-Wunused-parameter"
-#pragma GCC diagnostic ignored "-Wunused-variable"
-void fragment(VXMethodInvocationRef invocation, VXProtocolHandlerRef handler, const BQURL* url,
-              const BQDictionary* parameters, const BQDictionary* result, const BQData* document);
 void fragment(VXMethodInvocationRef invocation, VXProtocolHandlerRef handler, const BQURL* url,
               const BQDictionary* parameters, const BQDictionary* result, const BQData* document) {
 """
 
 
-class Block:
-    def __init__(self, document, text, match):
-        self.language, self.text = match[1], match[2]
-        self.document = document
-        self.line = text.count("\n", 0, match.start(2)) + 1
-        name = NAME.match(self.text)
-        self.name = name and name[1]
+class Document:
+    def __init__(self, path, folder, source, build, compilers):
+        self.path, self.folder, self.source, self.build, self.compilers = path, folder, source, build, compilers
+        text = path.read_text()
+        self.blocks = [(text.count("\n", 0, match.start(2)) + 1, match[1], match[2]) for match in BLOCK.finditer(text)]
+        self.files = {NAME.match(block)[1]: block for _, _, block in self.blocks if NAME.match(block)}
+        self.port = DOCUMENTED_PORT
+        self.write_files()
 
-    def place(self, offset=0):
-        return f"{self.document}:{self.line + offset}"
+    def write_files(self):
+        for name, text in self.files.items():
+            (self.folder / name).write_text(text.replace(DOCUMENTED_PORT, self.port))
 
+    def check(self):
+        """Yields a fault, or None if it is in order, for each thing that was checked."""
+        for line, language, text in self.blocks:
+            place = f"{self.path}:{line}"
+            if language in ("c", "cpp"):
+                yield from self.check_code(place, line, language, text)
+            elif language == "python":
+                compile("\n" * (line - 1) + text, self.path, "exec")
+            elif language == "sh":
+                yield from self.check_commands(place, text)
+            elif language not in ("console", "text"):
+                yield f"{place}: nobody checks the language {language}"
+        for name, text in self.files.items():
+            users = [other for _, language, other in self.blocks if other != text and language != "text" and name in other]
+            yield None if users else f"{self.path}: no session uses {name}"
+        if self.build:
+            yield from self.run_sessions()
 
-def sessions_of(block):
-    """The commands of a session: the line, the command and what it must print."""
-    commands = []
-    for offset, line in enumerate(block.text.splitlines()):
-        if line.startswith("$ "):
-            commands.append((offset, line[2:], []))
-        elif commands:
-            commands[-1][2].append(line)
-        else:
-            raise ValueError(f"{block.place(offset)}: output without a command")
-    return commands
+    def check_code(self, place, line, language, text):
+        flags = ["-Wall", "-Wextra", "-Werror", f"-I{self.folder}", "-fsyntax-only", "-"]
+        if not FILE.search(text):
+            text = FRAGMENT + f'#line {line} "{self.path}"\n' + text + "}\n"
+            flags += ["-Wno-unused-parameter", "-Wno-unused-variable"]
+        language = ["-std=c11", "-xc"] if language == "c" else ["-std=c++20", "-xc++"]
+        outcome = subprocess.run([self.compilers / ("cc" if language[1] == "-xc" else "c++"), *language, *flags],
+                                 input=text, text=True, capture_output=True)
+        yield None if outcome.returncode == 0 else f"{place}: does not compile\n{outcome.stderr}"
 
-
-class Checker:
-    def __init__(self, options, scratch):
-        self.options = options
-        self.scratch = scratch
-        self.include = options.source / "include"
-        self.counts = dict.fromkeys(("compiled", "commands"), 0)
-        self.faults = 0
-
-    def fail(self, place, message):
-        print(f"{place}: {message}")
-        self.faults += 1
-
-    def check(self, document):
-        text = document.read_text()
-        blocks = [Block(document.relative_to(self.options.source), text, match) for match in BLOCK.finditer(text)]
-        files = [block for block in blocks if block.name]
-        folder = self.scratch / document.stem
-        folder.mkdir()
-        for block in files:
-            (folder / block.name).write_text(block.text)
-        for block in blocks:
-            if block.language in STANDARD:
-                self.compile(block, folder)
-            elif block.language == "python":
-                self.counts["compiled"] += 1
-                compile("\n" * (block.line - 1) + block.text, str(block.document), "exec")
-            elif block.language == "sh":
-                self.check_commands(block)
-            elif block.language not in ("console", "text"):
-                self.fail(block.place(), f"nobody checks the language {block.language}")
-        sessions = [block for block in blocks if block.language == "console"]
-        for block in files:
-            if not any(block.name in other.text for other in sessions + files if other is not block):
-                self.fail(block.place(), f"no session uses {block.name}")
-        if self.options.build:
-            Sessions(self, files, folder).run(sessions)
-
-    def compile(self, block, folder):
-        source = f'#line {block.line} "{block.document}"\n{block.text}'
-        if not FILE.search(block.text):
-            source = FRAGMENT + source + "}\n"
-        compiler = self.options.cc if block.language == "c" else self.options.cxx
-        language = "c" if block.language == "c" else "c++"
-        command = [compiler, "-Wall", "-Wextra", "-Werror", f"-std={STANDARD[block.language]}", f"-I{self.include}", f"-I{folder}",
-                   "-x", language, "-fsyntax-only", "-"]
-        self.counts["compiled"] += 1
-        if subprocess.run(command, input=source, text=True).returncode != 0:
-            self.fail(block.place(), "does not compile")
-
-    def check_commands(self, block):
-        syntax = subprocess.run(["bash", "-n"], input=block.text, text=True, capture_output=True)
-        if syntax.returncode != 0:
-            return self.fail(block.place(), syntax.stderr.strip())
-        for offset, line in enumerate(block.text.splitlines()):
-            words = shlex.split(line, comments=True)
-            while words and "=" in words[0]:
-                del words[0]
-            if words and not self.is_program(words[0]):
-                self.fail(block.place(offset), f"there is no program {words[0]}")
+    def check_commands(self, place, text):
+        for line in text.splitlines():
+            words = [word for word in shlex.split(line, comments=True) if "=" not in word]
+            yield None if not words or self.is_program(words[0]) else f"{place}: there is no program {words[0]}"
 
     def is_program(self, word):
-        if word in OPTIONAL_PROGRAMS or shutil.which(word):
-            return True
         built = re.match(r"build/\w+/(.*)", word)
-        if built:  # a folder of its own per preset, of which this is one; benchmarks are not built in all
-            return built[1].startswith("bench/") or not self.options.build or (self.options.build / built[1]).exists()
-        return os.access(self.options.source / word, os.X_OK)
+        if built:  # a directory of its own per preset, of which this is one; benchmarks are not built in all
+            return built[1].startswith("bench/") or not self.build or os.path.exists(f"{self.build}/{built[1]}")
+        return word in OPTIONAL_PROGRAMS or shutil.which(word) or os.access(self.source / word, os.X_OK)
 
-    def toolchain(self):
-        """A folder with the compilers, which know where the headers and the libraries are, and the tools."""
-        folder = self.scratch / "bin"
-        if folder.exists():
-            return folder
-        folder.mkdir()
-        libraries = self.options.build / "src"
-        for name, compiler in (("cc", self.options.cc), ("c++", self.options.cxx)):
-            path = folder / name
-            path.write_text(f'#!/bin/sh\nexec {compiler} -Wall -Wextra -Werror -I{self.include} {self.options.flags} '
-                            f'"$@" -L{libraries} -Wl,-rpath,{libraries}\n')
-            path.chmod(0o755)
-        for tool in ("vxcall", "vxserve"):
-            (folder / tool).symlink_to(self.options.build / "tools" / tool / tool)
-        return folder
-
-
-class Sessions:
-    """Those of one document, which share a folder, its programs and its servers."""
-
-    def __init__(self, checker, programs, folder):
-        self.checker = checker
-        self.programs = programs
-        self.folder = folder
-        self.environment = dict(os.environ, PATH=f"{checker.toolchain()}:{os.environ['PATH']}", LC_ALL="C.UTF-8")
-        self.port = DOCUMENTED_PORT
+    def run_sessions(self):
+        """Runs all sessions, which share a directory, programs and servers."""
         self.servers = []
-
-    def run(self, sessions):
         try:
-            for session in sessions:
-                for offset, command, shown in sessions_of(session):
-                    self.checker.counts["commands"] += 1
-                    if not self.run_command(session.place(offset), command, shown) and command.endswith("&"):
-                        return  # the others would call whoever has the documented port
+            for line, language, text in self.blocks:
+                commands = COMMAND.findall(text) if language == "console" else []
+                yield None if "".join(f"$ {c}\n{o}" for c, o in commands) in ("", text) else f"{self.path}:{line}: no command"
+                for command, shown in commands:
+                    printed = self.run(command)
+                    differences = "\n".join(difflib.unified_diff(shown.splitlines(), printed, "shown", "printed", lineterm=""))
+                    yield f"{self.path}:{line}: {command}\n{differences}" if differences else None
         finally:
             for server in self.servers:
                 os.killpg(server.pid, signal.SIGTERM)
                 server.communicate()
 
-    def run_command(self, place, command, shown):
-        if command.endswith("&"):
-            printed = self.start_server(command)
+    def run(self, command):
+        is_server = command.endswith("&")
+        port = "0" if is_server else self.port
+        process = subprocess.Popen(["bash", "-c", "exec " * is_server + command.rstrip("& ").replace(DOCUMENTED_PORT, port)],
+                                   cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, start_new_session=True,
+                                   stderr=None if is_server else subprocess.STDOUT, text=True,
+                                   env={**os.environ, "PATH": f"{self.compilers}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"})
+        if is_server:
+            self.servers.append(process)
+            output = process.stdout.readline()
+            self.port = re.search(r":(\d+)", output)[1]
+            self.write_files()
         else:
-            printed = self.run_to_its_end(command)
-        if printed == shown:
-            return True
-        self.checker.fail(place, "prints something else: " + command)
-        print("\n".join(difflib.unified_diff(shown, printed, "shown", "printed", lineterm="")))
-        return False
-
-    def start_server(self, command):
-        server = subprocess.Popen(["bash", "-c", "exec " + command.replace(DOCUMENTED_PORT, "0").rstrip("& ")],
-                                  cwd=self.folder, env=self.environment, stdin=subprocess.DEVNULL,
-                                  stdout=subprocess.PIPE, text=True, start_new_session=True)
-        self.servers.append(server)
-        line = server.stdout.readline()
-        port = re.search(r":(\d+)", line)
-        if port:
-            self.port = port[1]
-        return self.as_documented(line)
-
-    def run_to_its_end(self, command):
-        for program in self.programs:
-            source = program.text.replace(DOCUMENTED_PORT, self.port)
-            (self.folder / program.name).write_text(source)
-        try:
-            run = subprocess.run(["bash", "-c", command.replace(DOCUMENTED_PORT, self.port)], cwd=self.folder,
-                                 env=self.environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                                 stderr=subprocess.STDOUT, timeout=SECONDS)
-        except subprocess.TimeoutExpired:
-            return [f"(no end within {SECONDS} seconds)"]
-        printed = self.as_documented(run.stdout.decode())
-        return printed + ([f"(exit status {run.returncode})"] if run.returncode else [])
-
-    def as_documented(self, output):
+            output = process.communicate(timeout=120)[0]
+            output += f"(exit status {process.returncode})" if process.returncode else ""
         return [line.rstrip() for line in output.replace(f":{self.port}", f":{DOCUMENTED_PORT}").splitlines()]
 
 
+def make_toolchain(folder, source, build, compilers, flags):
+    """Makes a directory with the tools, and with compilers that know where the headers and the libraries are."""
+    folder.mkdir()
+    libraries = f"-L{build}/src -Wl,-rpath,{build}/src" if build else ""
+    for name, compiler in zip(("cc", "c++"), compilers):
+        (folder / name).write_text(f'#!/bin/sh\nexec {shutil.which(compiler)} -Wall -Wextra -Werror -I{source}/include {flags} '
+                                   f'"$@" {libraries}\n')
+        (folder / name).chmod(0o755)
+    for tool in ("vxcall", "vxserve") if build else ():
+        (folder / tool).symlink_to(f"{build}/tools/{tool}/{tool}")
+    return folder
+
+
 def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--source", type=pathlib.Path, required=True)
-    parser.add_argument("--build", type=pathlib.Path)
-    parser.add_argument("--cc", default="cc")
-    parser.add_argument("--cxx", default="c++")
-    parser.add_argument("--flags", default="")
-    parser.add_argument("documents", nargs="+", type=pathlib.Path)
-    options = parser.parse_args()
-    options.source = options.source.resolve()
-    options.documents = [document.resolve() for document in options.documents]
-    options.cc, options.cxx = map(shutil.which, (options.cc, options.cxx))
+    source, build, cc, cxx, flags, *documents = sys.argv[1:]
+    source = pathlib.Path(source).resolve()
+    outcomes = []
     with tempfile.TemporaryDirectory() as scratch:
-        checker = Checker(options, pathlib.Path(scratch))
-        for document in options.documents:
-            checker.check(document)
-    print(f"{checker.counts['compiled']} blocks compiled, {checker.counts['commands']} commands run, "
-          f"{checker.faults} faults")
-    return checker.faults > 0 or checker.counts["compiled"] == 0
+        compilers = make_toolchain(pathlib.Path(scratch) / "bin", source, build, (cc, cxx), flags)
+        for number, path in enumerate(documents):
+            folder = pathlib.Path(scratch) / str(number)
+            folder.mkdir()
+            outcomes += Document(pathlib.Path(path), folder, source, build, compilers).check()
+    return report(outcomes)
 
 
 if __name__ == "__main__":

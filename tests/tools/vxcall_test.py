@@ -8,13 +8,8 @@ import unittest
 
 from toolcase import CONTROLS, ESCAPED, UNSHOWN, VXCALL, Peer, reply, response, vxcall
 
-PARAMETERS = [
-    "int:-2147483648", "2147483647", "0.1", "double:-0", "double:1e300", "double:5e-324", "double:3", "true", "bool:0",
-    "string:", "string: ", "string:\t\r\n \r", "string:]]> &amp; <a> \" é € 日本 \U0001f600", "string:5", "nil:",
-    "date:2005-02-28T13:45:09Z", "date:2005-02-28T13:45:09.987-05:30", "date:0001-01-01", "date:9999-12-31T23:59:59Z",
-    "base64:", "base64:AAH/", "z=1", "a-b.c=2", "p0=json:[]", "json:{}",
-    'json:{"z":{"":[[],[1,[2.5,true]]]}," b ":"","/a":[{"é":1}]}',
-]
+PARAMETERS = ["2147483647", "double:5e-324", "bool:0", "string: ", "string:]]> &amp; <a> \" é \U0001f600", "nil:",
+              "date:2005-02-28T13:45:09.987-05:30", "base64:AAH/", "a-b.c=2", 'json:{"z":{"":[[],[1,[2.5,true]]]}," b ":"","/a":[]}']
 
 
 class VxcallCase(unittest.TestCase):
@@ -125,25 +120,9 @@ class TerminalTest(VxcallCase):
             self.server.may_answer.set()
             self.assertEqual(terminal.end(), ("", 0, b"7\n"))
 
-    def test_shows_a_complaint_in_place_of_the_wait(self):
-        terminal = self.start("-t", "2")
-        screen, *end = terminal.end()
-        self.assertRegex(screen, r"\Avxcall: timed out: .*\n\Z")
-        self.assertIn("waiting for the reply, 1 s", terminal.seen)
-        self.assertEqual(end, [3, b""])
-
     def test_is_left_clean_by_an_interrupt(self):
         for number in (signal.SIGINT, signal.SIGTERM):
             terminal = self.start()
             terminal.read_until("waiting for the reply, 1 s")
             terminal.process.send_signal(number)
             self.assertEqual(terminal.end(), ("", -number, b""))
-
-    def test_interrupt_is_130_for_the_shell(self):
-        peer = self.peer()
-        peer.may_answer.clear()
-        shell = subprocess.Popen(["sh", "-c", 'trap : INT; "$0" "$@"; echo "$?"', VXCALL, peer.url(), "m"],
-                                 stdout=subprocess.PIPE, start_new_session=True)
-        self.assertTrue(peer.arrived.wait(60))
-        os.killpg(shell.pid, signal.SIGINT)
-        self.assertEqual(shell.communicate(timeout=60)[0], b"130\n")

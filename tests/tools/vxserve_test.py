@@ -84,10 +84,6 @@ class ServerCase(unittest.TestCase):
         if cls.server.stop() != (0, ""):
             raise AssertionError("vxserve did not stop in peace")
 
-    def assert_serves(self):
-        status, _, body = self.server.post(ADD)
-        self.assertEqual((status, b"<i4>3</i4>" in body), (200, True), body)
-
 
 class MethodsTest(ServerCase):
     def setUp(self):
@@ -109,9 +105,9 @@ class MethodsTest(ServerCase):
             result = self.call("echo", value)
             self.assertEqual((result, type(result)), (value, type(value)))
         self.assertEqual((self.call("echo"), self.call("types")), ("", TYPES))
-        for value, form in [(123456789.125, b"<double>123456789.125</double>"), (1e-5, b"<double>0.00001</double>"),
-                            (-0.0, b"<double>-0</double>"), (DATE, b"<dateTime.iso8601>19980717T14:08:55</dateTime.iso8601>")]:
-            self.assertIn(form, self.server.post(xmlrpc.client.dumps((value,), "echo").encode())[2])
+        reply = self.server.post(xmlrpc.client.dumps(([123456789.125, 1e-5, -0.0, DATE],), "echo").encode())[2]
+        for form in (b"123456789.125</double>", b">0.00001</double>", b">-0</double>", b">19980717T14:08:55</dateTime.iso8601>"):
+            self.assertIn(form, reply)
         # What cannot be sent back is a fault, or left out as a key of the library is, which would change the order.
         for value in ("<int>2147483648</int>", "<array><data><value><i4>-99999999999</i4></value></data></array>"):
             self.assertIn(b"<i4>%d</i4>" % INVALID_PARAMETERS, self.server.post(document("echo", value))[2])
@@ -155,20 +151,17 @@ STRUCT = {"varString": "s<", "varInt": -7, "varFloat": 2.5}
 STRUCT_SEEN = {"varString": "s<", "varInt": "-7", "varFloat": "2.5"}
 # (result or the text of a fault, method, parameters as [name, type or None for the client's own guess, value])
 SOAP_CALLS = [
-    (TEXT, "echoString", ["inputString", "string", TEXT]), ("12", "echoString", ["inputString", None, 12]),
-    ("", "echoString", ["other", "string", ""]), ("-2147483648", "echoInteger", ["inputInteger", "int", -2147483648]),
+    (TEXT, "echoString", ["inputString", "string", TEXT]), ("-2147483648", "echoInteger", ["inputInteger", "int", -2147483648]),
     ("0.30000000000000004", "echoFloat", ["inputFloat", "double", "0.30000000000000004"]),
     ("3", "echoFloat", ["inputFloat", None, 3]), ("1", "echoBoolean", ["inputBoolean", "boolean", "true"]),
     ("1998-07-17T14:08:55Z", "echoDate", ["inputDate", "DATE", "1998-07-17T14:08:55Z"]),
     ("bytes \x00\x01\xff", "echoBase64", ["inputBase64", "base64", "bytes \x00\x01\xff"]),
     (["a<", "", TEXT], "echoStringArray", ["inputStringArray", None, ["a<", "", TEXT]]),
-    ([], "echoStringArray", ["inputStringArray", None, []]), (STRUCT_SEEN, "echoStruct", ["inputStruct", None, STRUCT]),
     ([STRUCT_SEEN] * 2, "echoStructArray", ["inputStructArray", None, [STRUCT] * 2]), (None, "echoVoid"),
     ("ba", "concat", ["t", "string", "a"], ["s", "string", "b"]), ("ab", "concat", ["x", None, "a"], ["y", None, "b"]),
 ]
 SOAP_FAULTS = [
     ("<b> & \u20ac", "fault", ["message", "string", "<b> & \u20ac"]),
-    ("inputInteger must be of the type int", "echoInteger", ["inputInteger", "string", "5x"]),
     ("each item must be of the type int", "echoIntegerArray", ["inputIntegerArray", None, [1, "b"]]),
     ("a is missing; the call is add(int a, int b)", "add", ["b", "int", 1], ["c", "int", 1]),
 ]
@@ -211,27 +204,12 @@ class HTTPTest(ServerCase):
             self.assertEqual((status, headers["Allow"]), (wanted, "POST" if wanted == 405 else None), (method, path))
             self.assertTrue(answer)
 
-    def test_endless_body_is_cut_off(self):
-        with self.server.connect() as connection:
-            connection.sendall(b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nTransfer-Encoding: chunked\r\n\r\n")
-            with self.assertRaises(OSError):
-                for _ in range(2000):
-                    connection.sendall(b"10000\r\n" + b"x" * 65536 + b"\r\n")
-        self.assert_serves()
-
     def test_client_that_asks_before_it_sends_is_told_at_once(self):
         for length, line in ((10, b"HTTP/1.1 100 "), (LIMIT + 1, b"HTTP/1.1 413 ")):
             with self.server.connect() as connection:
                 connection.sendall(b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: %d\r\n\r\n"
                                    % length)
                 self.assertTrue(connection.recv(4096).startswith(line), length)
-
-    def test_pipelined_requests_are_answered_in_their_order_though_no_more_will_come(self):
-        with self.server.connect() as connection, connection.makefile("rb") as stream:
-            connection.sendall(request(ADD) + request(slow(0.05)) + request(ADD))
-            connection.shutdown(socket.SHUT_WR)
-            answers = [read_response(stream) for _ in range(3)]
-            self.assertEqual([xmlrpc.client.loads(body)[0] for _, _, body in answers], [(3,), ("done",), (3,)])
 
     def test_idle_connections_hold_nobody_up_and_requests_do_not_mix(self):
         def add_many(seed):
@@ -248,43 +226,30 @@ class HTTPTest(ServerCase):
 class DeadlineTest(ServerCase):
     options = ("--deadline", 1)
 
-    def moments(self):
-        """Time as the server knows it, which is held up like this test on a busy machine."""
-        for _ in range(400):
-            self.server.post(slow(0.05))
-            yield
+    def drip(self, start, drop):
+        with self.server.connect() as connection, contextlib.suppress(ConnectionError):
+            connection.settimeout(0.05)
+            connection.sendall(start)
+            received = None
+            while received != b"":
+                connection.sendall(drop)
+                with contextlib.suppress(TimeoutError):
+                    received = connection.recv(4096)
 
     def test_ends_requests_that_drip(self):
         head = b"POST /RPC2 HTTP/1.1\r\nHost: a\r\n"
-        def is_open(connection, drop):
-            with contextlib.suppress(ConnectionError):
-                try:
-                    connection.sendall(drop)
-                    return bool(connection.recv(4096, socket.MSG_DONTWAIT))
-                except BlockingIOError:
-                    return True
-
-        with contextlib.ExitStack() as stack:
-            dripping = []
-            for start, drop in [
-                (b"", b""), (b"POST /RP", b"C"), (head, b"a: b\r\n"), (head + b"Content-Length: 5000\r\n\r\n", b"x"),
-                (head + b"Transfer-Encoding: chunked\r\n\r\n", b"1\r\nx\r\n"), (request(ADD), b""),
-            ]:
-                dripping.append((stack.enter_context(self.server.connect()), drop))
-                dripping[-1][0].sendall(start)
-            for _ in self.moments():
-                dripping = [each for each in dripping if is_open(*each)]
-                if not dripping:
-                    return
-            self.fail(dripping)
+        starts = [b"", b"POST /RP", head, head + b"Content-Length: 5000\r\n\r\n",
+                  head + b"Transfer-Encoding: chunked\r\n\r\n", request(ADD)]
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            list(pool.map(self.drip, starts, [b"", b"C", b"a: b\r\n", b"x", b"1\r\nx\r\n", b""]))
 
     def test_ends_replies_that_are_read_slowly(self):
-        with self.server.connect() as connection, contextlib.suppress(ConnectionError):
+        with self.server.connect() as connection, self.assertRaises(ConnectionError):
             connection.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 65536)
             connection.sendall(request(document("echo", "x" * 8000000)))
-            for _ in self.moments():
+            while True:
                 self.assertNotEqual(connection.recv(10000), b"")
-            self.fail("the reply is still being sent")
+                self.server.post(slow(0.05))
 
     def test_lets_slow_calls_and_busy_connections_be(self):
         with self.server.connect() as connection, connection.makefile("rb") as stream:
@@ -344,32 +309,37 @@ class StopTest(unittest.TestCase):
         self.assertEqual(stream.readline() + stream.readline(), b"HTTP/1.1 100 Continue\r\n\r\n")
         return connection, stream
 
-    def stop_in_the_middle(self, server, bodies, signals=1):
-        """The answers to requests whose bodies arrive after the signal, and how the server ends."""
-        with contextlib.ExitStack() as stack:
-            begun = [self.begin(stack, server, body) for body in bodies]
-            if signals == 2:
-                self.begin(stack, server, b"never sent")
-            server.process.send_signal(signal.SIGTERM)
-            with self.assertRaises(OSError):
-                for _ in range(1000000):
-                    server.connect().close()
-            for (connection, _), body in zip(begun, bodies):
-                connection.sendall(body)
-            if signals == 2:
-                server.process.send_signal(signal.SIGTERM)
-            answers = [read_response(stream) for _, stream in begun]
-            return [(status, headers["Connection"]) for status, headers, _ in answers], server.wait()
+    def stop_in_the_middle(self, stack, server, *bodies):
+        """The streams of requests whose bodies arrive after the signal, when the server takes no others."""
+        begun = [self.begin(stack, server, body) for body in bodies]
+        server.process.send_signal(signal.SIGTERM)
+        with self.assertRaises(OSError):
+            for _ in range(1000000):
+                server.connect().close()
+        for (connection, _), body in zip(begun, bodies):
+            connection.sendall(body)
+        return [stream for _, stream in begun]
+
+    def assert_ends(self, server, streams, wanted):
+        for stream in streams:
+            status, headers, _ = read_response(stream)
+            self.assertEqual((status, headers["Connection"]), (wanted, "close"))
+        self.assertEqual(server.wait(), (0, ""))
 
     def test_lets_running_requests_finish_and_takes_no_others(self):
-        self.assertEqual(self.stop_in_the_middle(Server(), [slow(0.3)] * 20), ([(200, "close")] * 20, (0, "")))
+        with contextlib.ExitStack() as stack:
+            server = Server()
+            self.assert_ends(server, self.stop_in_the_middle(stack, server, *[slow(0.3)] * 20), 200)
 
-    def test_cuts_short_what_takes_too_long(self):
-        self.assertEqual(self.stop_in_the_middle(Server(), [slow(500)]), ([(503, "close")], (0, "")))
-
-    def test_second_signal_waits_for_nothing(self):
-        # Without it the first request would be answered well.
-        self.assertEqual(self.stop_in_the_middle(Server(), [slow(8), slow(500)], 2), ([(503, "close")] * 2, (0, "")))
+    def test_second_signal_cuts_short_at_once_what_the_first_cuts_short_later(self):
+        with contextlib.ExitStack() as stack:
+            patient, hurried = Server(), Server()
+            waiting = self.stop_in_the_middle(stack, patient, slow(500))
+            streams = self.stop_in_the_middle(stack, hurried, slow(500))
+            hurried.process.send_signal(signal.SIGTERM)
+            self.assert_ends(hurried, streams, 503)
+            self.assertIsNone(patient.process.poll(), "the server that was told first ends last")
+            self.assert_ends(patient, waiting, 503)
 
     def test_under_load_answers_whole_or_not_at_all(self):
         server = Server("--threads", "2")

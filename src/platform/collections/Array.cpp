@@ -74,8 +74,7 @@ void finalizeArray(BQTypeRef object) {
 }
 
 MutableArray* makeMutable(uint64_t capacity) {
-  if (capacity < kSmallestCapacity) capacity = kSmallestCapacity;
-  auto* values = static_cast<BQTypeRef*>(allocate(capacity * sizeof(BQTypeRef)));
+  auto* values = capacity == 0 ? nullptr : static_cast<BQTypeRef*>(allocate(capacity * sizeof(BQTypeRef)));
   return new (allocate(sizeof(MutableArray)))
       MutableArray{{{kArrayTypeID, kMutable, 1}, 0, values}, capacity};
 }

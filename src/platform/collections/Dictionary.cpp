@@ -1,9 +1,10 @@
 #include <BQ/BQDictionary.h>
 
+#include <cstdlib>
 #include <cstring>
 
+#include <algorithm>
 #include <memory>
-#include <vector>
 
 #include <BQ/BQString.h>
 
@@ -45,13 +46,14 @@ uint32_t hashKey(BQTypeRef key) {
 }  // namespace bq
 
 struct BQDictionary : bq::Object {
-  explicit BQDictionary(BQTypeID typeID, uint16_t flags, size_t capacity) : Object(typeID) {
+  /* The memory after the dictionary has space for `capacity` pairs. */
+  explicit BQDictionary(BQTypeID typeID, uint16_t flags, size_t capacity)
+      : Object(typeID), pairs_(ownPairs()), capacity_(static_cast<uint32_t>(capacity)) {
     base.flags = flags;
-    pairs_.reserve(capacity);
   }
-  ~BQDictionary() { releasePairs(pairs_); }
+  ~BQDictionary() { releasePairs(pairs_, used_); }
 
-  size_t count() const { return pairs_.size() - removed_; }
+  size_t count() const { return used_ - removed_; }
 
   BQTypeRef* find(BQTypeRef key) {
     size_t position = findPosition(key);
@@ -65,44 +67,42 @@ struct BQDictionary : bq::Object {
 
   /* Appends a pair whose key is not present. Takes over both references. */
   void append(BQTypeRef key, BQTypeRef value) {
-    pairs_.push_back({key, value});
+    if (used_ == capacity_) grow();
+    pairs_[used_++] = {key, value};
     if (index_ == nullptr) {
-      if (pairs_.size() > bq::kLargestUnindexed) rebuildIndex();
+      if (used_ > bq::kLargestUnindexed) rebuildIndex();
     } else if (index_->isFull()) {
       rebuildIndex();
     } else {
-      index_->insert(bq::hashKey(key), static_cast<uint32_t>(pairs_.size() - 1));
+      index_->insert(bq::hashKey(key), used_ - 1);
     }
   }
 
   void remove(BQTypeRef key) {
     size_t position = index_ != nullptr ? takeFromIndex(key) : findPosition(key);
     if (position == kNowhere) return;
-    bq::Pair removed = pairs_[position];
-    if (index_ == nullptr) {
-      pairs_.erase(pairs_.begin() + static_cast<std::ptrdiff_t>(position));
-    } else {
-      pairs_[position] = {nullptr, nullptr};
-      ++removed_;
-      for (; !pairs_.empty() && pairs_.back().key == nullptr; --removed_) pairs_.pop_back();
-      if (removed_ > pairs_.size() / 2) rebuildIndex();
-    }
+    bq::Pair removed = std::exchange(pairs_[position], {nullptr, nullptr});
+    ++removed_;
+    if (index_ == nullptr) removeGaps();
+    for (; used_ > 0 && pairs_[used_ - 1].key == nullptr; --removed_) --used_;
+    if (removed_ > used_ / 2) rebuildIndex();
     BQRelease(removed.key);
     BQRelease(removed.value);
   }
 
   void removeAll() {
-    std::vector<bq::Pair> old;
-    old.swap(pairs_);
-    index_.reset();
+    bq::Pair* old = std::exchange(pairs_, nullptr);
+    size_t count = std::exchange(used_, 0);
+    capacity_ = 0;
     removed_ = 0;
-    releasePairs(old);
+    index_.reset();
+    releasePairs(old, count);
   }
 
   template <class Function>
   void forEach(Function function) const {
-    for (const bq::Pair& pair : pairs_) {
-      if (pair.key != nullptr) function(pair.key, pair.value);
+    for (size_t i = 0; i < used_; ++i) {
+      if (pairs_[i].key != nullptr) function(pairs_[i].key, pairs_[i].value);
     }
   }
 
@@ -110,44 +110,63 @@ struct BQDictionary : bq::Object {
   static constexpr size_t kNowhere = SIZE_MAX;
 
   struct HasKey {
-    const std::vector<bq::Pair>& pairs;
+    const bq::Pair* pairs;
     BQTypeRef key;
     bool operator()(uint32_t entry) const { return bq::equalKeys(pairs[entry].key, key); }
   };
 
+  bq::Pair* ownPairs() { return reinterpret_cast<bq::Pair*>(this + 1); }
+
+  void grow() {
+    capacity_ += capacity_ / 2 + 1;
+    bool isOwn = pairs_ == ownPairs();
+    void* grown = bq::reallocate(isOwn ? nullptr : pairs_, capacity_ * sizeof(bq::Pair));
+    if (isOwn && used_ > 0) std::memcpy(grown, pairs_, used_ * sizeof(bq::Pair));
+    pairs_ = static_cast<bq::Pair*>(grown);
+  }
+
   size_t findPosition(BQTypeRef key) const {
     if (index_ != nullptr) return positionOf(index_->find(bq::hashKey(key), HasKey{pairs_, key}));
-    for (size_t i = 0; i < pairs_.size(); ++i) {
+    for (size_t i = 0; i < used_; ++i) {
       if (bq::equalKeys(pairs_[i].key, key)) return i;
     }
     return kNowhere;
   }
 
   size_t takeFromIndex(BQTypeRef key) {
-    return positionOf(index_->remove(bq::hashKey(key), HasKey{pairs_, key}));
+    auto hashOf = [this](uint32_t entry) { return bq::hashKey(pairs_[entry].key); };
+    return positionOf(index_->remove(bq::hashKey(key), HasKey{pairs_, key}, hashOf));
   }
 
   static size_t positionOf(uint32_t entry) { return entry == bq::HashIndex::kNone ? kNowhere : entry; }
 
-  void rebuildIndex() {
-    std::erase_if(pairs_, [](const bq::Pair& pair) { return pair.key == nullptr; });
+  void removeGaps() {
+    auto isGap = [](const bq::Pair& pair) { return pair.key == nullptr; };
+    used_ = static_cast<uint32_t>(std::remove_if(pairs_, pairs_ + used_, isGap) - pairs_);
     removed_ = 0;
+  }
+
+  void rebuildIndex() {
+    removeGaps();
     if (index_ == nullptr) index_ = std::make_unique<bq::HashIndex>();
-    index_->reset(2 * pairs_.size());
-    for (size_t i = 0; i < pairs_.size(); ++i)
-      index_->insert(bq::hashKey(pairs_[i].key), static_cast<uint32_t>(i));
+    index_->reset(used_);
+    for (uint32_t i = 0; i < used_; ++i) index_->insert(bq::hashKey(pairs_[i].key), i);
   }
 
-  static void releasePairs(const std::vector<bq::Pair>& pairs) {
-    for (const bq::Pair& pair : pairs) {
-      BQRelease(pair.key);
-      BQRelease(pair.value);
+  /* Releases what the pairs hold, and their memory unless it is that of the dictionary. */
+  void releasePairs(bq::Pair* pairs, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+      BQRelease(pairs[i].key);
+      BQRelease(pairs[i].value);
     }
+    if (pairs != ownPairs()) std::free(pairs);
   }
 
-  std::vector<bq::Pair> pairs_;
+  bq::Pair* pairs_;
+  uint32_t capacity_;
+  uint32_t used_ = 0;
+  uint32_t removed_ = 0;
   std::unique_ptr<bq::HashIndex> index_;
-  size_t removed_ = 0;
 };
 
 namespace bq {
@@ -183,7 +202,9 @@ BQHashCode hashDictionary(BQTypeRef object) {
 }
 
 BQDictionary* makeDictionary(uint16_t flags, BQIndex capacity) {
-  return makeObject<BQDictionary>(kDictionaryTypeID, flags, capacityHint(capacity));
+  size_t count = capacityHint(capacity);
+  return new (allocate(sizeof(BQDictionary) + count * sizeof(Pair)))
+      BQDictionary(kDictionaryTypeID, flags, count);
 }
 
 BQTypeRef copyKey(const BQDictionary* dictionary, BQTypeRef key) {

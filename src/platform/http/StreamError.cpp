@@ -86,7 +86,7 @@ const char* describeHTTP(int32_t error) {
     case kBQStreamHTTPErrorReplyTooLarge:
       return "the reply is larger than the limit";
     case kBQStreamHTTPErrorEmptyReply:
-      return "the server closed the connection without sending anything";
+      return "the server closed the connection without a reply";
     case kBQStreamHTTPErrorOther:
       return "the transfer failed";
     default:

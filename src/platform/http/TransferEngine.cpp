@@ -294,16 +294,16 @@ void TransferEngine::subscribe(int number, uint32_t events) {
   socket.registered = events;
 }
 
-/* A paused transfer waits for nothing, and still uses its connection. */
+/* A paused transfer waits for nothing, and still uses its connection. An idle connection is watched for
+ * bytes. */
 int TransferEngine::onSocket(CURL* handle, curl_socket_t number, int what, void* context, void*) {
   auto* engine = static_cast<TransferEngine*>(context);
   Transfer* transfer = transferOf(handle);
   Socket& socket = engine->socketAt(number);
   transfer->socket = number;
-  socket.wanted = eventsFor(what);
-  socket.owner = what == CURL_POLL_REMOVE && !transfer->isPaused() ? nullptr : transfer;
-  /* An idle connection stays registered. Any other socket may be closed and its number used again unseen. */
-  if (socket.wanted != 0 || !socket.isConnection) engine->subscribe(number, socket.wanted);
+  bool isDone = what == CURL_POLL_REMOVE && !transfer->isPaused();
+  socket.owner = isDone ? nullptr : transfer;
+  engine->subscribe(number, isDone && socket.isConnection ? EPOLLIN : eventsFor(what));
   return 0;
 }
 
@@ -348,18 +348,17 @@ int TransferEngine::poll(epoll_event* events) {
     int number = events[i].data.fd;
     const Socket& socket = socketAt(number);
     if (socket.isConnection && socket.owner == nullptr) discard(number);
-    if (socket.wanted == 0) subscribe(number, 0);
   }
   return count;
 }
 
 void TransferEngine::serve(int number, uint32_t events) {
-  Socket socket = socketAt(number);
-  if (socket.wanted == 0) return;
+  Transfer* owner = socketAt(number).owner;
+  if (owner == nullptr) return;
   int what = (isReadable(events) ? CURL_CSELECT_IN : 0) | ((events & EPOLLOUT) != 0 ? CURL_CSELECT_OUT : 0);
   int running = 0;
   curl_multi_socket_action(multi_.get(), number, what, &running);
-  if (socket.owner != nullptr && isReadable(events)) socket.owner->socketWasRead();
+  if (isReadable(events)) owner->socketWasRead();
 }
 
 int TransferEngine::onTimer(CURLM*, long milliseconds, void* context) {

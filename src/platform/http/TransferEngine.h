@@ -61,11 +61,10 @@ class TransferEngine {
     int users;
   };
   struct Socket {
-    /* The events that libcurl waits for, and those that the epoll instance reports. */
-    uint32_t wanted = 0;
+    /* The events that the epoll instance reports. */
     uint32_t registered = 0;
     bool isConnection = false;
-    /* The transfer that uses the connection; null while it is idle. */
+    /* The transfer that uses it; null while a connection is idle. */
     Transfer* owner = nullptr;
   };
   struct MultiDeleter {

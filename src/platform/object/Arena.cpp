@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include <array>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -23,6 +24,24 @@ constexpr size_t kMaximumSpareBlocks = 0;
 constexpr size_t kMaximumSpareBlocks = 16;
 #endif
 
+/*
+ * What a block takes of that: the allocator puts its own words between blocks, and the next block then
+ * begins at the next multiple.
+ */
+constexpr size_t kUsableSize = kBlockSize - 16;
+
+/* Guards what is made from shared arenas. */
+std::mutex derivingMutex;
+
+uintptr_t blockAddress(const void* object) {
+  return reinterpret_cast<uintptr_t>(object) & ~uintptr_t{kBlockSize - 1};
+}
+
+void* allocateBlock(size_t size) {
+  void* block = nullptr;
+  return posix_memalign(&block, kBlockSize, size) == 0 ? block : nullptr;
+}
+
 size_t roundUp(size_t size, size_t step) {
   return (size + step - 1) & ~(step - 1);
 }
@@ -41,7 +60,7 @@ class SpareBlocks {
 
   void* take() {
     void* block = count_ == 0 ? nullptr : std::exchange(blocks_[--count_], nullptr);
-    return block != nullptr ? block : std::aligned_alloc(kBlockSize, kBlockSize);
+    return block != nullptr ? block : allocateBlock(kUsableSize);
   }
 
   void give(void* block) {
@@ -62,6 +81,7 @@ struct Arena::Block {
   Arena* arena;
   Block* next;
   bool large;
+  const void* continuation;
 };
 
 struct Arena::Kept {
@@ -74,8 +94,7 @@ Arena* Arena::create() {
 }
 
 Arena* Arena::of(const void* object) {
-  uintptr_t address = reinterpret_cast<uintptr_t>(object) & ~uintptr_t{kBlockSize - 1};
-  return reinterpret_cast<const Block*>(address)->arena;
+  return reinterpret_cast<const Block*>(blockAddress(object))->arena;
 }
 
 void Arena::retain() {
@@ -123,10 +142,10 @@ void* Arena::allocate(size_t size) {
  */
 void* Arena::allocateSlow(size_t size) {
   bool large = size > kBlockSize / 4;
-  size_t blockSize = large ? roundUp(sizeof(Block) + size, kBlockSize) : kBlockSize;
-  void* memory = large ? std::aligned_alloc(kBlockSize, blockSize) : spareBlocks.take();
+  size_t blockSize = large ? sizeof(Block) + size : kUsableSize;
+  void* memory = large ? allocateBlock(blockSize) : spareBlocks.take();
   if (memory == nullptr) failAllocation(blockSize);
-  Block* block = new (memory) Block{this, blocks_, large};
+  Block* block = new (memory) Block{this, blocks_, large, nullptr};
   blocks_ = block;
   char* first = static_cast<char*>(memory) + sizeof(Block);
   if (large) return first;
@@ -137,6 +156,21 @@ void* Arena::allocateSlow(size_t size) {
 
 void Arena::keep(const void* object) {
   kept_ = new (allocate(sizeof(Kept))) Kept{object, kept_};
+}
+
+const void* Arena::derive(const void* key, const void* (*make)(Arena& arena, const void* key)) {
+  std::lock_guard lock(derivingMutex);
+  auto [found, isNew] = derived_.try_emplace(key);
+  if (isNew) found->second = make(*this, key);
+  return found->second;
+}
+
+const void*& Arena::continuation(const void* object) {
+  return reinterpret_cast<Block*>(blockAddress(object))->continuation;
+}
+
+bool Arena::shareBlock(const void* first, const void* second) {
+  return blockAddress(first) == blockAddress(second);
 }
 
 }  // namespace bq

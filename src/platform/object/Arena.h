@@ -1,5 +1,5 @@
 /*
- * Memory that many objects share: they are made one behind the other, counted together, and freed
+ * Memory that many objects share: they are made one after the other, counted together, and freed
  * together when nobody refers to any of them.
  */
 #ifndef BQ_OBJECT_ARENA_H
@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 
 namespace bq {
 
@@ -31,6 +32,18 @@ class Arena {
    */
   void keep(const void* object);
 
+  /*
+   * What `make` returned when it was first called for a key, which lives as long as the arena. Thread-safe,
+   * as nobody else allocates once the arena is shared: `make` may allocate and keep.
+   */
+  const void* derive(const void* key, const void* (*make)(Arena& arena, const void* key));
+
+  /* A pointer for the user of the arena in the block of small objects in which an object is. */
+  static const void*& continuation(const void* object);
+
+  /* Whether two objects are in one block. */
+  static bool shareBlock(const void* first, const void* second);
+
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
 
@@ -46,6 +59,7 @@ class Arena {
   char* end_ = nullptr;
   struct Kept;
   Kept* kept_ = nullptr;
+  std::unordered_map<const void*, const void*> derived_;
 };
 
 }  // namespace bq

@@ -25,12 +25,10 @@ BQXMLNodeTypeCode typeOf(const BQTree* tree) {
   return BQXMLNodeGetTypeCode(BQXMLTreeGetNode(tree));
 }
 
-std::string_view viewOf(const BQString* string) {
-  return {BQStringGetUTF8Ptr(string), static_cast<size_t>(BQStringGetLength(string))};
-}
-
 std::string_view stringOf(const BQTree* tree) {
-  return viewOf(BQXMLNodeGetString(BQXMLTreeGetNode(tree)));
+  BQIndex length = 0;
+  const char* bytes = BQXMLNodeGetUTF8(BQXMLTreeGetNode(tree), &length);
+  return {bytes, static_cast<size_t>(length)};
 }
 
 bool isElement(const BQTree* tree, std::string_view name) {

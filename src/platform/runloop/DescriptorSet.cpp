@@ -163,38 +163,11 @@ void DescriptorSet::wait(Nanoseconds timeout, int wakeUp, ReadyDescriptors& read
   const bool isPolled = !hasSet || hasRefused_;
   ClockForTesting* clock = clockForTesting();
   const bool isSimulated = clock != nullptr && timeout != kForever;
-  if (timeout != 0 && clock == nullptr && !isPolled && waitAwake(timeout, ready)) return;
   const int limit = isSimulated ? 0 : millisecondsOf(timeout);
   const int count = isPolled ? pollWatches(limit, wakeUp, ready)
                              : epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, limit);
   if (isSimulated && count == 0) clock->advance(timeout);
   ready.count = std::max(count, 0);
-}
-
-/*
- * A thread that sleeps is woken some microseconds late, and a peer on the same machine often answers in
- * as few. So a wait begins awake, as long as that is worth it: each one in vain doubles the number of
- * waits that go to sleep at once.
- */
-bool DescriptorSet::waitAwake(Nanoseconds timeout, ReadyDescriptors& ready) {
-  constexpr Nanoseconds kLongest = 50'000;
-  constexpr uint32_t kMostSleeps = 1024;
-  if (sleepsToCome_ > 0) {
-    --sleepsToCome_;
-    return false;
-  }
-  const Nanoseconds end = monotonicTime() + std::min(timeout, kLongest);
-  int count = 0;
-  while (count == 0 && monotonicTime() < end) {
-    count = epoll_wait(epoll_, ready.events, ReadyDescriptors::kMost, 0);
-  }
-  ready.count = std::max(count, 0);
-  if (ready.count > 0) {
-    sleepsAfterVain_ = std::max(sleepsAfterVain_ / 2, 1u);
-  } else {
-    sleepsToCome_ = std::exchange(sleepsAfterVain_, std::min(sleepsAfterVain_ * 2, kMostSleeps));
-  }
-  return ready.count > 0;
 }
 
 /*

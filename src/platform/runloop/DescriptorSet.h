@@ -75,7 +75,6 @@ class DescriptorSet {
   bool isOpen() const;
   void forgetRegistrations();
   void close();
-  bool waitAwake(Nanoseconds timeout, ReadyDescriptors& ready);
   /* The same as epoll_wait, without the set. */
   int pollWatches(int timeout, int wakeUp, ReadyDescriptors& ready) const;
   void registerChanges();
@@ -90,9 +89,6 @@ class DescriptorSet {
   uint32_t forks_ = 0;
   uint32_t lastWatchNumber_ = 0;
   uint64_t waits_ = 0;
-  /* How many waits sleep from the start, now and when the next one was awake in vain. */
-  uint32_t sleepsToCome_ = 0;
-  uint32_t sleepsAfterVain_ = 1;
   /* The watches with an interest. */
   size_t waiting_ = 0;
   std::unordered_map<int, Watch> watches_;

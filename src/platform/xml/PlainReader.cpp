@@ -57,6 +57,13 @@ bool isUTF8(std::string_view encoding) {
 
 }  // namespace
 
+/* The position is in a register meanwhile: the compiler must assume that characters overlap members. */
+inline void PlainReader::skipAll(uint8_t place) {
+  const char* next = next_;
+  while (next != end_ && may(*next, static_cast<Place>(place))) ++next;
+  next_ = next;
+}
+
 bool PlainReader::read(Arena& arena, std::string_view document) {
   arena_ = &arena;
   next_ = document.data();
@@ -90,8 +97,10 @@ bool PlainReader::readStartTag() {
   if (name.empty() || !readAttributes()) return false;
   bool isEmpty = skip('/');
   if (!skip('>')) return false;
-  const BQXMLElementInfo* info = infos_.find(*arena_, names_, attributes_);
-  if (!builder_.startElement(names_.find(*arena_, name).string, info)) return false;
+  const BQString* shared = names_.find(*arena_, name);
+  const AttributeList* list = attributes_.empty() ? nullptr : lists_.find(*arena_, names_, attributes_);
+  if (shared == nullptr || (list == nullptr && !attributes_.empty())) return false;
+  if (!builder_.startElement(shared, list)) return false;
   if (isEmpty) {
     builder_.endElement();
   } else {
@@ -137,7 +146,7 @@ bool PlainReader::readText() {
   if (peek() == '<' && !builder_.keepsLeafText()) return true; /* such text makes no node */
   next_ = start;
   for (;;) {
-    while (next_ != end_ && may(*next_, kInText)) ++next_;
+    skipAll(kInText);
     switch (peek()) {
       case '<':
         appendFrom(start);
@@ -200,10 +209,10 @@ bool PlainReader::skip(std::string_view expected) {
   return true;
 }
 
-/* Whether there were any. */
+/* Returns true if there were any. */
 bool PlainReader::skipBlanks() {
   const char* start = next_;
-  while (next_ != end_ && may(*next_, kBlank)) ++next_;
+  skipAll(kBlank);
   return next_ != start;
 }
 
@@ -219,7 +228,7 @@ bool PlainReader::skipCharacter() {
 std::string_view PlainReader::readName() {
   if (!may(peek(), kNameStart)) return {};
   const char* start = next_;
-  while (next_ != end_ && may(*next_, kInName)) ++next_;
+  skipAll(kInName);
   return {start, static_cast<size_t>(next_ - start)};
 }
 
@@ -234,7 +243,7 @@ std::string_view PlainReader::readQuoted() {
 }
 
 void PlainReader::appendFrom(const char* start) {
-  if (next_ != start) builder_.appendText({start, static_cast<size_t>(next_ - start)});
+  if (next_ != start) builder_.appendLastingText({start, static_cast<size_t>(next_ - start)});
 }
 
 }  // namespace bq

@@ -2,11 +2,12 @@
 #ifndef BQ_XML_PLAIN_READER_H
 #define BQ_XML_PLAIN_READER_H
 
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
 #include "platform/object/Arena.h"
-#include "platform/xml/ElementInfoTable.h"
+#include "platform/xml/AttributeTable.h"
 #include "platform/xml/NameTable.h"
 #include "platform/xml/TreeBuilder.h"
 
@@ -20,8 +21,8 @@ namespace bq {
  */
 class PlainReader {
  public:
-  PlainReader(NameTable& names, ElementInfoTable& infos, TreeBuilder& builder)
-      : names_(names), infos_(infos), builder_(builder) {}
+  PlainReader(NameTable& names, AttributeTable& lists, TreeBuilder& builder)
+      : names_(names), lists_(lists), builder_(builder) {}
 
   /* Makes the tree of a document in UTF-8. False if it is not plain: what was made is then of no use. */
   bool read(Arena& arena, std::string_view document);
@@ -46,6 +47,7 @@ class PlainReader {
     return isThere;
   }
   bool skip(std::string_view expected);
+  void skipAll(uint8_t place);
   bool skipBlanks();
   bool skipCharacter();
   std::string_view readName();
@@ -53,7 +55,7 @@ class PlainReader {
   void appendFrom(const char* start);
 
   NameTable& names_;
-  ElementInfoTable& infos_;
+  AttributeTable& lists_;
   TreeBuilder& builder_;
   Arena* arena_ = nullptr;
   const char* next_ = nullptr;

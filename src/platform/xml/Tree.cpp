@@ -29,23 +29,28 @@ const BQXMLNode* BQXMLTreeGetNode(const BQTree* tree) {
 }
 
 const BQTree* BQTreeGetFirstChild(const BQTree* tree) {
-  return bq::isTree(tree) ? tree->firstChild : nullptr;
+  const bq::Parent* parent = bq::isTree(tree) ? bq::asParent(tree) : nullptr;
+  return parent != nullptr ? parent->follower() : nullptr;
 }
 
 const BQTree* BQTreeGetNextSibling(const BQTree* tree) {
-  return bq::isTree(tree) ? tree->nextSibling : nullptr;
+  if (!bq::isTree(tree)) return nullptr;
+  const bq::Parent* parent = bq::asParent(tree);
+  return parent != nullptr ? parent->nextSibling : tree->follower();
 }
 
 BQIndex BQTreeGetChildCount(const BQTree* tree) {
   BQIndex count = 0;
-  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr; child = child->nextSibling) ++count;
+  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr; child = BQTreeGetNextSibling(child))
+    ++count;
   return count;
 }
 
 void BQTreeApplyFunctionToChildren(const BQTree* tree, void (*function)(const void* child, void* context),
                                    void* context) {
   if (function == nullptr) return;
-  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr; child = child->nextSibling) {
+  for (const BQTree* child = BQTreeGetFirstChild(tree); child != nullptr;
+       child = BQTreeGetNextSibling(child)) {
     function(child, context);
   }
 }

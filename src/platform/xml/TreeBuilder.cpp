@@ -1,8 +1,7 @@
 #include "platform/xml/TreeBuilder.h"
 
-#include <cstring>
-
 #include <algorithm>
+#include <utility>
 
 #include "platform/text/StringImpl.h"
 
@@ -21,36 +20,44 @@ void TreeBuilder::begin(Arena& arena, bool keepsLeafText) {
   keepsLeafText_ = keepsLeafText;
   treeTypeID_ = BQTreeGetTypeID();
   nodeTypeID_ = BQXMLNodeGetTypeID();
-  textLength_ = 0;
-  textIsBlank_ = true;
+  clearText();
   keepsBlanksAfter_ = false;
   depth_ = 0;
-  BQTree* document = nullptr;
-  levels_[0].nextChild = &document;
-  append(kBQXMLNodeTypeDocument, BQSTR(""), nullptr);
-  levels_[0] = {document, &document->firstChild};
+  levels_[0] = {make<Parent>(kBQXMLNodeTypeDocument, 0, BQSTR("")), nullptr};
 }
 
-bool TreeBuilder::startElement(const BQString* name, const BQXMLElementInfo* info) {
+bool TreeBuilder::startElement(const BQString* name, const AttributeList* attributes) {
   if (depth_ == kMaximumElementDepth) return false;
   finishText(false);
-  BQTree* element = append(kBQXMLNodeTypeElement, name, info);
-  levels_[++depth_] = {element, &element->firstChild};
+  Parent* element = nullptr;
+  if (attributes == nullptr) {
+    element = make<Parent>(kBQXMLNodeTypeElement, 0, name);
+  } else {
+    auto* position = make<ParentWithAttributes>(kBQXMLNodeTypeElement, kHasAttributes, name);
+    position->attributes = attributes;
+    element = position;
+  }
+  append(element);
+  levels_[++depth_] = {element, nullptr};
   return true;
 }
 
 void TreeBuilder::endElement() {
-  const Level& level = levels_[depth_];
-  finishText(keepsLeafText_ && level.nextChild == &level.position->firstChild);
+  finishText(keepsLeafText_ && levels_[depth_].lastChild == nullptr);
   keepsBlanksAfter_ = false;
   --depth_;
 }
 
 void TreeBuilder::appendText(std::string_view text) {
-  if (text.size() > text_.size() - textLength_) text_.resize((textLength_ + text.size()) * 2);
-  std::memcpy(text_.data() + textLength_, text.data(), text.size());
-  textLength_ += text.size();
+  text_ += std::exchange(lastingText_, {});
+  text_ += text;
   textIsBlank_ = textIsBlank_ && isBlank(text);
+}
+
+void TreeBuilder::appendLastingText(std::string_view text) {
+  if (!this->text().empty()) return appendText(text);
+  lastingText_ = text;
+  textIsBlank_ = isBlank(text);
 }
 
 void TreeBuilder::startCDATASection() {
@@ -63,36 +70,58 @@ void TreeBuilder::endCDATASection() {
 
 void TreeBuilder::entityReference(const BQString* name) {
   finishText(true);
-  append(kBQXMLNodeTypeEntityReference, name, nullptr);
+  append(make<BQTree>(kBQXMLNodeTypeEntityReference, 0, name));
 }
 
 void TreeBuilder::shrink() {
-  text_ = {};
+  text_ = std::string();
 }
 
-BQTree* TreeBuilder::append(BQXMLNodeTypeCode type, const BQString* string, const BQXMLElementInfo* info) {
-  BQRuntimeBase treeBase{static_cast<uint16_t>(treeTypeID_), kInArena, 1};
-  BQRuntimeBase nodeBase{static_cast<uint16_t>(nodeTypeID_), nodeFlags(type), 1};
-  auto* tree =
-      new (arena_->allocate(sizeof(BQTree))) BQTree{treeBase, nullptr, nullptr, {nodeBase, string, info}};
+template <class Position>
+Position* TreeBuilder::make(BQXMLNodeTypeCode type, uint16_t flags, const BQString* string) {
+  auto* position = new (arena_->allocate(sizeof(Position))) Position();
+  position->base = {static_cast<uint16_t>(treeTypeID_), kInArena, BQTree::kNoFollower};
+  auto nodeFlags = static_cast<uint16_t>(kInArena | flags | type << kNodeTypeShift);
+  position->node.base = {static_cast<uint16_t>(nodeTypeID_), nodeFlags, 0};
+  position->node.string = string;
+  return position;
+}
+
+void TreeBuilder::append(BQTree* position) {
   Level& level = levels_[depth_];
-  *level.nextChild = tree;
-  level.nextChild = &tree->nextSibling;
-  return tree;
+  if (level.lastChild == nullptr) {
+    level.position->setFollower(position);
+  } else if (const Parent* parent = asParent(level.lastChild)) {
+    const_cast<Parent*>(parent)->nextSibling = position;
+  } else {
+    level.lastChild->setFollower(position);
+  }
+  level.lastChild = position;
 }
 
 void TreeBuilder::appendTextNode(BQXMLNodeTypeCode type) {
-  const BQString* string = textLength_ == 0 ? BQSTR("") : makeArenaString(*arena_, text_.data(), textLength_);
-  append(type, string, nullptr);
-  textLength_ = 0;
+  std::string_view text = this->text();
+  if (text.size() > sizeof(BQXMLNode::characters)) {
+    append(make<BQTree>(type, 0, makeArenaString(*arena_, text.data(), text.size())));
+  } else {
+    auto* position = make<BQTree>(type, kShortText, nullptr);
+    position->node.base.retainCount = static_cast<uint32_t>(text.size());
+    text.copy(position->node.characters, text.size());
+    append(position);
+  }
+  clearText();
+}
+
+void TreeBuilder::clearText() {
+  text_.clear();
+  lastingText_ = {};
   textIsBlank_ = true;
 }
 
 void TreeBuilder::finishText(bool keepsBlanks) {
-  if (textLength_ != 0) {
+  if (!text().empty()) {
     if (!textIsBlank_ || keepsBlanks || keepsBlanksAfter_) appendTextNode(kBQXMLNodeTypeText);
-    textLength_ = 0;
-    textIsBlank_ = true;
+    clearText();
   }
   keepsBlanksAfter_ = keepsBlanks;
 }

@@ -4,8 +4,8 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/object/Arena.h"
 #include "platform/xml/Tree.h"
@@ -27,27 +27,33 @@ class TreeBuilder {
   bool keepsLeafText() const { return keepsLeafText_; }
 
   /* False, without effect, if the element is nested too deep. */
-  bool startElement(const BQString* name, const BQXMLElementInfo* info);
+  bool startElement(const BQString* name, const AttributeList* attributes);
   void endElement();
   void appendText(std::string_view text);
+  /* The same for text whose memory stays as it is until the next tag. */
+  void appendLastingText(std::string_view text);
   void startCDATASection();
   void endCDATASection();
   void entityReference(const BQString* name);
 
   /* The document's position. */
-  BQTree* document() const { return levels_[0].position; }
+  const BQTree* document() const { return levels_[0].position; }
 
   /* Frees what a large text left behind. */
   void shrink();
 
  private:
   struct Level {
-    BQTree* position;
-    BQTree** nextChild;
+    Parent* position;
+    BQTree* lastChild;
   };
 
-  BQTree* append(BQXMLNodeTypeCode type, const BQString* string, const BQXMLElementInfo* info);
+  template <class Position>
+  Position* make(BQXMLNodeTypeCode type, uint16_t flags, const BQString* string);
+  void append(BQTree* position);
   void appendTextNode(BQXMLNodeTypeCode type);
+  std::string_view text() const { return text_.empty() ? lastingText_ : text_; }
+  void clearText();
   void finishText(bool keepsBlanks);
 
   Arena* arena_ = nullptr;
@@ -55,8 +61,9 @@ class TreeBuilder {
   BQTypeID nodeTypeID_ = 0;
 
   /* Text that no tag, CDATA section or entity reference has ended yet. */
-  std::vector<char> text_;
-  size_t textLength_ = 0;
+  std::string text_;
+  /* All of it, if it is in one piece that lasts; then there is none above. */
+  std::string_view lastingText_;
   bool textIsBlank_ = true;
   /* True if what comes before it makes a node of it even if it is blank. */
   bool keepsBlanksAfter_ = false;

@@ -37,6 +37,16 @@ constexpr size_t kMaximumReferringEntities = 64;
 /* The parser looks at every declared attribute again for each element that could have it. */
 constexpr size_t kMaximumDeclaredAttributes = 64;
 
+/* Attributes of one tag. */
+constexpr int kMostAttributes = 4096;
+
+/*
+ * Different names, and likewise references to entities: as many as this in any document, and one more for so
+ * many bytes of it. The shortest take many times the memory of their bytes, in the parser and in the values.
+ */
+constexpr size_t kCostlyParts = 16384;
+constexpr size_t kBytesPerCostlyPart = 24;
+
 XMLParser* parserOf(void* self) {
   return static_cast<XMLParser*>(self);
 }
@@ -56,6 +66,7 @@ const BQTree* XMLParser::parse(std::string_view bytes, bool keepsLeafText, const
   }
   text_ = &text;
   keepsLeafText_ = keepsLeafText;
+  limit_ = kCostlyParts + bytes.size() / kBytesPerCostlyPart;
   bool parsed = readPlain() || readWithExpat();
   if (!parsed) {
     if (error != nullptr) *error = makeError();
@@ -67,8 +78,8 @@ const BQTree* XMLParser::parse(std::string_view bytes, bool keepsLeafText, const
 
 void XMLParser::begin() {
   arena_ = Arena::create();
-  names_.clear();
-  infos_.clear();
+  names_.begin(limit_);
+  lists_.begin();
   builder_.begin(*arena_, keepsLeafText_);
 }
 
@@ -101,6 +112,7 @@ void XMLParser::prepareExpat() {
   failure_.reset();
   declaredAttributes_ = 0;
   referringEntities_ = 0;
+  entityReferences_ = 0;
   if (expat_ == nullptr) {
     expat_.reset(XML_ParserCreate("UTF-8"));
     if (expat_ == nullptr) failAllocation(0);
@@ -166,10 +178,18 @@ void XMLParser::stop(const BQString* description, int status) {
   XML_StopParser(expat_.get(), XML_FALSE);
 }
 
+/* False, for something that takes too much memory. */
+bool XMLParser::refuse(const BQString* description) {
+  stop(description, XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
+  return false;
+}
+
 void XMLParser::startElement(void* self, const XML_Char* name, const XML_Char** attributes) {
   XMLParser* parser = parserOf(self);
-  const BQXMLElementInfo* info = parser->elementInfo(attributes);
-  if (parser->builder_.startElement(parser->names_.find(*parser->arena_, name).string, info)) return;
+  const AttributeList* list = nullptr;
+  if (!parser->readAttributes(attributes, &list)) return;
+  const BQString* shared = parser->sharedName(name);
+  if (shared == nullptr || parser->builder_.startElement(shared, list)) return;
   parser->stop(BQSTR("elements nested deeper than 512 levels"), kBQXMLTreeStatusTooDeep);
 }
 
@@ -200,15 +220,14 @@ void XMLParser::entityDeclaration(void* self, const XML_Char*, int, const XML_Ch
   if (value == nullptr) return; /* of an entity in a file, which is never opened */
   bool refers = std::string_view(value, static_cast<size_t>(length)).find('&') != std::string_view::npos;
   if (!refers || ++parser->referringEntities_ <= kMaximumReferringEntities) return;
-  parser->stop(BQSTR("too many entities that refer to others"), XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
+  parser->refuse(BQSTR("too many entities that refer to others"));
 }
 
 void XMLParser::attributeDeclaration(void* self, const XML_Char*, const XML_Char*, const XML_Char*,
                                      const XML_Char*, int) {
   XMLParser* parser = parserOf(self);
   if (++parser->declaredAttributes_ <= kMaximumDeclaredAttributes) return;
-  parser->stop(BQSTR("too many attributes declared by the document type"),
-               XML_ERROR_AMPLIFICATION_LIMIT_BREACH);
+  parser->refuse(BQSTR("too many attributes declared by the document type"));
 }
 
 /*
@@ -222,24 +241,40 @@ int XMLParser::externalEntity(XML_Parser parser, const XML_Char* context, const 
 }
 
 void XMLParser::addEntityReference(const XML_Char* name) {
-  builder_.entityReference(names_.find(*arena_, name).string);
+  const BQString* shared = sharedName(name);
+  if (shared == nullptr) return;
+  if (++entityReferences_ > limit_) {
+    refuse(BQSTR("too many references to entities"));
+  } else {
+    builder_.entityReference(shared);
+  }
+}
+
+/* Null, and the failure, if there are too many. */
+const BQString* XMLParser::sharedName(std::string_view name) {
+  const BQString* shared = names_.find(*arena_, name);
+  if (shared == nullptr) refuse(BQSTR("too many different names"));
+  return shared;
 }
 
 /*
- * Only attributes that stand in the tag count. Values that the document type supplies would come again
- * with every element and let a small document make a large tree.
+ * Only attributes in the tag itself count. Values that the document type supplies would come again with
+ * every element and let a small document make a large tree. The list is null if there are none;
+ * false, and the failure, if there are too many.
  */
-const BQXMLElementInfo* XMLParser::elementInfo(const XML_Char** attributes) {
+bool XMLParser::readAttributes(const XML_Char** attributes, const AttributeList** list) {
   XML_Parser expat = expat_.get();
   attributes_.clear();
+  *list = nullptr;
   int count = attributes[0] != nullptr ? XML_GetSpecifiedAttributeCount(expat) : 0;
+  if (count == 0) return true;
+  if (count / 2 > kMostAttributes) return refuse(BQSTR("too many attributes in one tag"));
   for (int i = 0; i < count; i += 2) attributes_.push_back({attributes[i], attributes[i + 1]});
-  if (!attributes_.empty()) {
-    std::string_view tag = text_->from(static_cast<size_t>(XML_GetCurrentByteIndex(expat)))
-                               .substr(0, static_cast<size_t>(XML_GetCurrentByteCount(expat)));
-    if (tag.find('&') != std::string_view::npos) restoreEntityReferences(tag);
-  }
-  return infos_.find(*arena_, names_, attributes_);
+  std::string_view tag = text_->from(static_cast<size_t>(XML_GetCurrentByteIndex(expat)))
+                             .substr(0, static_cast<size_t>(XML_GetCurrentByteCount(expat)));
+  if (tag.find('&') != std::string_view::npos) restoreEntityReferences(tag);
+  *list = lists_.find(*arena_, names_, attributes_);
+  return *list != nullptr || refuse(BQSTR("too many different names"));
 }
 
 /* In attribute values the parser expands entities or drops them silently. */
@@ -258,8 +293,7 @@ void XMLParser::trim(size_t documentSize) {
   arena_ = nullptr;
   if (documentSize <= kLargestKept) return;
   expat_.reset();
-  names_.clear();
-  infos_.clear();
+  names_.begin(0);
   builder_.shrink();
   attributes_ = {};
   attributeTexts_ = {};

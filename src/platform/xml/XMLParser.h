@@ -17,8 +17,8 @@
 
 #include "platform/object/Arena.h"
 #include "platform/object/Object.h"
+#include "platform/xml/AttributeTable.h"
 #include "platform/xml/DocumentText.h"
-#include "platform/xml/ElementInfoTable.h"
 #include "platform/xml/NameTable.h"
 #include "platform/xml/PlainReader.h"
 #include "platform/xml/TreeBuilder.h"
@@ -66,10 +66,12 @@ class XMLParser {
   bool feedAll();
   bool feed(std::string_view bytes, bool last);
   void stop(const BQString* description, int status);
+  bool refuse(const BQString* description);
   Failure failureHere(const BQString* description, int status) const;
   const BQDictionary* makeError() const;
   void addEntityReference(const XML_Char* name);
-  const BQXMLElementInfo* elementInfo(const XML_Char** attributes);
+  const BQString* sharedName(std::string_view name);
+  bool readAttributes(const XML_Char** attributes, const AttributeList** list);
   void restoreEntityReferences(std::string_view tag);
   void trim(size_t documentSize);
 
@@ -79,11 +81,14 @@ class XMLParser {
   bool keepsLeafText_ = false;
   Arena* arena_ = nullptr;
   NameTable names_;
-  ElementInfoTable infos_;
+  AttributeTable lists_;
   TreeBuilder builder_;
-  PlainReader plain_{names_, infos_, builder_};
+  PlainReader plain_{names_, lists_, builder_};
+  /* Of different names, and of references to entities. */
+  size_t limit_ = 0;
   size_t declaredAttributes_ = 0;
   size_t referringEntities_ = 0;
+  size_t entityReferences_ = 0;
   /* Why the parser was stopped, and where: it goes on a little after that. */
   std::optional<Failure> failure_;
   std::vector<Attribute> attributes_;

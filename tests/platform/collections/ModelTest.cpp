@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -98,17 +99,17 @@ void replace(BQString* string, std::string& model) {
 }
 
 void read(const BQString* string, const std::string& model) {
-  const std::string part = piece() + piece();
-  const auto object = values::string(part);
   const BQRange range = {position(std::ssize(model)), position(std::ssize(model))};
   const std::string inside = isInside(model, range) ? model.substr(range.location, range.length) : "";
+  const std::string part = std::vector{piece() + piece(), inside, model, foldedIf(1, model)}[upTo(3)];
+  const auto object = values::string(part);
   EXPECT_EQ(text(own(BQStringCreateSubstring(string, range))), isInside(model, range) ? inside : "(none)");
   for (int options : {0, 1, 4, 5}) {
     std::string searched = foldedIf(options & 1, inside), wanted = foldedIf(options & 1, part);
     size_t place = options < 4 ? searched.find(wanted) : searched.rfind(wanted);
     BQRange found = {-1, 0};
-    BQStringFind(string, object.get(), range, BQStringCompareOptions(options), &found);
     bool isFound = place != std::string::npos && !part.empty();
+    EXPECT_EQ(BQStringFind(string, object.get(), range, BQStringCompareOptions(options), &found), isFound);
     EXPECT_EQ(found.location, isFound ? range.location + static_cast<BQIndex>(place) : -1);
     EXPECT_EQ(found.length, isFound ? std::ssize(part) : 0);
     int order = foldedIf(options & 1, model).compare(foldedIf(options & 1, part));
@@ -206,6 +207,10 @@ TEST(Model, ArraysBehaveLikeVectors) {
 TEST(Model, DictionariesBehaveLikeVectorsOfPairs) {
   using Pair = std::pair<std::string, std::string>;
   const Value values[] = {integer(1), real(0.5)};
+  /* Integers and then equal doubles: the same keys in other objects. */
+  std::vector<Value> keys;
+  for (int number = 0; number <= 300; ++number) keys.push_back(integer(number));
+  for (double number = 0; number <= 300; ++number) keys.push_back(real(number));
   bq::Ref<BQDictionary> dictionary;
   std::vector<Pair> model;
   for (int step = 0; step < 20000; ++step) {
@@ -215,8 +220,7 @@ TEST(Model, DictionariesBehaveLikeVectorsOfPairs) {
     if (step % 4000 == 0) BQDictionaryRemoveAllValues(dictionary.get());
     if (step % 4000 == 0) model.clear();
     const BQIndex number = upTo(step % 2000 < 1000 ? 300 : 12), change = upTo(3);
-    /* Now an integer, now a double: the same key in another object. */
-    const Value key = upTo(1) == 0 ? Value(integer(number)) : Value(real(static_cast<double>(number)));
+    const Value& key = keys[number + 301 * upTo(1)];
     const BQTypeRef value = values[upTo(1)].get();
     auto find = [&] { return std::ranges::find(model, describe(key.get()), &Pair::first); };
     const bool isKnown = find() != model.end();
@@ -239,6 +243,129 @@ TEST(Model, DictionariesBehaveLikeVectorsOfPairs) {
   }
   dictionary = nullptr;
   for (const Value& value : values) EXPECT_EQ(BQGetRetainCount(value.get()), 1);
+  for (const Value& key : keys) EXPECT_EQ(BQGetRetainCount(key.get()), 1);
+}
+
+TEST(Data, CopiesOutliveWhatTheyWereMadeFrom) {
+  char memory[] = "bytes";
+  auto view = own(BQDataCreateView(memory, 5)), copy = own(BQDataCreateCopy(view.get()));
+  auto owned = own(BQDataCreateWithOwnedBytes(strdup("bytes"), 5));
+  EXPECT_EQ(own(BQDataCreateCopy(owned.get())).get(), owned.get());
+  EXPECT_TRUE(BQEqual(view.get(), owned.get()));
+  memory[0] = '#';
+  EXPECT_TRUE(BQEqual(copy.get(), owned.get()) && bytes(view.get()) == "#ytes");
+  EXPECT_NE(BQDataGetBytePtr(own(BQDataCreateView(nullptr, 0)).get()), nullptr);
+  EXPECT_EQ(BQDataCreateWithOwnedBytes(nullptr, 1), nullptr);
+}
+
+TEST(Array, ValuesMayChangeTheArrayWhileTheyLeaveIt) {
+  static BQArray* changed;
+  auto append = [](BQTypeRef) { BQArrayAppendValue(changed, BQSTR("late")); };
+  static const BQRuntimeClass kClass = {0,       "Late",  nullptr, nullptr, append,
+                                        nullptr, nullptr, nullptr, nullptr};
+  const BQTypeID typeID = _BQRuntimeRegisterClass(&kClass);
+  auto array = own(changed = BQArrayCreateMutable(0));
+  for (int i = 0; i < 4; ++i) BQArrayAppendOwnedValue(changed, _BQRuntimeCreateInstance(typeID, 0));
+  BQArraySetValueAtIndex(changed, 0, BQSTR("set"));
+  BQArrayRemoveValueAtIndex(changed, 1);
+  EXPECT_EQ(BQArrayGetCount(changed), 5);
+  BQArrayRemoveAllValues(changed);
+  EXPECT_EQ(describe(changed), "[\"late\", \"late\"]");
+}
+
+TEST(Dictionary, LeavesOutNullAndKeepsTheFirstOfEqualKeys) {
+  BQTypeRef keys[] = {BQSTR("z"), nullptr, BQSTR("z"), BQSTR("m")};
+  BQTypeRef values[] = {BQSTR("1"), BQSTR("2"), BQSTR("3"), nullptr};
+  EXPECT_EQ(describe(own(BQDictionaryCreate(keys, values, 4)).get()), R"({"z": "3"})");
+  EXPECT_EQ(BQDictionaryCreate(keys, nullptr, 1), nullptr);
+}
+
+TEST(Dictionary, CopiesStringKeysOnlyWhenAsked) {
+  for (BQDictionaryKeys rule : {kBQDictionaryRetainKeys, kBQDictionaryCopyStringKeys}) {
+    auto dictionary = own(BQDictionaryCreateMutable(0, rule));
+    auto copy = own(BQDictionaryCreateMutableCopy(0, dictionary.get()));
+    auto key = mutableString("key");
+    BQDictionarySetValue(dictionary.get(), key.get(), kBQNull);
+    BQDictionaryAddValue(copy.get(), key.get(), kBQNull);
+    BQStringAppend(key.get(), BQSTR("!"));
+    const char* expected = rule == kBQDictionaryRetainKeys ? R"({"key!": null})" : R"({"key": null})";
+    EXPECT_EQ(describe(dictionary.get()), expected);
+    EXPECT_EQ(describe(copy.get()), expected);
+  }
+}
+
+/* Nobody can choose names that collide. The death test starts the program anew. */
+TEST(StringHashDeathTest, DiffersFromProcessToProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const std::string hash = std::to_string(BQHash(BQSTR("text")));
+  setenv("HASH_OF_THE_PARENT", hash.c_str(), 0);
+  EXPECT_EXIT(std::exit(getenv("HASH_OF_THE_PARENT") == hash ? 1 : 0), testing::ExitedWithCode(0), "");
+}
+
+template <class... Each>
+std::vector<Value> listOf(const Each&... values) {
+  return {values...};
+}
+
+/* In pairs: those of a pair are equal, those of different pairs are not. */
+TEST(Equality, GoesByClassAndContent) {
+  const Value none, one = integer(1), alsoOne = real(1), two = integer(2), null = Value::retain(kBQNull),
+                    yes = Value::retain(kBQBooleanTrue), nul = string({"1\0", 2}),
+                    data = own(BQDataCreate("2", 1)), later = own(BQDateCreate(1)),
+                    deep = nest(512, two.get()), list = array({one.get()}),
+                    longer = array({one.get(), kBQNull}),
+                    other = dictionary({{one.get(), one.get()}, {kBQNull, two.get()}});
+  const std::vector<Value> values =
+      listOf(none, none, null, null, yes, yes, one, alsoOne, two, two, nul, nul, data, data, later, later,
+             deep, deep, list, list, longer, longer, other, other, string("1"), mutableString("1"),
+             own(BQDataCreate("1", 1)), own(BQDataCreateView("1", 1)), own(BQDateCreate(0.0)),
+             own(BQDateCreate(-0.0)), array({}), own(BQArrayCreate(nullptr, 0)), dictionary({}),
+             own(BQDictionaryCreate(nullptr, nullptr, 0)), array({one.get(), nullptr}),
+             array({alsoOne.get(), nullptr}), dictionary({{one.get(), one.get()}, {yes.get(), two.get()}}),
+             dictionary({{yes.get(), two.get()}, {alsoOne.get(), alsoOne.get()}}), nest(512, one.get()),
+             nest(512, alsoOne.get()));
+  for (size_t left = 0; left < values.size(); ++left) {
+    for (size_t right = 0; right < values.size(); ++right) {
+      SCOPED_TRACE(testing::Message() << left << " " << right);
+      const BQTypeRef first = values[left].get(), second = values[right].get();
+      EXPECT_EQ(BQEqual(first, second), left / 2 == right / 2);
+      EXPECT_TRUE(left / 2 != right / 2 || BQHash(first) == BQHash(second));
+    }
+  }
+}
+
+TEST(Equality, GoesByIdentityBelowTheDepthLimitOnASmallStack) {
+  auto shared = array({nullptr});
+  runOnSmallStack([&shared] {
+    EXPECT_TRUE(BQEqual(nest(512, shared.get()).get(), nest(512, shared.get()).get()));
+    EXPECT_FALSE(BQEqual(nest(512, array({nullptr}).get()).get(), nest(512, array({nullptr}).get()).get()));
+    EXPECT_EQ(BQHash(nest(600, shared.get()).get()), BQHash(nest(600, nullptr).get()));
+  });
+}
+
+/* 2^60 paths lead to the leaf. Nothing is remembered from one comparison to the next. */
+TEST(Equality, SharedPartsAreComparedOnceInEachComparison) {
+  auto leaf = array({integer(1).get()}), other = array({nullptr});
+  Value top = nest(60, leaf.get(), 2), otherTop = nest(60, other.get(), 2);
+  for (int64_t number : {1, 2, 1}) {
+    BQArraySetValueAtIndex(other.get(), 0, integer(number).get());
+    EXPECT_EQ(BQEqual(top.get(), otherTop.get()), number == 1);
+  }
+}
+
+/* Twice as a value, and in three keys: each level tries each key of the other one. */
+TEST(Equality, ContainersThatHoldThemselvesEnd) {
+  std::vector<bq::Ref<BQDictionary>> holders = {dictionary({}), dictionary({})};
+  for (const auto& holder : holders) {
+    for (int64_t i = 0; i < 3; ++i) {
+      auto key = array({holder.get(), integer(i).get(), holder.get()});
+      BQDictionarySetValue(holder.get(), key.get(), key.get());
+    }
+  }
+  EXPECT_TRUE(BQEqual(holders[0].get(), holders[0].get()));
+  EXPECT_FALSE(BQEqual(holders[0].get(), holders[1].get()));
+  EXPECT_EQ(BQHash(holders[0].get()), BQHash(holders[1].get()));
+  for (const auto& holder : holders) BQDictionaryRemoveAllValues(holder.get());
 }
 
 }  // namespace

@@ -1,18 +1,19 @@
 #include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <deque>
+#include <limits>
+#include <random>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <tuple>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
-#include "platform/object/Arena.h"
-#include "platform/text/StringImpl.h"
 #include "support/PlatformValues.h"
 
 namespace {
@@ -71,14 +72,10 @@ TEST(ObjectDeathTest, RegistrationEndsWithZeroWhenAllIdentifiersAreTaken) {
 
 TEST(Object, ThreadsShareReferences) {
   Value probe = makeProbe(makeProbeClass());
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([probe] {
-      for (int round = 0; round < 20000; ++round) BQRelease(BQRetain(probe.get()));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  threads.clear();
+  const auto share = [&probe] {
+    for (int round = 0; round < 20000; ++round) BQRelease(BQRetain(probe.get()));
+  };
+  { std::jthread first(share), second(share), third(share); }
   EXPECT_TRUE(BQGetRetainCount(probe.get()) == 1 && destroyedProbes == 0);
   probe = nullptr;
   EXPECT_EQ(destroyedProbes, 1);
@@ -95,8 +92,6 @@ TEST(Object, NestingOfAnyDepthIsFreedOnASmallStack) {
   EXPECT_EQ(destroyedProbes, 300000);
 }
 
-static_assert(std::is_convertible_v<BQRef<BQData>, BQRef<const BQData>> &&
-              std::is_convertible_v<BQRef<BQData>, Value>);
 static_assert(!std::is_convertible_v<BQRef<const BQData>, BQRef<BQData>> &&
               !std::is_convertible_v<Value, BQRef<BQData>>);
 static_assert(!std::is_convertible_v<BQData*, BQRef<BQData>>, "whether to adopt or to retain has to be said");
@@ -104,43 +99,46 @@ static_assert(!std::is_convertible_v<BQData*, BQRef<BQData>>, "whether to adopt 
 TEST(Ref, CountsItsReferencesOnceEach) {
   BQRef<BQData> adopted = BQAdopt(BQDataCreateMutable(0));
   BQData* object = adopted.get();
-  auto count = [object] { return BQGetRetainCount(object); };
   auto retained = BQRef<BQData>::retain(object), copied = retained;
   Value moved = std::move(retained);
-  EXPECT_TRUE(count() == 3 && retained == nullptr && moved.get() == object) << "a move adds none";
+  EXPECT_TRUE(BQGetRetainCount(object) == 3 && retained == nullptr && moved.get() == object);
   BQRef<BQData>& itself = copied;
   copied = itself;
-  EXPECT_EQ(count(), 3);
+  EXPECT_EQ(BQGetRetainCount(object), 3);
   copied = nullptr;
   moved = Value();
-  EXPECT_TRUE(count() == 1 && !copied) << "what was held before is released";
-  EXPECT_TRUE(adopted.release() == object && count() == 1 && !adopted) << "released by nobody";
+  EXPECT_TRUE(BQGetRetainCount(object) == 1 && !copied) << "what was held before is released";
+  EXPECT_TRUE(adopted.release() == object && BQGetRetainCount(object) == 1 && !adopted)
+      << "released by nobody";
   BQRelease(object);
 }
 
 /* Below, at and beyond the sizes that get a block of their own, between small ones. */
-TEST(Arena, ObjectsOfEverySizeFindTheirArenaAndKeepItOnAnyThread) {
-  bq::Arena* arena = bq::Arena::create();
-  auto kept = string("kept");
-  arena->keep(BQRetain(kept.get()));
-  std::vector<std::pair<Value, std::string>> strings;
-  for (size_t size : {0u, 1u, 7u, 16000u, 16383u, 16384u, 16385u, 65000u, 65536u, 200000u}) {
-    for (int i = 0; i < 20; ++i) {
-      std::string content(i % 2 == 0 ? size : 5, static_cast<char>('a' + i));
-      strings.emplace_back(Value::retain(bq::makeArenaString(*arena, content.data(), content.size())),
-                           content);
-      EXPECT_EQ(bq::Arena::of(strings.back().first.get()), arena);
-      EXPECT_EQ(reinterpret_cast<uintptr_t>(strings.back().first.get()) % 8, 0u);
-    }
+TEST(Arena, PartsOutliveTheirDocumentOnAnyThread) {
+  std::string document = "<a b='c'>";
+  std::vector<std::pair<Value, std::string>> parts;
+  for (size_t size : {1u, 7u, 16000u, 16383u, 16384u, 16385u, 65000u, 65536u, 200000u}) {
+    for (int i = 0; i < 20; ++i)
+      document +=
+          parts.emplace_back(Value(), std::string(i % 2 == 0 ? size : 5, char('a' + i))).second + "<b/>";
   }
-  arena->release();
-  EXPECT_EQ(BQGetRetainCount(kept.get()), 2);
-  std::thread([&strings] { strings.erase(strings.begin(), strings.begin() + 100); }).join();
-  for (const auto& [string, content] : strings)
-    EXPECT_TRUE(text(static_cast<const BQString*>(string.get())) == content);
-  EXPECT_EQ(BQGetRetainCount(strings[0].first.get()), 100);
-  strings.clear();
-  EXPECT_EQ(BQGetRetainCount(kept.get()), 1);
+  document += "</a>";
+  auto data = own(BQDataCreate(document.data(), std::ssize(document)));
+  auto tree = own(BQXMLTreeCreateFromDataWithError(data.get(), nullptr));
+  const BQTree* root = BQTreeGetFirstChild(tree.get());
+  auto* info = static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(BQXMLTreeGetNode(root)));
+  auto attributes = Value::retain(info->attributes);
+  const BQTree* child = BQTreeGetFirstChild(root);
+  for (auto& part : parts) {
+    part.first = Value::retain(BQXMLNodeGetString(BQXMLTreeGetNode(child)));
+    child = BQTreeGetNextSibling(BQTreeGetNextSibling(child));
+  }
+  tree = nullptr;
+  std::thread([&parts] { parts.erase(parts.begin(), parts.begin() + 100); }).join();
+  for (const auto& [part, content] : parts)
+    EXPECT_TRUE(text(static_cast<const BQString*>(part.get())) == content);
+  parts.clear();
+  EXPECT_EQ(BQGetRetainCount(attributes.get()), 1);
 }
 
 TEST(Bundle, StaysWhileItsDictionaryIsReplaced) {
@@ -153,38 +151,31 @@ TEST(Bundle, StaysWhileItsDictionaryIsReplaced) {
 
 TEST(Description, EveryKindOfValueIsReadable) {
   const float single = 0.1f;
-  const std::string bytes(65, 'A');
-  std::string shown;
-  for (int i = 0; i < 16; ++i) shown += " 41414141";
-  auto part = array({integer(1).get()});
-  const std::pair<Value, std::string> kRows[] = {
-      {Value::retain(kBQNull), "null"},
-      {real(0.1), "0.1"},
-      {real(1e300), "1e+300"},
-      {real(NAN), "nan"},
-      {own(BQNumberCreate(kBQNumberFloatType, &single)), "0.1"},
-      {own(BQDateCreate(-77622665)), "1998-07-17T14:08:55Z"},
-      {own(BQDataCreate("\x00\xFFz!9", 5)), "<5 bytes 00ff7a21 39>"},
-      {own(BQDataCreate(nullptr, 0)), "<0 bytes>"},
-      {own(BQDataCreate(bytes.data(), 64)), "<64 bytes" + shown + ">"},
-      {own(BQDataCreate(bytes.data(), 65)), "<65 bytes" + shown + " ...>"},
-      {array({nullptr, BQSTR("a\"\\\n\t\r%@é"), kBQBooleanFalse}),
-       "[(null), \"a\\\"\\\\\\n\\t\\r%@é\", false]"},
-      {dictionary({{BQSTR("k"), dictionary({{integer(2).get(), kBQBooleanTrue}}).get()}, {kBQNull, kBQNull}}),
-       "{\"k\": {2: true}, null: null}"},
-      {array({part.get(), part.get()}), "[[1], [1]]"}, /* beside itself, not inside */
-  };
-  for (const auto& [value, expected] : kRows) EXPECT_EQ(describe(value.get()), expected);
-}
-
-TEST(Description, StopsBelowTheDepthLimitOnASmallStack) {
-  std::string atLimit, beyond;
-  runOnSmallStack([&] {
-    atLimit = describe(nest(512, integer(7).get()).get());
-    beyond = describe(nest(513, integer(7).get()).get());
+  const std::string letters(65, 'A'), some(" 41414141 41414141 41414141 41414141"),
+      all = some + some + some + some;
+  auto part = array({integer(1).get()}); /* beside itself, not inside */
+  EXPECT_EQ(
+      describe(
+          array({kBQNull, nullptr, kBQBooleanFalse, real(0.1).get(), real(1e300).get(), real(NAN).get(),
+                 own(BQNumberCreate(kBQNumberFloatType, &single)).get(), own(BQDateCreate(-77622665)).get(),
+                 part.get(), part.get(), BQSTR("a\"\\\n\t\r%@é"),
+                 dictionary({{BQSTR("k"), dictionary({{part.get(), kBQNull}}).get()}, {kBQNull, kBQNull}})
+                     .get()})
+              .get()),
+      "[null, (null), false, 0.1, 1e+300, nan, 0.1, 1998-07-17T14:08:55Z, [1], [1], "
+      "\"a\\\"\\\\\\n\\t\\r%@é\", "
+      "{\"k\": {[1]: null}, null: null}]");
+  EXPECT_EQ(describe(array({own(BQDataCreate("\x00\xFFz!9", 5)).get(), own(BQDataCreate("", 0)).get(),
+                            own(BQDataCreate(letters.data(), 64)).get(),
+                            own(BQDataCreate(letters.data(), 65)).get()})
+                         .get()),
+            "[<5 bytes 00ff7a21 39>, <0 bytes>, <64 bytes" + all + ">, <65 bytes" + all + " ...>]");
+  runOnSmallStack([] {
+    const std::string atLimit = describe(nest(512, BQSTR("7")).get()),
+                      beyond = describe(nest(513, BQSTR("7")).get());
+    EXPECT_TRUE(atLimit.find("[\"7") != std::string::npos && atLimit.find("...") == std::string::npos);
+    EXPECT_TRUE(beyond.find("7") == std::string::npos && beyond.find("...") != std::string::npos);
   });
-  EXPECT_TRUE(atLimit.find("[7") != std::string::npos && atLimit.find("...") == std::string::npos);
-  EXPECT_TRUE(beyond.find("7") == std::string::npos && beyond.find("...") != std::string::npos);
 }
 
 TEST(Description, ComesFromTheClassAndShowsWhatHoldsItselfOnce) {
@@ -205,6 +196,132 @@ TEST(Description, ComesFromTheClassAndShowsWhatHoldsItselfOnce) {
     EXPECT_TRUE(text(own(BQStringCreateWithFormat(BQSTR("%@"), probe.get()))).starts_with(formatted));
     BQArrayRemoveAllValues(list.get());
   }
+}
+
+/* Holds every integer and every double, under valgrind too, which cuts long double to 64 bits. */
+#ifdef __SIZEOF_FLOAT128__
+using Exact = __float128;
+#else
+using Exact = long double;
+#endif
+
+/* A number beside its value. */
+struct Sample {
+  bq::Ref<const BQNumber> number;
+  Exact value;
+};
+
+std::vector<Sample> samples() {
+  const int8_t small = 65;
+  const float single = 65;
+  std::vector<Sample> result = {{own(BQNumberCreate(kBQNumberSInt8Type, &small)), 65},
+                                {own(BQNumberCreate(kBQNumberFloatType, &single)), 65}};
+  std::istringstream words(
+      "0 1 -1 65 -128 128 -32769 2147483647 -2147483648 2147483648 9007199254740992 9007199254740993 "
+      "9223372036854775807 -9223372036854775808 nan -nan inf -inf 1e300 -1e300 0x1p63 -0x1p63 "
+      "-0x1.0000000000001p63 0x1p53 0x1.fffffep127 0x1.fffffe0000001p127 65. -3.99 1.5 -.5 .1 0. -0. 5e-324");
+  for (std::string word; words >> word;) {
+    const bool isInteger = word.find_first_not_of("-0123456789") == std::string::npos;
+    const int64_t number = std::strtoll(word.c_str(), nullptr, 10);
+    const double value = std::strtod(word.c_str(), nullptr);
+    result.push_back({isInteger ? integer(number) : real(value), isInteger ? Exact(number) : Exact(value)});
+  }
+  return result;
+}
+
+/* An integer type truncates and clamps. A floating type rounds, and only overflow is a loss. */
+template <class T>
+T convert(const Exact value, bool& isKept) {
+  constexpr Exact kLowest = std::numeric_limits<T>::lowest(), kHighest = std::numeric_limits<T>::max();
+  if constexpr (std::is_floating_point_v<T>) {
+    isKept = !std::isinf(static_cast<T>(value)) || std::isinf(static_cast<double>(value));
+    return static_cast<T>(value);
+  }
+  const Exact number = value == value ? value : 0;
+  const T result = static_cast<T>(std::min(std::max(number, kLowest), kHighest));
+  isKept = result == value;
+  return result;
+}
+
+template <class T>
+void expectValues(std::initializer_list<BQNumberType> types) {
+  for (const auto& [number, value] : samples()) {
+    for (BQNumberType type : types) {
+      SCOPED_TRACE(describe(number.get()) + " as " + std::to_string(type));
+      bool isKept = false;
+      T expected = convert<T>(value, isKept), found[2] = {0, 7};
+      EXPECT_EQ(BQNumberGetValue(number.get(), type, found), isKept);
+      EXPECT_TRUE(found[0] == expected || std::isnan(found[0] + expected));
+      EXPECT_EQ(found[1], 7) << "not written";
+      auto copy = own(BQNumberCreate(type, &expected));
+      EXPECT_TRUE(BQNumberGetType(copy.get()) == type &&
+                  BQNumberIsFloatType(copy.get()) == std::is_floating_point_v<T>);
+    }
+  }
+}
+
+TEST(Number, IsGivenAsEachType) {
+  expectValues<int8_t>({kBQNumberSInt8Type, kBQNumberCharType});
+  expectValues<int16_t>({kBQNumberSInt16Type, kBQNumberShortType});
+  expectValues<int32_t>({kBQNumberSInt32Type, kBQNumberIntType});
+  expectValues<int64_t>({kBQNumberSInt64Type, kBQNumberLongType, kBQNumberLongLongType, kBQNumberIndexType});
+  expectValues<float>({kBQNumberFloat32Type, kBQNumberFloatType});
+  expectValues<double>({kBQNumberFloat64Type, kBQNumberDoubleType});
+  int64_t value = 77;
+  for (auto unknown : {BQNumberType(0), BQNumberType(15)}) {
+    EXPECT_EQ(BQNumberCreate(unknown, &value), nullptr);
+    EXPECT_TRUE(!BQNumberGetValue(integer(1).get(), unknown, &value) && value == 77);
+  }
+}
+
+TEST(Number, OrdersAcrossTypesExactlyWithNaNFirst) {
+  for (const auto& [left, first] : samples()) {
+    for (const auto& [right, second] : samples()) {
+      int order = first < second ? -1 : first > second ? 1 : int{second != second} - int{first != first};
+      SCOPED_TRACE(describe(left.get()) + " " + describe(right.get()));
+      EXPECT_EQ(BQNumberCompare(left.get(), right.get()), order);
+      EXPECT_EQ(BQEqual(left.get(), right.get()), order == 0);
+      EXPECT_TRUE(order != 0 || BQHash(left.get()) == BQHash(right.get()));
+    }
+  }
+}
+
+/* Fields that are out of range are carried. */
+TEST(Date, ConvertsLikeTheCLibrary) {
+  std::mt19937 random(20240229);
+  auto between = [&random](int low, int high) { return std::uniform_int_distribution(low, high)(random); };
+  for (int i = 0; i < 20000; ++i) {
+    SCOPED_TRACE(i);
+    const double fraction = between(0, 3) / 4.0;
+    tm fields = {};
+    for (int* field : {&fields.tm_min, &fields.tm_hour, &fields.tm_mday, &fields.tm_mon})
+      *field = between(-127, 126);
+    fields.tm_year = between(-9000, 9000);
+    fields.tm_sec = between(-100, 100);
+    BQGregorianDate date = {fields.tm_year + 1900,  int8_t(fields.tm_mon + 1), int8_t(fields.tm_mday),
+                            int8_t(fields.tm_hour), int8_t(fields.tm_min),     fields.tm_sec + fraction};
+    BQAbsoluteTime time = BQGregorianDateGetAbsoluteTime(date);
+    ASSERT_EQ(time, static_cast<double>(timegm(&fields)) + fraction - kBQAbsoluteTimeIntervalSince1970);
+    date = BQAbsoluteTimeGetGregorianDate(time);
+    ASSERT_EQ(std::tie(date.year, date.month, date.day),
+              std::tuple(fields.tm_year + 1900, fields.tm_mon + 1, fields.tm_mday));
+    ASSERT_EQ(std::tie(date.hour, date.minute, date.second),
+              std::tuple(fields.tm_hour, fields.tm_min, fields.tm_sec + fraction));
+  }
+  EXPECT_NEAR(BQAbsoluteTimeGetCurrent() + kBQAbsoluteTimeIntervalSince1970,
+              static_cast<double>(time(nullptr)), 1000);
+}
+
+TEST(Date, FieldsStayInTheirRanges) {
+  for (double time :
+       {-1e-20, -1e-9, 59.99999999999999, 3599.9999999999995, 86399.99999999999, -86400.00000000001}) {
+    BQGregorianDate date = BQAbsoluteTimeGetGregorianDate(time);
+    EXPECT_TRUE(date.second >= 0 && date.second < 60 && date.minute < 60 && date.hour < 24) << time;
+    EXPECT_NEAR(BQGregorianDateGetAbsoluteTime(date), time, 1e-9);
+  }
+  EXPECT_EQ(describe(own(BQDateCreate(INFINITY)).get()), "2147483647-12-31T23:59:52Z");
+  EXPECT_EQ(describe(own(BQDateCreate(-1e300)).get()), "-2147483648-01-01T00:00:00Z");
+  EXPECT_EQ(describe(own(BQDateCreate(NAN)).get()), "2001-01-01T00:00:00Z");
 }
 
 }  // namespace

@@ -1,0 +1,6 @@
+/* Documents of XML-RPC. */
+#include "Fuzz.h"
+
+void fuzz::run(ByteReader input) {
+  checkDocument(input, kVXXMLRPCProtocol, kVXXMLRPCProtocol);
+}
