@@ -88,9 +88,11 @@ TEST(Request, RefusalOfATunnelIsAnErrorEvenIfItIsEndless) {
 TEST(Request, GoesToTheAddressOrIsAnError) {
   const std::string unheardOf = std::string(64, 'a') + ".test";
   ScriptedPeer peer({reply(okResponse("found"))});
+  ScriptedPeer odd({reply("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n")});
   const std::pair<std::string, std::string> table[] = {
       {"localhost:" + std::to_string(peer.port()), "found"},
       {"127.0.0.1:" + std::to_string(closedPort()), "(posix " + std::to_string(ECONNREFUSED) + ")"},
+      {"127.0.0.1:" + std::to_string(odd.port()), "(http 3)"}, /* not an error of the row before */
       {unheardOf, "(resolver 1)"}};
   for (const auto& [host, answer] : table) {
     EXPECT_EQ(Exchange("http://" + host + "/").run().answer(), answer) << host;
