@@ -15,6 +15,12 @@
 namespace support {
 namespace {
 
+std::string stringNotation(BQTypeRef string) {
+  std::ostringstream out;
+  out << std::quoted(text(string), '\'');
+  return out.str();
+}
+
 std::string numberNotation(const BQNumber* number) {
   char out[64];
   double real = 0;
@@ -171,6 +177,7 @@ std::string bytes(const BQData* data) {
   return {reinterpret_cast<const char*>(BQDataGetBytePtr(data)), static_cast<size_t>(BQDataGetLength(data))};
 }
 
+/* Is called on small stacks. */
 std::string notation(BQTypeRef object) {
   const Value value = Value::retain(object);
   const BQTypeID typeID = BQGetTypeID(object);
@@ -182,10 +189,8 @@ std::string notation(BQTypeRef object) {
   if (typeID == BQDataGetTypeID()) return dataNotation(value);
   if (typeID == BQArrayGetTypeID()) return arrayNotation(value);
   if (typeID == BQDictionaryGetTypeID()) return dictionaryNotation(value);
-  if (typeID != BQStringGetTypeID()) return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get());
-  std::ostringstream out;
-  out << std::quoted(text(object), '\'');
-  return out.str();
+  if (typeID == BQStringGetTypeID()) return stringNotation(object);
+  return text(Value::adopt(BQCopyTypeIDDescription(typeID)).get());
 }
 
 std::vector<Value> valuesOf(const std::string& notation) {
