@@ -4,7 +4,6 @@
 #include <map>
 #include <regex>
 #include <sstream>
-#include <utility>
 
 #include <VX/VX.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,3 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +8,6 @@
 #include <limits>
 #include <random>
 #include <sstream>
-#include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -205,17 +203,13 @@ using Exact = __float128;
 using Exact = long double;
 #endif
 
-/* A number beside its value. */
-struct Sample {
-  bq::Ref<const BQNumber> number;
-  Exact value;
-};
-
-std::vector<Sample> samples() {
+/* Numbers beside their values. */
+std::vector<std::pair<bq::Ref<const BQNumber>, Exact>> samples() {
   const int8_t small = 65;
   const float single = 65;
-  std::vector<Sample> result = {{own(BQNumberCreate(kBQNumberSInt8Type, &small)), 65},
-                                {own(BQNumberCreate(kBQNumberFloatType, &single)), 65}};
+  std::vector<std::pair<bq::Ref<const BQNumber>, Exact>> result = {
+      {own(BQNumberCreate(kBQNumberSInt8Type, &small)), 65},
+      {own(BQNumberCreate(kBQNumberFloatType, &single)), 65}};
   std::istringstream words(
       "0 1 -1 65 -128 128 -32769 2147483647 -2147483648 2147483648 9007199254740992 9007199254740993 "
       "9223372036854775807 -9223372036854775808 nan -nan inf -inf 1e300 -1e300 0x1p63 -0x1p63 "

@@ -1,9 +1,6 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "support/PlatformValues.h"

@@ -13,7 +13,6 @@
 #include <atomic>
 #include <deque>
 #include <fstream>
-#include <functional>
 #include <iostream>
 #include <map>
 #include <memory>

@@ -1,4 +1,3 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -9,8 +8,6 @@
 #include <fstream>
 #include <set>
 #include <sstream>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/text/Encoding.h"
@@ -283,15 +280,6 @@ TEST(Format, PrintsWhatPrintfDoesNot) {
                                  "%" + std::string(62, '1') + "d"}) {
     EXPECT_EQ(format(row, 1), row) << "no conversion";
   }
-}
-
-TEST(Format, TargetMayBeTheFormatAndInsideTheObject) {
-  const std::string filler(40, 'x');
-  auto target = mutableString("%d" + filler);
-  BQStringAppendFormat(target.get(), target.get(), 12345);
-  BQStringAppendFormat(target.get(), BQSTR(" %@"), array({target.get(), target.get()}).get());
-  const std::string once = "%d" + filler + "12345" + filler;
-  EXPECT_EQ(text(target), once + " [\"" + once + " \", \"" + once + " \"]");
 }
 
 TEST(Format, NumbersDoNotFollowTheLocale) {
