@@ -83,7 +83,7 @@ class Setting {
     } else {
       for (protocols_.clear(); words >> kind_ && std::isupper(kind_[0]) != 0;)
         protocols_.push_back(valuesOf(kind_)[0]);
-      if (kind_ == "plist") protocols_ = {Value()};
+      if (kind_ == "plist" || kind_ == "outcome") protocols_ = {Value()};
     }
   }
 
@@ -152,6 +152,9 @@ class Setting {
   }
 
   std::string write(VXProtocolHandlerRef handler, const Values& values) {
+    if (kind_ == "outcome")
+      return std::to_string(VXMethodResultGetOutcome(values[0])) + " " +
+             text(Value::adopt(VXMethodResultCopyDescription(values[0])).get());
     const Values& answer = values_["answer"];
     Value request = answer.empty() ? Value() : answer[0];
     auto* document =
