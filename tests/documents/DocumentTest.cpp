@@ -83,7 +83,7 @@ class Setting {
     } else {
       for (protocols_.clear(); words >> kind_ && std::isupper(kind_[0]) != 0;)
         protocols_.push_back(valuesOf(kind_)[0]);
-      if (kind_ == "plist" || kind_ == "outcome") protocols_ = {Value()};
+      if (protocols_.empty()) protocols_ = {Value()};
     }
   }
 
@@ -152,6 +152,7 @@ class Setting {
   }
 
   std::string write(VXProtocolHandlerRef handler, const Values& values) {
+    if (kind_ == "description") return text(Value::adopt(BQCopyDescription(values[0])).get());
     if (kind_ == "outcome")
       return std::to_string(VXMethodResultGetOutcome(values[0])) + " " +
              text(Value::adopt(VXMethodResultCopyDescription(values[0])).get());

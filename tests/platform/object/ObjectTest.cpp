@@ -147,27 +147,18 @@ TEST(Bundle, StaysWhileItsDictionaryIsReplaced) {
   EXPECT_EQ(BQDictionaryGetCount(own(BQBundleCopyInfoDictionary(bundle)).get()), 1);
 }
 
+/* What documents hold is described by their cases. */
 TEST(Description, EveryKindOfValueIsReadable) {
   const float single = 0.1f;
+  auto part = array({integer(1).get()}); /* beside itself, not inside */
+  EXPECT_EQ(describe(array({own(BQNumberCreate(kBQNumberFloatType, &single)).get(), part.get(), part.get(),
+                            dictionary({{part.get(), kBQNull}, {kBQNull, kBQNull}}).get()})
+                         .get()),
+            "[0.1, [1], [1], {[1]: null, null: null}]");
   const std::string letters(65, 'A'), some(" 41414141 41414141 41414141 41414141"),
       all = some + some + some + some;
-  auto part = array({integer(1).get()}); /* beside itself, not inside */
-  EXPECT_EQ(
-      describe(
-          array({kBQNull, nullptr, kBQBooleanFalse, real(0.1).get(), real(1e300).get(), real(NAN).get(),
-                 own(BQNumberCreate(kBQNumberFloatType, &single)).get(), own(BQDateCreate(-77622665)).get(),
-                 part.get(), part.get(), BQSTR("a\"\\\n\t\r%@é"),
-                 dictionary({{BQSTR("k"), dictionary({{part.get(), kBQNull}}).get()}, {kBQNull, kBQNull}})
-                     .get()})
-              .get()),
-      "[null, (null), false, 0.1, 1e+300, nan, 0.1, 1998-07-17T14:08:55Z, [1], [1], "
-      "\"a\\\"\\\\\\n\\t\\r%@é\", "
-      "{\"k\": {[1]: null}, null: null}]");
-  EXPECT_EQ(describe(array({own(BQDataCreate("\x00\xFFz!9", 5)).get(), own(BQDataCreate("", 0)).get(),
-                            own(BQDataCreate(letters.data(), 64)).get(),
-                            own(BQDataCreate(letters.data(), 65)).get()})
-                         .get()),
-            "[<5 bytes 00ff7a21 39>, <0 bytes>, <64 bytes" + all + ">, <65 bytes" + all + " ...>]");
+  EXPECT_EQ(describe(own(BQDataCreate(letters.data(), 64)).get()), "<64 bytes" + all + ">");
+  EXPECT_EQ(describe(own(BQDataCreate(letters.data(), 65)).get()), "<65 bytes" + all + " ...>");
   runOnSmallStack([] {
     const std::string atLimit = describe(nest(512, BQSTR("7")).get()),
                       beyond = describe(nest(513, BQSTR("7")).get());
