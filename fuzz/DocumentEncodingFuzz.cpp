@@ -19,13 +19,10 @@ constexpr std::string_view kMarks[] = {
     " ",    "\0\0\xFE\xFF"sv, "\xFF\xFE\0\0"sv, "\n",
     "\0"sv, "\0 "sv,          " \0"sv,          "\xEF\xBB\xBF\xEF\xBB\xBF"};
 
-/* None for 0; the known encodings, counted from 1; then the last ones, those of Unicode, repeatedly. */
+/* None for 0; the known encodings, counted from 1, again and again. */
 const bq::EncodingRecord* encodingAt(size_t number) {
-  constexpr size_t kUnicodeEncodings = 6;
   const auto encodings = bq::allEncodings();
-  if (number == 0) return nullptr;
-  return &encodings[number <= encodings.size() ? number - 1
-                                               : encodings.size() - 1 - number % kUnicodeEncodings];
+  return number == 0 ? nullptr : &encodings[(number - 1) % encodings.size()];
 }
 
 std::string_view markAt(size_t number) {

@@ -1,6 +1,6 @@
 /*
  * Runs a fuzz target without an engine: over each file of some folders, and over the file cut short and with
- * one byte replaced, at up to kPlaces places.
+ * one byte replaced or inserted, at up to kPlaces places.
  */
 #include <cstdio>
 
@@ -14,6 +14,7 @@
 namespace {
 
 constexpr size_t kPlaces = 64;
+constexpr std::string_view kBytes("\0\r\x01 <>&;'\"=/:-.!?#]x9\x7F\x80\xBF\xC0\xED\xEF\xFF", 28);
 
 /* The bytes are in a block of their own size, so that a sanitizer sees a read beyond it. */
 void run(const char* what, const std::filesystem::path& file, size_t place, std::string_view bytes) {
@@ -25,17 +26,15 @@ void run(const char* what, const std::filesystem::path& file, size_t place, std:
 
 bool runAll(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  std::string bytes((std::istreambuf_iterator<char>(stream)), {});
+  const std::string bytes((std::istreambuf_iterator<char>(stream)), {});
   if (!stream) return false;
   run("whole", file, 0, bytes);
   for (size_t place = 0; place < bytes.size(); place += bytes.size() / kPlaces + 1) {
-    run("cut", file, place, std::string_view(bytes).substr(0, place));
-    const char original = bytes[place];
-    for (char byte : {static_cast<char>(original ^ 1), "\0<&\xFF 9"[place % 6]}) {
-      bytes[place] = byte;
-      run("replaced", file, place, bytes);
+    run("cut", file, place, bytes.substr(0, place));
+    for (char byte : kBytes) {
+      run("replaced", file, place, std::string(bytes).replace(place, 1, 1, byte));
+      run("inserted", file, place, std::string(bytes).insert(place, 1, byte));
     }
-    bytes[place] = original;
   }
   return true;
 }

@@ -5,11 +5,9 @@
 #include <cstring>
 #include <limits>
 #include <regex>
-#include <string>
 #include <thread>
 #include <tuple>
 #include <type_traits>
-#include <vector>
 
 #include "support/Constants.h"
 #include "support/Values.h"

@@ -157,30 +157,4 @@ TEST(SavedCall, HasWhatIsSetAndOfTheRightKind) {
   EXPECT_EQ(saved(invocation), "-") << "a URL is not a value of property lists";
 }
 
-/* The notation of a result that has an error of the transport. */
-std::string failed(const std::string& domain, const std::string& error) {
-  return "{/kVXResultIsFault: true, /FaultExtra: {msg: 'why', domain: " + domain + ", error: " + error + "}}";
-}
-
-TEST(MethodResult, TellsHowTheCallEnded) {
-  const std::tuple<VXResultOutcome, const char*, std::string> rows[] = {
-      {kVXResultOutcomeNone, "(null)", "- 'no dictionary'"},
-      {kVXResultOutcomeValue, "1", "{/Result: 1} {/kVXResultIsFault: 1, /Result: 1}"},
-      {kVXResultOutcomeServerFault, "fault 7 of the server: No",
-       "{/kVXResultIsFault: true, /FaultString: 'No', /FaultCode: 7, /FaultExtra: 'detail'}"},
-      {kVXResultOutcomeNotSent, "why", failed("2", "-65794")},
-      {kVXResultOutcomeTimedOut, "why", failed("-1", "-65796")},
-      {kVXResultOutcomeUnusableReply, "why", failed("-1", "-65795")},
-      {kVXResultOutcomeTransport, "the connection was refused", failed("1", "111")},
-      {kVXResultOutcomeTransport, "Unknown error -65796", failed("1", "-65796")},
-      {kVXResultOutcomeTransport, "an unknown error occurred", failed("2", "111")},
-  };
-  for (const auto& [outcome, description, results] : rows) {
-    for (const Value& result : valuesOf(results)) {
-      EXPECT_EQ(VXMethodResultGetOutcome(result), outcome) << notation(result.get());
-      EXPECT_EQ(text(Value::adopt(VXMethodResultCopyDescription(result)).get()), description);
-    }
-  }
-}
-
 }  // namespace

@@ -5,8 +5,6 @@
 #include <VX/VX.h>
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "diag/TreeDump.h"
 #include "support/Constants.h"
 #include "support/PlatformValues.h"
@@ -33,24 +31,9 @@ std::string repeated(const std::string& text, int times) {
   return result;
 }
 
-struct Handler {
-  explicit Handler(const BQString* protocol)
-      : handle(Value::adopt(VXProtocolHandlerCreate(nullptr, protocol))) {}
-  operator VXProtocolHandlerRef() const { return handle.as<OpaqueVXProtocolHandlerRef>(); }
-  Value handle;
-};
-
-using Write = const BQData* (*)(VXProtocolHandlerRef handler, const Value& value);
-
-/* The containers that fit around the innermost value. The writer of lists counts elements. */
-const std::pair<int, Write> kWriters[] = {
-    {512,
-     [](VXProtocolHandlerRef handler, const Value& value) {
-       return VXProtocolHandlerCopyRequestDocument(handler, BQSTR("m"), dictionary({{"p", value}}),
-                                                   array({string("p")}), nullptr);
-     }},
-    {510, [](VXProtocolHandlerRef, const Value& value) { return BQPropertyListCreateXMLData(value); }},
-};
+BQRef<OpaqueVXProtocolHandlerRef> handlerOf(const BQString* protocol) {
+  return BQAdopt(VXProtocolHandlerCreate(nullptr, protocol));
+}
 
 /* Written out, a container that holds itself twice would double at each level. */
 TEST(Limits, ValuesAreWrittenToTheirDepth) {
@@ -59,17 +42,21 @@ TEST(Limits, ValuesAreWrittenToTheirDepth) {
     BQArrayAppendValue(list.as<BQArray>(), list);
     BQDictionarySetValue(members.as<BQDictionary>(), string(std::to_string(i)), members);
   }
-  for (const BQString* protocol : kProtocols) {
-    for (const auto& [limit, write] : kWriters) {
-      Value fits = nested(limit), beside = array({nested(limit - 1), nested(limit - 1)}),
-            tooDeep = nested(limit + 1);
-      values::runOnSmallStack([&, write = write, limit = limit] {
-        for (const Value* value : {&fits, &beside, &tooDeep, &far, &list, &members})
-          EXPECT_EQ(Value::adopt(write(Handler(protocol), *value)).get() != nullptr,
-                    value == &fits || value == &beside)
-              << limit;
-      });
-    }
+  const Value request = dictionary({{"/VXMethodName", string("m")}});
+  /* The writer of property lists, which is meant by null, counts elements. */
+  for (const BQString* protocol : {kProtocols[0], kProtocols[1], kProtocols[2], {}}) {
+    const int limit = protocol != nullptr ? 512 : 510;
+    Value fits = nested(limit), beside = array({nested(limit - 1), nested(limit - 1)}),
+          tooDeep = nested(limit + 1);
+    values::runOnSmallStack([&] {
+      for (const Value* value : {&fits, &beside, &tooDeep, &far, &list, &members}) {
+        Value document =
+            Value::adopt(protocol == nullptr ? BQPropertyListCreateXMLData(*value)
+                                             : VXProtocolHandlerCopyReplyDocument(handlerOf(protocol).get(),
+                                                                                  request, value->get()));
+        EXPECT_EQ(document.get() != nullptr, value == &fits || value == &beside) << limit;
+      }
+    });
   }
   BQArrayRemoveAllValues(list.as<BQArray>());
   BQDictionaryRemoveAllValues(members.as<BQDictionary>());
@@ -84,8 +71,8 @@ BQTypeRef readTree(const Value& document) {
 
 BQTypeRef readReply(const Value& document) {
   bool isSOAP = bytes(document).find("Envelope") != std::string::npos;
-  return VXProtocolHandlerCopyReplyDictionary(Handler(isSOAP ? kVXSOAP2001Protocol : kVXXMLRPCProtocol),
-                                              BQSTR("m"), document);
+  return VXProtocolHandlerCopyReplyDictionary(
+      handlerOf(isSOAP ? kVXSOAP2001Protocol : kVXXMLRPCProtocol).get(), BQSTR("m"), document);
 }
 
 const std::string kEnvelope = "<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body>",
@@ -103,7 +90,7 @@ const struct {
     {510, readReply, kEnvelope, "<m xmlns='urn:x' xmlns:p='urn:y'>", "1", "</m>", kEnvelopeEnd},
     {510,
      [](const Value& document) -> BQTypeRef {
-       return VXProtocolHandlerCopyRequestDictionary(Handler(kVXSOAP1999Protocol), document);
+       return VXProtocolHandlerCopyRequestDictionary(handlerOf(kVXSOAP1999Protocol).get(), document);
      },
      kEnvelope, "<m>", "1", "</m>", kEnvelopeEnd},
     {255, [](const Value& document) { return BQPropertyListCreateFromXMLData(document, nullptr); },

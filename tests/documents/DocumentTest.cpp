@@ -4,7 +4,6 @@
 #include <map>
 #include <regex>
 #include <sstream>
-#include <utility>
 
 #include <VX/VX.h>
 #include <gtest/gtest.h>
@@ -84,6 +83,7 @@ class Setting {
     } else {
       for (protocols_.clear(); words >> kind_ && std::isupper(kind_[0]) != 0;)
         protocols_.push_back(valuesOf(kind_)[0]);
+      if (protocols_.empty()) protocols_ = {Value()};
     }
   }
 
@@ -92,6 +92,12 @@ class Setting {
     for (const Value& protocol : protocols_) {
       bool isWhole = around.empty() || inner == "(null)";
       std::string document = unescaped(isWhole ? inner : wrapped(around, inner));
+      if (arrow == "==") {
+        Value list = Value::adopt(BQPropertyListCreateFromXMLData(blob(document), nullptr));
+        std::string expected = value == "itself" ? document : unescaped(wrapped(around, value));
+        EXPECT_EQ(flat(bytes(Value::adopt(BQPropertyListCreateXMLData(list.get())))), flat(expected));
+        continue;
+      }
       auto handler = makeHandler(protocol);
       Values values = arrow == "=>" ? Values() : valuesOf(unescaped(value));
       std::string expected = arrow == "=>" ? unescaped(value) : "";
@@ -126,6 +132,8 @@ class Setting {
   }
 
   std::string read(VXProtocolHandlerRef handler, const Value& document) {
+    if (kind_ == "plist")
+      return notation(Value::adopt(BQPropertyListCreateFromXMLData(document, nullptr)).get());
     bool isRequest = kind_ == "request";
     Value read =
         Value::adopt(isRequest ? VXProtocolHandlerCopyRequestDictionary(handler, document)
@@ -144,11 +152,16 @@ class Setting {
   }
 
   std::string write(VXProtocolHandlerRef handler, const Values& values) {
+    if (kind_ == "description") return text(Value::adopt(BQCopyDescription(values[0])).get());
+    if (kind_ == "outcome")
+      return std::to_string(VXMethodResultGetOutcome(values[0])) + " " +
+             text(Value::adopt(VXMethodResultCopyDescription(values[0])).get());
     const Values& answer = values_["answer"];
     Value request = answer.empty() ? Value() : answer[0];
     auto* document =
         kind_ == "request"
             ? VXProtocolHandlerCopyRequestDocument(handler, values[0], values[1], values[2], values[3])
+        : kind_ == "plist" ? BQPropertyListCreateXMLData(values[0].get())
         : kind_ == "value" ? VXProtocolHandlerCopyReplyDocument(handler, request, values[0].get())
                            : VXProtocolHandlerCopyFaultDocument(handler, request, values[0]);
     return bytes(Value::adopt(document));
@@ -184,7 +197,7 @@ class DocumentTest : public testing::TestWithParam<const char*> {
 
   void runPiece(const std::string& piece) {
     std::smatch match;
-    if (std::regex_match(piece, match, std::regex("(?:(.*) )?(=>|<=|<=>) (.*)"))) {
+    if (std::regex_match(piece, match, std::regex("(?:(.*) )?(=>|<=|<=>|==) (.*)"))) {
       for (const std::string& document : choicesOf(block_ + match.str(1)))
         setting_.check(document, match[2], match[3]);
       block_.clear();
@@ -222,6 +235,7 @@ TEST_P(DocumentTest, ReadsAndWritesTheCases) {
   EXPECT_TRUE(!isCommon_ && block_.empty()) << path << " has no cases, or ends before the last is whole";
 }
 
-INSTANTIATE_TEST_SUITE_P(Protocols, DocumentTest, testing::Values("/xmlrpc.cases", "/soap.cases"));
+INSTANTIATE_TEST_SUITE_P(Protocols, DocumentTest,
+                         testing::Values("/xmlrpc.cases", "/soap.cases", "/plist.cases"));
 
 }  // namespace

@@ -147,6 +147,19 @@ TEST(Dates, AreWrittenAsFarAsTheBufferHolds) {
     EXPECT_LT(vxBQDateToISO8601String(nullptr, 0, date(time), 1), 30);
 }
 
+TEST(PropertyList, RefusesKeysAndDatesThatItCannotHoldAndTellsTheLine) {
+  Value numbered = dictionary({});
+  BQDictionarySetValue(numbered.as<BQDictionary>(), integer(1).get(), BQSTR("x"));
+  for (const Value& value : {numbered, date(NAN), date(INFINITY), date(-1e17)})
+    EXPECT_EQ(BQPropertyListCreateXMLData(value.get()), nullptr);
+  /* A fraction that rounds up to a second must not be lost. */
+  Value early = Value::adopt(BQPropertyListCreateXMLData(date(-1e-300).get()));
+  EXPECT_NE(bytes(early).find("<date>2001-01-01T00:00:00Z</date>"), std::string::npos);
+  const BQString* message = nullptr;
+  EXPECT_EQ(BQPropertyListCreateFromXMLData(blob("<plist>\n<true></plist>"), &message), nullptr);
+  EXPECT_EQ(text(Value::adopt(message).get()), "mismatched tag (line 2)");
+}
+
 const BQString* writeText(VXMethodInvocationRef object, BQTypeRef, void* info) {
   *static_cast<BQTypeRef*>(info) = object;
   return BQSTR("<custom/>");

@@ -128,7 +128,7 @@ def check_files(root):
                 faults += [f"no such name: {name}" for name in NAME.findall(line) if name not in names]
                 links = re.findall(r"\]\(([^)#:\s]+)(?:#[^)]*)?\)", line)
                 faults += [f"no such file: {link}" for link in links if not (path.parent / link).exists()]
-                commands = re.findall(r"`((?:scripts|bench)/[\w.-]+)", line)
+                commands = re.findall(r"(?:^|`)((?:scripts|bench)/[\w.-]+)", line)
                 faults += [f"no such command: {command}" for command in commands if not (root / command).exists()]
                 faults += [f"no such preset: {name}" for name in re.findall(r"--preset[ =](\w+)", line) if name not in presets]
             yield from (f"{path}:{number}: {fault}" for fault in faults)

@@ -6,7 +6,7 @@ usage: check_snippets.py SOURCE BUILD CC CXX FLAGS DOCUMENT...     without a BUI
   c, cpp    Compiled, as the body of the function in FRAGMENT if it is not a file. A block that begins with a
             comment with a name ("// sum.cpp") is that file; a session or another file must use it.
   python    Compiled, and named likewise.
-  sh        For the reader's own machine: the programs must exist.
+  sh        For the reader's own machine: not run. check_project.py looks for the project's commands in it.
   console   A session. Each line after "$ " is run and must print the lines below it, on either stream; a last
             line "(exit status N)" is the status if it is not 0. A command that ends with "&" is a server, which
             runs until the document ends. It gets port 0 for 8080, and prints its port in the first line.
@@ -17,7 +17,6 @@ import difflib
 import os
 import pathlib
 import re
-import shlex
 import shutil
 import signal
 import subprocess
@@ -31,7 +30,6 @@ NAME = re.compile(r"(?://|/\*|#) ([\w.]+\.(?:c|cpp|h|py))\b")
 FILE = re.compile(r"^#include |^(?!(?:if|for|while|switch|else|do)\b)\w.*\)\s*(?:const )?\{$", re.M)
 COMMAND = re.compile(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", re.M)
 DOCUMENTED_PORT = "8080"
-OPTIONAL_PROGRAMS = {"gdb", "valgrind"}
 FRAGMENT = """#include <stdio.h>
 #include <VX/VX.h>
 void fragment(VXMethodInvocationRef invocation, VXProtocolHandlerRef handler, const BQURL* url,
@@ -40,8 +38,8 @@ void fragment(VXMethodInvocationRef invocation, VXProtocolHandlerRef handler, co
 
 
 class Document:
-    def __init__(self, path, folder, source, build, compilers):
-        self.path, self.folder, self.source, self.build, self.compilers = path, folder, source, build, compilers
+    def __init__(self, path, folder, build, compilers):
+        self.path, self.folder, self.build, self.compilers = path, folder, build, compilers
         text = path.read_text()
         self.blocks = [(text.count("\n", 0, match.start(2)) + 1, match[1], match[2]) for match in BLOCK.finditer(text)]
         self.files = {NAME.match(block)[1]: block for _, _, block in self.blocks if NAME.match(block)}
@@ -60,9 +58,7 @@ class Document:
                 yield from self.check_code(place, line, language, text)
             elif language == "python":
                 compile("\n" * (line - 1) + text, self.path, "exec")
-            elif language == "sh":
-                yield from self.check_commands(place, text)
-            elif language not in ("console", "text"):
+            elif language not in ("console", "sh", "text"):
                 yield f"{place}: nobody checks the language {language}"
         for name, text in self.files.items():
             users = [other for _, language, other in self.blocks if other != text and language != "text" and name in other]
@@ -79,17 +75,6 @@ class Document:
         outcome = subprocess.run([self.compilers / ("cc" if language[1] == "-xc" else "c++"), *language, *flags],
                                  input=text, text=True, capture_output=True)
         yield None if outcome.returncode == 0 else f"{place}: does not compile\n{outcome.stderr}"
-
-    def check_commands(self, place, text):
-        for line in text.splitlines():
-            words = [word for word in shlex.split(line, comments=True) if "=" not in word]
-            yield None if not words or self.is_program(words[0]) else f"{place}: there is no program {words[0]}"
-
-    def is_program(self, word):
-        built = re.match(r"build/\w+/(.*)", word)
-        if built:  # a directory of its own per preset, of which this is one; benchmarks are not built in all
-            return built[1].startswith("bench/") or not self.build or os.path.exists(f"{self.build}/{built[1]}")
-        return word in OPTIONAL_PROGRAMS or shutil.which(word) or os.access(self.source / word, os.X_OK)
 
     def run_sessions(self):
         """Runs all sessions, which share a directory, programs and servers."""
@@ -147,7 +132,7 @@ def main():
         for number, path in enumerate(documents):
             folder = pathlib.Path(scratch) / str(number)
             folder.mkdir()
-            outcomes += Document(pathlib.Path(path), folder, source, build, compilers).check()
+            outcomes += Document(pathlib.Path(path), folder, build, compilers).check()
     return report(outcomes)
 
 

@@ -40,15 +40,21 @@ class DocumentationTest(unittest.TestCase):
                 arguments = [argument for argument in shlex.split(example) if argument not in ("--save", "add.call")]
                 self.assertEqual(run(VXCALL, "--print-request", *arguments).returncode, 0, example)
 
-    def test_man_page_has_the_options_and_formats_without_a_warning(self):
+    def test_man_pages_and_completions_have_the_options_of_the_help(self):
         for name, program in TOOLS.items():
-            path = os.path.join(MAN, name + ".1")
+            path, completion = os.path.join(MAN, name + ".1"), os.path.join(COMPLETION, "_" + name)
             with open(path, encoding="utf-8") as page:
                 options = MAN_OPTION.findall(page.read())
             self.assertEqual(sorted(options), sorted(OPTION.findall(run(program, "--help").stdout)))
             formatted = run("groff", "-mdoc", "-Tascii", "-ww", path)
             self.assertEqual((formatted.returncode, formatted.stderr), (0, ""))
             self.assertGreater(len(formatted.stdout.splitlines()), 30)
+            # In place of zsh's own function one that shows what it was called with.
+            arguments = run("zsh", "-fc", '_arguments() { print -rl -- "$@" }; source "$1"', "zsh", completion)
+            self.assertEqual((run("zsh", "-n", completion).stderr, arguments.stderr), ("", ""))
+            offered = re.findall(r"^(?:\([^)]*\))?\*?(-[\w-]+)\[", arguments.stdout, re.MULTILINE)
+            self.assertEqual(sorted(offered), option_names(program))
+            self.assertEqual("2:method:(%s)" % " ".join(METHODS) in arguments.stdout, name == "vxcall")
 
     def test_bash_completes_options_and_values(self):
         url, file = ["http", ":", "//h", ":", "80/R"], os.path.join(COMPLETION, "_vxcall")
@@ -67,13 +73,3 @@ class DocumentationTest(unittest.TestCase):
         ]:
             with self.subTest(words):
                 self.assertEqual(complete_in_bash(tool, *words), (offered, ""))
-
-    def test_zsh_completes_the_options(self):
-        for name, program in TOOLS.items():
-            path = os.path.join(COMPLETION, "_" + name)
-            # In place of zsh's own function one that shows what it was called with.
-            arguments = run("zsh", "-fc", '_arguments() { print -rl -- "$@" }; source "$1"', "zsh", path)
-            self.assertEqual((run("zsh", "-n", path).stderr, arguments.stderr), ("", ""))
-            offered = re.findall(r"^(?:\([^)]*\))?\*?(-[\w-]+)\[", arguments.stdout, re.MULTILINE)
-            self.assertEqual(sorted(offered), option_names(program))
-            self.assertEqual("2:method:(%s)" % " ".join(METHODS) in arguments.stdout, name == "vxcall")

@@ -1,4 +1,5 @@
 """vxcall as a process among others: terminals, signals, secrets on the wire and in files."""
+import contextlib
 import os
 import pty
 import signal
@@ -61,6 +62,14 @@ class RequestTest(VxcallCase):
         self.assertIn('"X-Api-Key": "***"', run.stdout)
 
 
+def read_terminal(master, text=None, seen=""):
+    """What it shows until a text is there, or for none to the end."""
+    with contextlib.suppress(OSError):
+        while text is None or text not in seen:
+            seen += os.read(master, 4096).decode()
+    return seen
+
+
 class Terminal:
     """A vxcall whose standard error is a terminal."""
 
@@ -72,12 +81,7 @@ class Terminal:
         os.close(slave)
 
     def read_until(self, text):
-        """Reads until a text is there, or for none to the end."""
-        while text is None or text not in self.seen:
-            try:
-                self.seen += os.read(self.master, 1000).decode()
-            except OSError:
-                return
+        self.seen = read_terminal(self.master, text, self.seen)
 
     def end(self):
         """What stays on the screen in the end, the exit status and the standard output."""
@@ -106,7 +110,7 @@ class TerminalTest(VxcallCase):
             master, slave = pty.openpty()
             vxcall(peer.url(), *arguments, stdout=slave)
             os.close(slave)
-            shown = os.read(master, 4096).decode()
+            shown = read_terminal(master)
             os.close(master)
             self.assertIn(ESCAPED, shown)
             self.assertNotRegex(shown.replace("\r", ""), UNSHOWN)

@@ -39,6 +39,11 @@ def slow(seconds):
     return document("slow", "<double>%f</double>" % seconds)
 
 
+def expecting(length):
+    """The head of a request that waits to be asked for its body."""
+    return b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: %d\r\n\r\n" % length
+
+
 def request(body):
     return b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nContent-Length: %d\r\n\r\n" % len(body) + body
 
@@ -160,11 +165,8 @@ SOAP_CALLS = [
     ([STRUCT_SEEN] * 2, "echoStructArray", ["inputStructArray", None, [STRUCT] * 2]), (None, "echoVoid"),
     ("ba", "concat", ["t", "string", "a"], ["s", "string", "b"]), ("ab", "concat", ["x", None, "a"], ["y", None, "b"]),
 ]
-SOAP_FAULTS = [
-    ("<b> & \u20ac", "fault", ["message", "string", "<b> & \u20ac"]),
-    ("each item must be of the type int", "echoIntegerArray", ["inputIntegerArray", None, [1, "b"]]),
-    ("a is missing; the call is add(int a, int b)", "add", ["b", "int", 1], ["c", "int", 1]),
-]
+SOAP_FAULTS = [(TEXT, "fault", ["message", "string", TEXT]),
+               ("each item must be of the type int", "echoIntegerArray", ["inputIntegerArray", None, [1, "b"]])]
 
 
 class SOAPLiteTest(ServerCase):
@@ -204,23 +206,10 @@ class HTTPTest(ServerCase):
             self.assertEqual((status, headers["Allow"]), (wanted, "POST" if wanted == 405 else None), (method, path))
             self.assertTrue(answer)
 
-    def test_client_that_asks_before_it_sends_is_told_at_once(self):
-        for length, line in ((10, b"HTTP/1.1 100 "), (LIMIT + 1, b"HTTP/1.1 413 ")):
-            with self.server.connect() as connection:
-                connection.sendall(b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: %d\r\n\r\n"
-                                   % length)
-                self.assertTrue(connection.recv(4096).startswith(line), length)
-
-    def test_idle_connections_hold_nobody_up_and_requests_do_not_mix(self):
-        def add_many(seed):
-            with xmlrpc.client.ServerProxy(self.server.url()) as proxy:
-                return all(proxy.concat("%d:" % seed, str(i)) == "%d:%d" % (seed, i) for i in range(50))
-
-        with contextlib.ExitStack() as stack:
-            for sent in [b"", request(ADD), request(ADD)[:-5]] * 50:
-                stack.enter_context(self.server.connect()).sendall(sent)
-            with concurrent.futures.ThreadPoolExecutor(4) as pool:
-                self.assertEqual(list(pool.map(add_many, range(4))), [True] * 4)
+    def test_client_that_asks_before_it_sends_too_much_is_told_at_once(self):
+        with self.server.connect() as connection:
+            connection.sendall(expecting(LIMIT + 1))
+            self.assertTrue(connection.recv(4096).startswith(b"HTTP/1.1 413 "))
 
 
 class DeadlineTest(ServerCase):
@@ -305,7 +294,7 @@ class StopTest(unittest.TestCase):
         """A connection with a request that has begun: the server asks for its body."""
         connection = stack.enter_context(server.connect())
         stream = stack.enter_context(connection.makefile("rb"))
-        connection.sendall(b"POST /RPC2 HTTP/1.1\r\nHost: a\r\nExpect: 100-continue\r\nContent-Length: %d\r\n\r\n" % len(body))
+        connection.sendall(expecting(len(body)))
         self.assertEqual(stream.readline() + stream.readline(), b"HTTP/1.1 100 Continue\r\n\r\n")
         return connection, stream
 
@@ -345,15 +334,15 @@ class StopTest(unittest.TestCase):
         server = Server("--threads", "2")
 
         def load(number):
-            """Calls over a kept connection until the server is gone; an answer that has begun must end."""
+            """Calls over a kept connection until the server is gone. Each answer is its own, and whole."""
             with contextlib.closing(http.client.HTTPConnection("127.0.0.1", server.port, timeout=60)) as connection:
                 for i in range(1000000):
                     try:
-                        connection.request("POST", "/RPC2", document("types"))
+                        connection.request("POST", "/RPC2", document("echo", "%d:%d" % (number, i)))
                         response = connection.getresponse()
                     except (OSError, http.client.HTTPException):
                         return
-                    self.assertTrue(response.read().endswith(b"</methodResponse>\r\n"))
+                    self.assertRegex(response.read(), b"(?s)>%d:%d<.*</methodResponse>\r\n$" % (number, i))
                     if (number, i) == (0, 50):
                         server.process.send_signal(signal.SIGTERM)
 

@@ -1,5 +1,4 @@
 /* Changes values at random beside containers of the standard library, and compares them after each step. */
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,8 +6,6 @@
 #include <cstring>
 #include <limits>
 #include <random>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include "support/PlatformValues.h"
@@ -68,7 +65,9 @@ void change(BQString* string, std::string& model) {
     BQStringAppend(string, string);
     BQStringAppendUTF8(string, BQStringGetUTF8Ptr(string), std::ssize(model));
     BQStringAppendFormat(string, BQSTR("%@-%d"), string, 42);
+    BQStringAppendFormat(string, string);
     model += model + model + model + model + model + "-42";
+    model += model;
   }
   std::memcpy(BQStringReserveUTF8(string, std::ssize(text)), text.data(), text.size());
   BQStringCommitUTF8(string, kHuge);
@@ -302,11 +301,6 @@ TEST(StringHashDeathTest, DiffersFromProcessToProcess) {
   EXPECT_EXIT(std::exit(getenv("HASH_OF_THE_PARENT") == hash ? 1 : 0), testing::ExitedWithCode(0), "");
 }
 
-template <class... Each>
-std::vector<Value> listOf(const Each&... values) {
-  return {values...};
-}
-
 /* In pairs: those of a pair are equal, those of different pairs are not. */
 TEST(Equality, GoesByClassAndContent) {
   const Value none, one = integer(1), alsoOne = real(1), two = integer(2), null = Value::retain(kBQNull),
@@ -315,7 +309,8 @@ TEST(Equality, GoesByClassAndContent) {
                     deep = nest(512, two.get()), list = array({one.get()}),
                     longer = array({one.get(), kBQNull}),
                     other = dictionary({{one.get(), one.get()}, {kBQNull, two.get()}});
-  const std::vector<Value> values =
+  const auto listOf = [](const auto&... each) { return std::vector<Value>{each...}; };
+  const auto values =
       listOf(none, none, null, null, yes, yes, one, alsoOne, two, two, nul, nul, data, data, later, later,
              deep, deep, list, list, longer, longer, other, other, string("1"), mutableString("1"),
              own(BQDataCreate("1", 1)), own(BQDataCreateView("1", 1)), own(BQDateCreate(0.0)),

@@ -1,4 +1,3 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +8,6 @@
 #include <limits>
 #include <random>
 #include <sstream>
-#include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -149,27 +147,18 @@ TEST(Bundle, StaysWhileItsDictionaryIsReplaced) {
   EXPECT_EQ(BQDictionaryGetCount(own(BQBundleCopyInfoDictionary(bundle)).get()), 1);
 }
 
+/* What documents hold is described by their cases. */
 TEST(Description, EveryKindOfValueIsReadable) {
   const float single = 0.1f;
+  auto part = array({integer(1).get()}); /* beside itself, not inside */
+  EXPECT_EQ(describe(array({own(BQNumberCreate(kBQNumberFloatType, &single)).get(), part.get(), part.get(),
+                            dictionary({{part.get(), kBQNull}, {kBQNull, kBQNull}}).get()})
+                         .get()),
+            "[0.1, [1], [1], {[1]: null, null: null}]");
   const std::string letters(65, 'A'), some(" 41414141 41414141 41414141 41414141"),
       all = some + some + some + some;
-  auto part = array({integer(1).get()}); /* beside itself, not inside */
-  EXPECT_EQ(
-      describe(
-          array({kBQNull, nullptr, kBQBooleanFalse, real(0.1).get(), real(1e300).get(), real(NAN).get(),
-                 own(BQNumberCreate(kBQNumberFloatType, &single)).get(), own(BQDateCreate(-77622665)).get(),
-                 part.get(), part.get(), BQSTR("a\"\\\n\t\r%@é"),
-                 dictionary({{BQSTR("k"), dictionary({{part.get(), kBQNull}}).get()}, {kBQNull, kBQNull}})
-                     .get()})
-              .get()),
-      "[null, (null), false, 0.1, 1e+300, nan, 0.1, 1998-07-17T14:08:55Z, [1], [1], "
-      "\"a\\\"\\\\\\n\\t\\r%@é\", "
-      "{\"k\": {[1]: null}, null: null}]");
-  EXPECT_EQ(describe(array({own(BQDataCreate("\x00\xFFz!9", 5)).get(), own(BQDataCreate("", 0)).get(),
-                            own(BQDataCreate(letters.data(), 64)).get(),
-                            own(BQDataCreate(letters.data(), 65)).get()})
-                         .get()),
-            "[<5 bytes 00ff7a21 39>, <0 bytes>, <64 bytes" + all + ">, <65 bytes" + all + " ...>]");
+  EXPECT_EQ(describe(own(BQDataCreate(letters.data(), 64)).get()), "<64 bytes" + all + ">");
+  EXPECT_EQ(describe(own(BQDataCreate(letters.data(), 65)).get()), "<65 bytes" + all + " ...>");
   runOnSmallStack([] {
     const std::string atLimit = describe(nest(512, BQSTR("7")).get()),
                       beyond = describe(nest(513, BQSTR("7")).get());
@@ -205,17 +194,13 @@ using Exact = __float128;
 using Exact = long double;
 #endif
 
-/* A number beside its value. */
-struct Sample {
-  bq::Ref<const BQNumber> number;
-  Exact value;
-};
-
-std::vector<Sample> samples() {
+/* Numbers beside their values. */
+std::vector<std::pair<bq::Ref<const BQNumber>, Exact>> samples() {
   const int8_t small = 65;
   const float single = 65;
-  std::vector<Sample> result = {{own(BQNumberCreate(kBQNumberSInt8Type, &small)), 65},
-                                {own(BQNumberCreate(kBQNumberFloatType, &single)), 65}};
+  std::vector<std::pair<bq::Ref<const BQNumber>, Exact>> result = {
+      {own(BQNumberCreate(kBQNumberSInt8Type, &small)), 65},
+      {own(BQNumberCreate(kBQNumberFloatType, &single)), 65}};
   std::istringstream words(
       "0 1 -1 65 -128 128 -32769 2147483647 -2147483648 2147483648 9007199254740992 9007199254740993 "
       "9223372036854775807 -9223372036854775808 nan -nan inf -inf 1e300 -1e300 0x1p63 -0x1p63 "

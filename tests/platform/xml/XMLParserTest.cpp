@@ -1,11 +1,8 @@
-#include <BQ/BQ.h>
 #include <gtest/gtest.h>
 
 #include <map>
 #include <regex>
 #include <sstream>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "support/PlatformValues.h"
@@ -87,24 +84,6 @@ std::string repeated(std::string_view piece, size_t count) {
 
 /* A comment at the end leaves a plain document to expat. */
 const std::string kUnusual = "<!---->";
-
-TEST(XMLParser, ReadsPlainDocumentsAsExpatDoes) {
-  const std::string plain =
-      "<?xml version='1.0' encoding=\"utf-8\"?>\r\n<n:a b = 'c\"' d=\"'\">x&lt;&#65;\xC3\xA5]]\r\n"
-      "<c/><d\t>&#x20AC;&apos;]\ry</d ><e f=''></e>\xE2\x82\xAC\xF0\x9F\x98\x80</n:a>\n";
-  ASSERT_TRUE(parse(plain));
-  auto expectTheSame = [](const std::string& document) {
-    Tree tree = parse(document), again = parse(document + kUnusual);
-    EXPECT_EQ(dump(tree.get()), dump(again.get())) << document;
-  };
-  for (size_t i = 0; i < plain.size(); ++i) {
-    expectTheSame(std::string(plain).erase(i, 1));
-    for (char c : "\0\r\x01 <>&;'\"=/:-.!?#]x9\x7F\x80\xBF\xC0\xED\xEF\xFF"s) {
-      expectTheSame(std::string(plain).replace(i, 1, 1, c));
-      expectTheSame(std::string(plain).insert(i, 1, c));
-    }
-  }
-}
 
 /*
  * Documents, separated by " | ", and the dump or the error of each. \n, \r, \t and \xNN are escapes; what
