@@ -329,7 +329,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
     attempt_.refusal = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return 0;
   }
-  if (unread_.size() >= kMostUnread) {
+  if (unread_.size() >= kMostUnread && engine_.knowsConnectionOf(*this)) {
     isPaused_ = true;
     return CURL_WRITEFUNC_PAUSE;
   }

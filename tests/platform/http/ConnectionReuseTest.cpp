@@ -1,10 +1,34 @@
 /* Which connection a request takes, and when it is sent a second time. */
-#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 #include <thread>
 
+#include <gtest/gtest.h>
+
 #include "platform/http/Exchange.h"
 #include "support/ScriptedPeer.h"
+
+/* The thread waits for something to receive after it sent, and before it receives. */
+thread_local bool doesSocketWait = false;
+
+static void awaitBytes(int socket) {
+  pollfd awaited{socket, POLLIN, 0};
+  if (doesSocketWait) poll(&awaited, 1, -1);
+}
+
+/* In place of those of the C library, for libcurl too. */
+extern "C" [[gnu::visibility("default")]] ssize_t send(int socket, const void* buffer, size_t size,
+                                                       int flags) {
+  ssize_t count = sendto(socket, buffer, size, flags, nullptr, 0);
+  awaitBytes(socket);
+  return count;
+}
+
+extern "C" [[gnu::visibility("default")]] ssize_t recv(int socket, void* buffer, size_t size, int flags) {
+  awaitBytes(socket);
+  return recvfrom(socket, buffer, size, flags, nullptr, nullptr);
+}
 
 namespace {
 
@@ -51,6 +75,22 @@ TEST(ConnectionReuse, ReplyThatNobodyAskedForIsNotThatToTheNextRequest) {
   isIdle.open();
   while (peer.openConnectionCount() > 0) std::this_thread::yield();
   EXPECT_EQ(call(peer, 1), "three");
+}
+
+TEST(ConnectionReuse, LargeReplyMayArriveWhileItsRequestIsSent) {
+  std::string body(1'000'000, 'x');
+  ScriptedPeer peer({replies({kOne, okResponse(body)})});
+  EXPECT_EQ(call(peer, 1), "one");
+  Exchange large(peer.url());
+  int passes = 0;
+  large.readsBytes = false;
+  doesSocketWait = true;
+  EXPECT_TRUE(large.open());
+  doesSocketWait = false;
+  ASSERT_TRUE(Exchange::runUntil([&] { return ++passes > 2; }));
+  large.readsBytes = true;
+  ASSERT_TRUE(Exchange::runUntil([&] { return large.isOver(); }));
+  EXPECT_TRUE(large.answer() == body);
 }
 
 /* Two connections wait; the second is as dead as the first, and must not get the request again. */
