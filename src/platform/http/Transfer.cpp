@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <BQ/BQData.h>
 #include <BQ/BQURL.h>
@@ -259,10 +260,13 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
   return static_cast<Transfer*>(transfer)->takeBody({bytes, one * count});
 }
 
-/* libcurl would send the request again on any connection that it keeps, and as often as each of them ends. */
+/*
+ * libcurl would send the request again on any connection that it keeps, as often as each of them ends, and
+ * whenever the answer to "Expect" is 417.
+ */
 int Transfer::onRequest(void* context, char*, char*, int, int) {
   auto* transfer = static_cast<Transfer*>(context);
-  transfer->attempt_.isSent = true;
+  if (std::exchange(transfer->attempt_.isSent, true)) return CURL_PREREQFUNC_ABORT;
   transfer->change(CURLOPT_FRESH_CONNECT, transfer->configured_.isConnectionNew, 1L);
   return CURL_PREREQFUNC_OK;
 }
@@ -356,7 +360,7 @@ void Transfer::attemptEnded(CURLcode code) {
   isPaused_ = false;
   if (attempt_.areHeadersComplete && !response_) {
     followRedirect();
-  } else if (code == CURLE_OK && attempt_.areHeadersComplete) {
+  } else if ((code == CURLE_OK || code == CURLE_ABORTED_BY_CALLBACK) && attempt_.areHeadersComplete) {
     finish(kNoError);
   } else if (mayBeSentAgain(code)) {
     startAttempt(true);

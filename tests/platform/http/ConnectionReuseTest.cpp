@@ -110,6 +110,14 @@ TEST(ConnectionReuse, RequestIsSentAgainOnANewConnection) {
   EXPECT_EQ(peer.requests().size(), 4u);
 }
 
+TEST(ConnectionReuse, RequestIsNotSentAgainWithoutItsExpectation) {
+  ScriptedPeer peer(
+      {Script().expectFirstBytes().send("HTTP/1.1 417 No\r\nContent-Length: 0\r\n\r\n").then(reply(kOne))});
+  Exchange exchange(peer.url());
+  EXPECT_EQ(exchange.header("Expect", "100-continue").run().answer(), "");
+  EXPECT_EQ(exchange.statusLine(), "HTTP/1.1 417 No");
+}
+
 TEST(ConnectionReuse, ErrorOfOneRequestDoesNotColourTheNext) {
   Exchange refused("http://127.0.0.1:" + std::to_string(closedPort()) + "/");
   refused.run();
