@@ -13,7 +13,14 @@
 #include "platform/http/TransferEngine.h"
 
 /* Of OpenSSL, if libcurl brings it along; libbq does not depend on it. */
-extern "C" [[gnu::weak]] long SSL_CTX_ctrl(void* context, int command, long number, void* pointer);
+extern "C" {
+using MessageCallback = void(int isSent, int version, int type, const void* bytes, size_t size, void* ssl,
+                             void*);
+[[gnu::weak]] long SSL_CTX_ctrl(void* context, int command, long number, void* pointer);
+[[gnu::weak]] void SSL_CTX_set_msg_callback(void* context, MessageCallback* callback);
+[[gnu::weak]] int SSL_in_init(const void* ssl);
+[[gnu::weak]] void SSL_set_shutdown(void* ssl, int mode);
+}
 
 namespace bq {
 namespace {
@@ -61,6 +68,18 @@ bool hasTwoLengths(const BQHTTPMessage& response) {
 }
 
 /*
+ * During a handshake, OpenSSL skips requests for a new one within one read for as long as they keep coming.
+ * No server has a reason to send one then.
+ */
+void refuseHelloRequest(int isSent, int, int type, const void* bytes, size_t size, void* ssl, void*) {
+  constexpr int kHandshake = 22;
+  constexpr int kReceivedShutdown = 2;
+  if (isSent != 0 || type != kHandshake || size != 4) return;
+  bool isHelloRequest = *static_cast<const char*>(bytes) == 0;
+  if (isHelloRequest && SSL_in_init(ssl) != 0) SSL_set_shutdown(ssl, kReceivedShutdown);
+}
+
+/*
  * By default, OpenSSL handles messages of the TLS protocol itself, such as key updates, within one read for
  * as long as they keep coming. Without automatic retries it returns to its caller after each of them.
  */
@@ -68,7 +87,9 @@ CURLcode limitReads(CURL*, void* context, void*) {
   constexpr int kClearMode = 78;
   constexpr long kAutoRetry = 4;
   bool isOpenSSL = std::string_view(curl_version_info(CURLVERSION_NOW)->ssl_version).starts_with("OpenSSL/");
-  if (isOpenSSL && SSL_CTX_ctrl != nullptr) SSL_CTX_ctrl(context, kClearMode, kAutoRetry, nullptr);
+  if (!isOpenSSL || SSL_CTX_ctrl == nullptr) return CURLE_OK;
+  SSL_CTX_ctrl(context, kClearMode, kAutoRetry, nullptr);
+  SSL_CTX_set_msg_callback(context, refuseHelloRequest);
   return CURLE_OK;
 }
 

@@ -103,4 +103,10 @@ TEST_F(TLSTest, RedirectMayLeadToTLSButNotAwayFromIt) {
   EXPECT_EQ(plain.requests().size(), 1u);
 }
 
+TEST(TLSPeer, RequestsForANewHandshakeDoNotHoldUpTheFirst) {
+  const char request[] = "\x16\x03\x03\0\4\0\0\0";
+  ScriptedPeer peer({Script().expectFirstBytes().sendEndlessly(std::string(request, sizeof request))});
+  EXPECT_EQ(Exchange("https" + peer.url().substr(4)).run().answer(), "(tls 1)");
+}
+
 }  // namespace
