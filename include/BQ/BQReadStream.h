@@ -27,7 +27,8 @@ BQ_EXPORT extern const BQString* const kBQStreamPropertyHTTPResponseHeader;
 BQ_EXPORT extern const BQString* const kBQStreamPropertyHTTPMaximumReplySize;
 /**
  * A number above 0: the most connections that the thread has at the same time, from this stream on; further
- * streams wait in order. Unset: all but a quarter of the descriptors that the process may have, at most 16,384.
+ * streams wait in order. Unset: all but a quarter of the descriptors that the process may have, at most
+ * 16,384.
  */
 BQ_EXPORT extern const BQString* const kBQStreamPropertyHTTPConnectionLimit;
 /** A boolean: the false object switches off the verification of the server's certificate. */

@@ -22,7 +22,15 @@ class StreamProperties {
   BQStreamError readInto(TransferOptions& options) const;
 
  private:
-  enum Index { kProxy, kAutoredirect, kMaximumReplySize, kConnectionLimit, kVerifyPeer, kAuthorityFile, kCount };
+  enum Index {
+    kProxy,
+    kAutoredirect,
+    kMaximumReplySize,
+    kConnectionLimit,
+    kVerifyPeer,
+    kAuthorityFile,
+    kCount
+  };
   struct Kind {
     const BQString* key;
     BQTypeID valueType;

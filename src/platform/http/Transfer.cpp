@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <BQ/BQData.h>
 #include <BQ/BQURL.h>
@@ -12,7 +13,14 @@
 #include "platform/http/TransferEngine.h"
 
 /* Of OpenSSL, if libcurl brings it along; libbq does not depend on it. */
-extern "C" [[gnu::weak]] long SSL_CTX_ctrl(void* context, int command, long number, void* pointer);
+extern "C" {
+using MessageCallback = void(int isSent, int version, int type, const void* bytes, size_t size, void* ssl,
+                             void*);
+[[gnu::weak]] long SSL_CTX_ctrl(void* context, int command, long number, void* pointer);
+[[gnu::weak]] void SSL_CTX_set_msg_callback(void* context, MessageCallback* callback);
+[[gnu::weak]] int SSL_in_init(const void* ssl);
+[[gnu::weak]] void SSL_set_shutdown(void* ssl, int mode);
+}
 
 namespace bq {
 namespace {
@@ -60,6 +68,18 @@ bool hasTwoLengths(const BQHTTPMessage& response) {
 }
 
 /*
+ * During a handshake, OpenSSL skips requests for a new one within one read for as long as they keep coming.
+ * No server has a reason to send one then.
+ */
+void refuseHelloRequest(int isSent, int, int type, const void* bytes, size_t size, void* ssl, void*) {
+  constexpr int kHandshake = 22;
+  constexpr int kReceivedShutdown = 2;
+  if (isSent != 0 || type != kHandshake || size != 4) return;
+  bool isHelloRequest = *static_cast<const char*>(bytes) == 0;
+  if (isHelloRequest && SSL_in_init(ssl) != 0) SSL_set_shutdown(ssl, kReceivedShutdown);
+}
+
+/*
  * By default, OpenSSL handles messages of the TLS protocol itself, such as key updates, within one read for
  * as long as they keep coming. Without automatic retries it returns to its caller after each of them.
  */
@@ -67,7 +87,9 @@ CURLcode limitReads(CURL*, void* context, void*) {
   constexpr int kClearMode = 78;
   constexpr long kAutoRetry = 4;
   bool isOpenSSL = std::string_view(curl_version_info(CURLVERSION_NOW)->ssl_version).starts_with("OpenSSL/");
-  if (isOpenSSL && SSL_CTX_ctrl != nullptr) SSL_CTX_ctrl(context, kClearMode, kAutoRetry, nullptr);
+  if (!isOpenSSL || SSL_CTX_ctrl == nullptr) return CURLE_OK;
+  SSL_CTX_ctrl(context, kClearMode, kAutoRetry, nullptr);
+  SSL_CTX_set_msg_callback(context, refuseHelloRequest);
   return CURLE_OK;
 }
 
@@ -259,10 +281,13 @@ size_t Transfer::onBody(char* bytes, size_t one, size_t count, void* transfer) {
   return static_cast<Transfer*>(transfer)->takeBody({bytes, one * count});
 }
 
-/* libcurl would send the request again on any connection that it keeps, and as often as each of them ends. */
+/*
+ * libcurl would send the request again on any connection that it keeps, as often as each of them ends, and
+ * whenever the answer to "Expect" is 417.
+ */
 int Transfer::onRequest(void* context, char*, char*, int, int) {
   auto* transfer = static_cast<Transfer*>(context);
-  transfer->attempt_.isSent = true;
+  if (std::exchange(transfer->attempt_.isSent, true)) return CURL_PREREQFUNC_ABORT;
   transfer->change(CURLOPT_FRESH_CONNECT, transfer->configured_.isConnectionNew, 1L);
   return CURL_PREREQFUNC_OK;
 }
@@ -329,7 +354,7 @@ size_t Transfer::takeBody(std::string_view bytes) {
     attempt_.refusal = httpError(kBQStreamHTTPErrorReplyTooLarge);
     return 0;
   }
-  if (unread_.size() >= kMostUnread) {
+  if (unread_.size() >= kMostUnread && engine_.knowsConnectionOf(*this)) {
     isPaused_ = true;
     return CURL_WRITEFUNC_PAUSE;
   }
@@ -356,7 +381,7 @@ void Transfer::attemptEnded(CURLcode code) {
   isPaused_ = false;
   if (attempt_.areHeadersComplete && !response_) {
     followRedirect();
-  } else if (code == CURLE_OK && attempt_.areHeadersComplete) {
+  } else if ((code == CURLE_OK || code == CURLE_ABORTED_BY_CALLBACK) && attempt_.areHeadersComplete) {
     finish(kNoError);
   } else if (mayBeSentAgain(code)) {
     startAttempt(true);

@@ -52,6 +52,11 @@ class TransferEngine {
   /* For the transfers. One that is added waits in order until a connection is allowed. */
   void add(Transfer& transfer);
   void remove(Transfer& transfer);
+  /*
+   * Whether libcurl has said which connection the transfer uses. It does so at the end of the step that sends
+   * the request, but not if the transfer is paused by then: the connection would be taken for an idle one.
+   */
+  bool knowsConnectionOf(const Transfer& transfer) { return socketAt(transfer.socket).owner == &transfer; }
   static curl_socket_t onOpenSocket(void* transfer, curlsocktype, curl_sockaddr* address);
   static int onCloseSocket(void* engine, curl_socket_t socket);
 

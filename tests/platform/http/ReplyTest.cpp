@@ -1,9 +1,32 @@
 /* Replies and connections that need more than a row of exchanges.cases. */
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 #include <thread>
 
 #include "platform/http/Exchange.h"
+
+/* Whether the thread waits, after it sent and before it receives, until there is something to receive. */
+thread_local bool awaitsBytes = false;
+
+static void awaitBytes(int socket) {
+  pollfd awaited{socket, POLLIN, 0};
+  if (awaitsBytes) poll(&awaited, 1, -1);
+}
+
+/* In place of those of the C library, for libcurl too. */
+extern "C" [[gnu::visibility("default")]] ssize_t send(int socket, const void* bytes, size_t size,
+                                                       int flags) {
+  ssize_t count = sendto(socket, bytes, size, flags, nullptr, 0);
+  awaitBytes(socket);
+  return count;
+}
+
+extern "C" [[gnu::visibility("default")]] ssize_t recv(int socket, void* bytes, size_t size, int flags) {
+  awaitBytes(socket);
+  return recvfrom(socket, bytes, size, flags, nullptr, nullptr);
+}
 
 namespace {
 
@@ -59,6 +82,35 @@ TEST(Reply, LargeOnesAreHeldBackUntilTheyAreRead) {
   ASSERT_TRUE(exchange.runToEnd());
   EXPECT_EQ(exchange.events(), "open bytes end");
   EXPECT_TRUE(start + exchange.body() == body);
+}
+
+TEST(Reply, LargeOneMayArriveWhileItsRequestIsSentOnAKeptConnection) {
+  const std::string body(1'000'000, 'x');
+  ScriptedPeer peer({replies({kOne, okResponse(body)})});
+  EXPECT_EQ(Exchange(peer.url()).run().answer(), "one");
+  Exchange large(peer.url());
+  large.readsBytes = false;
+  awaitsBytes = true;
+  EXPECT_TRUE(large.open());
+  awaitsBytes = false;
+  for (int pass = 0; pass < 3; ++pass) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true);
+  large.readsBytes = true;
+  ASSERT_TRUE(Exchange::runUntil([&] { return large.isOver(); }));
+  EXPECT_TRUE(large.answer() == body);
+}
+
+TEST(Reply, ThatRefusesAnExpectationIsFinal) {
+  ScriptedPeer peer(
+      {Script().expectFirstBytes().send("HTTP/1.1 417 No\r\nContent-Length: 0\r\n\r\n").then(reply(kOne))});
+  Exchange exchange(peer.url());
+  EXPECT_EQ(exchange.header("Expect", "100-continue").run().answer(), "");
+  EXPECT_EQ(exchange.statusLine(), "HTTP/1.1 417 No");
+}
+
+TEST(Reply, OfRequestsForANewHandshakeEndsTheFirst) {
+  const char request[] = "\x16\x03\x03\0\4\0\0\0";
+  ScriptedPeer peer({Script().expectFirstBytes().sendEndlessly(std::string(request, sizeof request))});
+  EXPECT_EQ(Exchange("https" + peer.url().substr(4)).run().answer(), "(tls 1)");
 }
 
 TEST(ConnectionReuse, IdleConnectionThatEndsDoesNotKeepTheLoopBusy) {
