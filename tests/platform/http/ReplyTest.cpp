@@ -95,7 +95,7 @@ TEST(Reply, LargeOneMayArriveWhileItsRequestIsSentOnAKeptConnection) {
   awaitsBytes = false;
   for (int pass = 0; pass < 3; ++pass) BQRunLoopRunInMode(kBQRunLoopDefaultMode, 0, true);
   large.readsBytes = true;
-  ASSERT_TRUE(Exchange::runUntil([&] { return large.isOver(); }));
+  ASSERT_TRUE(runUntil([&] { return large.isOver(); }));
   EXPECT_TRUE(large.answer() == body);
 }
 
