@@ -67,7 +67,7 @@ struct BQDictionary : bq::Object {
 
   /* Appends a pair whose key is not present. Takes over both references. */
   void append(BQTypeRef key, BQTypeRef value) {
-    if (used_ == capacity_) grow();
+    if (pairs_ == nullptr || used_ == capacity_) grow();
     pairs_[used_++] = {key, value};
     if (index_ == nullptr) {
       if (used_ > bq::kLargestUnindexed) rebuildIndex();
