@@ -39,14 +39,20 @@ Owned<const BQString> typeName(BQXMLNodeTypeCode code) {
       BQStringCreateWithCString(known ? kTypeNames[code] : "??unknown node type??", kBQStringEncodingUTF8));
 }
 
-void printAttributes(const BQTree* tree, int level) {
-  BQIndex count = attributeCount(tree);
-  if (count == 0) return;
+void printAttributes(const BQXMLElementInfo* info, int level) {
+  BQIndex count = BQArrayGetCount(info->attributeOrder);
+  if (info->attributes == nullptr || count == 0) return;
   vxPrintf(BQSTR("%@[ -- %d ATTRIBUTES --\n"), XMLBuffer::getIndentString(level + 2),
            static_cast<int>(count));
   for (BQIndex i = 0; i < count; ++i) {
-    auto [name, value] = attributeAt(tree, i);
-    vxPrintf(BQSTR("%@{ %@: %@ }\n"), XMLBuffer::getIndentString(level + 3), name, onOneLine(value).get());
+    BQTypeRef name = BQArrayGetValueAtIndex(info->attributeOrder, i);
+    const BQString* indent = XMLBuffer::getIndentString(level + 3);
+    if (name == nullptr) {
+      vxPrintf(BQSTR("%@{ null key at %d }\n"), indent, static_cast<int>(i));
+    } else {
+      auto* value = static_cast<const BQString*>(BQDictionaryGetValue(info->attributes, name));
+      vxPrintf(BQSTR("%@{ %@: %@ }\n"), indent, name, onOneLine(value).get());
+    }
   }
   vxPrintf(BQSTR("%@]\n"), XMLBuffer::getIndentString(level + 2));
 }
@@ -59,7 +65,8 @@ void describe(const BQTree* tree, int level) {
     vxPrintf(BQSTR("%@ - 0x%x: type %@, name %@\n"), XMLBuffer::getIndentString(level),
              static_cast<unsigned>(reinterpret_cast<uintptr_t>(node)), name.get(),
              onOneLine(BQXMLNodeGetString(node)).get());
-    printAttributes(tree, level);
+    const BQXMLElementInfo* info = treeGetElementInfo(tree);
+    if (info != nullptr) printAttributes(info, level);
   }
   BQTreeApplyFunctionToChildren(tree, _describeChild,
                                 reinterpret_cast<void*>(static_cast<intptr_t>(level) + 1));

@@ -377,6 +377,10 @@ Owned<const void> SOAPValueReader::readSchemaType(std::string_view type, const B
                                                   const Subject& subject) {
   std::string_view text = subject.text();
   if (isNamed(type, "string")) return own<const void>(copyXMLStringFromTree(subject.firstChild()));
+  if (!type.empty() && text.data() == nullptr) {
+    fail(BQStringCreateWithFormat(BQSTR("No value for %@"), typeName));
+    return nullptr;
+  }
   if (isNamed(type, "boolean")) {
     return makeBoolean(!isNamed(text, "0") && !isNamed(text, "false") && !isNamed(text, "nil"));
   }

@@ -58,9 +58,17 @@ const BQString* getElementName(const BQTree* tree) {
   return node == nullptr ? BQSTR("") : BQXMLNodeGetString(node);
 }
 
+const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree) {
+  const BQXMLNode* node = treeGetNode(tree);
+  if (BQXMLNodeGetTypeCode(node) != kBQXMLNodeTypeElement) return nullptr;
+  return static_cast<const BQXMLElementInfo*>(BQXMLNodeGetInfoPtr(node));
+}
+
 std::string_view textOf(const BQTree* tree) {
+  const BQXMLNode* node = treeGetNode(tree);
+  if (node == nullptr) return "";
   BQIndex length = 0;
-  const char* bytes = BQXMLNodeGetUTF8(treeGetNode(tree), &length);
+  const char* bytes = BQXMLNodeGetUTF8(node, &length);
   return {bytes, static_cast<size_t>(length)};
 }
 

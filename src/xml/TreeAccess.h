@@ -18,7 +18,10 @@ bool treeIsElement(const BQTree* tree);
 /* The string of the position's node, borrowed: an element's name, a text's text; "" without a node. */
 const BQString* getElementName(const BQTree* tree);
 
-/* The bytes of that string, borrowed. */
+/* The attributes of an element as objects, borrowed; null for anything else. */
+const BQXMLElementInfo* treeGetElementInfo(const BQTree* tree);
+
+/* The bytes of the string of a position, borrowed; without data if its node has no string. */
 std::string_view textOf(const BQTree* tree);
 
 /* The attributes of an element: names as written, in document order. */

@@ -81,7 +81,12 @@ Owned<const void> ValueReader::read(const BQTree* value) {
 }
 
 Owned<const void> ValueReader::readElement(const BQTree* element) {
-  switch (elementNamed(textOf(element))) {
+  std::string_view name = textOf(element);
+  if (name.data() == nullptr) {
+    fail(BQSTR("Can't get name of element"));
+    return nullptr;
+  }
+  switch (elementNamed(name)) {
     case Element::string:
       return own<const void>(copyXMLStringFromTree(BQTreeGetFirstChild(element)));
     case Element::array:
@@ -96,6 +101,10 @@ Owned<const void> ValueReader::readElement(const BQTree* element) {
 /* Only the first piece of a scalar's text counts. */
 Owned<const void> ValueReader::readScalar(const BQTree* element) {
   std::string_view text = textOf(BQTreeGetFirstChild(element));
+  if (text.data() == nullptr) {
+    fail(BQStringCreateWithFormat(BQSTR("No value for %@"), getElementName(element)));
+    return nullptr;
+  }
   switch (elementNamed(textOf(element))) {
     case Element::boolean:
       return own<const void>(isPositive(text) ? kBQBooleanTrue : kBQBooleanFalse);
